@@ -1,0 +1,121 @@
+// Text forms of MGErr, and the throw sites.
+#include "app/mg_err.h"
+
+#include <cerrno>
+#include <cinttypes>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+void add_line(std::string& text, const std::string& value) {
+    if (!value.empty()) text += value + "\n";
+}
+
+void dump(const char* field, const std::string& value) {
+    if (!value.empty()) std::printf("err.%s = %s\n", field, value.c_str());
+}
+
+void dump(const char* field, int64_t value) {
+    if (value != 0) std::printf("err.%s = %" PRId64 "\n", field, value);
+}
+
+void dump(const char* field, uint32_t value) {
+    if (value != 0) std::printf("err.%s = %u\n", field, value);
+}
+
+} // namespace
+
+void MGErr::Clear() {
+    *this = MGErr();
+}
+
+std::string MGErr::GetTextString() const {
+    std::string text;
+    add_line(text, mess_1);
+    add_line(text, mess_2);
+    return text;
+}
+
+std::string MGErr::GetDebugString() const {
+    std::string text;
+    for (const std::string* value : {&func_1, &func_2, &str_param, &opt_param, &ext_param, &ext_2_param, &ext_3_param})
+        add_line(text, *value);
+    for (int64_t number : {num_param, num_2_param, num_3_param})
+        if (number != 0) add_line(text, Uint64String(static_cast<uint64_t>(number)));
+    for (uint32_t number : {uint32_param, uint32_2_param})
+        if (number != 0) add_line(text, Uint32String(number));
+    if (err_code != 0) add_line(text, Int2String(err_code));
+    add_line(text, err_description);
+    return text;
+}
+
+std::string MGErr::GetString() const {
+    return GetTextString() + GetDebugString();
+}
+
+std::string MGErr::GetSyslogString() const {
+    return mess_1.empty() ? mess_2 : mess_1 + " " + mess_2;
+}
+
+std::string MGErr::Int2String(int number) {
+    return std::to_string(number);
+}
+
+std::string MGErr::Uint32String(uint32_t number) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%d [0x%08X]", static_cast<int>(number), number);
+    return text;
+}
+
+std::string MGErr::Uint64String(uint64_t number) {
+    return std::to_string(number);
+}
+
+bool MGErr::RepeatCompare(MGErr other) const {
+    return crc_mess_1 == other.crc_mess_1 && crc_mess_2 == other.crc_mess_2 && crc_func_1 == other.crc_func_1 &&
+           crc_func_2 == other.crc_func_2 && opt_param == other.opt_param && str_param == other.str_param &&
+           ext_param == other.ext_param && ext_2_param == other.ext_2_param && ext_3_param == other.ext_3_param;
+}
+
+void MGErr::Printf() const {
+    dump("mess_1", mess_1);
+    dump("mess_2", mess_2);
+    dump("func_1", func_1);
+    dump("func_2", func_2);
+    dump("str_param", str_param);
+    dump("opt_param", opt_param);
+    dump("ext_param", ext_param);
+    dump("ext_2_param", ext_2_param);
+    dump("ext_3_param", ext_3_param);
+    dump("num_param", num_param);
+    dump("num_2_param", num_2_param);
+    dump("num_3_param", num_3_param);
+    dump("uint32_param", uint32_param);
+    dump("uint32_2_param", uint32_2_param);
+    if (err_code != 0) std::printf("err.err_code = %d [0x%08X]\n", err_code, static_cast<uint32_t>(err_code));
+    dump("err_description", err_description);
+}
+
+void fail(MGErr& err, const char* mess_2, const char* func_2) {
+    err.mess_2 = mess_2;
+    err.func_2 = func_2;
+    throw err;
+}
+
+void fail_errno(MGErr& err, const char* mess_2, const char* func_2, const char* opt_param) {
+    const int code = errno;
+    err.err_code = code;
+    err.err_description = std::strerror(code);
+    if (*opt_param) err.opt_param = opt_param;
+    fail(err, mess_2, func_2);
+}
+
+void throw_foreign(const char* function, const char* mess_2, const char* what) {
+    MGErr err;
+    err.mess_1 = "Непонятная ошибка";
+    err.func_1 = function;
+    err.mess_2 = mess_2;
+    err.err_description = what;
+    throw err;
+}
