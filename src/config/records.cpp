@@ -1,0 +1,26 @@
+// The texts of the tokens.
+#include "config/records.h"
+
+#include <span>
+
+namespace {
+
+std::string text_of(const std::string& token, std::span<const TokenText> list) {
+    for (const TokenText& row : list)
+        if (token == row.token) return row.text;
+    return "";
+}
+
+} // namespace
+
+std::string get_same_file_txt_mode(const std::string& token) {
+    return text_of(token, same_file_modes);
+}
+
+std::string get_type_ticket_name(const std::string& token) {
+    return text_of(token, ticket_types);
+}
+
+std::string get_action_txt_type(const std::string& token) {
+    return text_of(token, action_types);
+}
