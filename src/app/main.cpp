@@ -1,1 +1,65 @@
-int main() { return 0; }
+// The process: reads what is on disk, shows the list of profiles and leaves the rest to the handlers.
+#include "app/globals.h"
+#include "app/log.h"
+#include "app/mg_context.h"
+#include "app/mg_err.h"
+#include "config/master_file.h"
+#include "config/profile_file.h"
+#include "dialog/make_dialog.h"
+#include "dialog/mg_dialog.h"
+#include "editor/histories.h"
+#include "editor/profile_list.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <gtk/gtk.h>
+
+namespace {
+
+// Reads the master file and the file of every profile, active or not.
+void read_configuration() {
+    if (!find_config_file(Context)) return;
+    read_config_file(Context);
+    const int count = static_cast<int>(Context->profiles.size());
+    for (int index = 0; index < count; ++index) read_profile_file(Context, index);
+}
+
+// From an empty context to the end of the main loop.
+void run_editor() {
+    init_vorma_catalogs(Context, "vormaqscfg.log");
+    LogFileGlobal.SetLogFile(Context->log_file.c_str());
+    read_configuration();
+    init_globsl_combo_box(Context);
+    init_profile_dialog();
+
+    ProfileDialog->WindowSetFileIcon("/opt/selunara/vormaqs/icons/vormaqscfg.png");
+    ProfileDialog->SetLabel("lable_profile_base_dir", Context->config_dir.c_str());
+    ProfileDialog->WindowSetName("Конфигурационная программа Резервного копирования");
+    ProfileDialog->Show();
+    gtk_main();
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::signal(SIGPIPE, SIG_IGN);
+    Context = new MGContext;
+    if (!gtk_init_check(&argc, &argv)) {
+        g_printerr("vormaqscfg: графический дисплей недоступен: запустите программу в графическом сеансе "
+                   "или задайте переменную DISPLAY\n");
+        return EXIT_FAILURE;
+    }
+    ProfileDialog = make_dialog("window_profile");
+    if (!ProfileDialog->window) {
+        g_printerr("vormaqscfg: описание главного окна не загружено, программа собрана неправильно\n");
+    } else {
+        try {
+            at_edge("main", run_editor);
+        } catch (MGErr& err) {
+            show_error(ProfileDialog, err);
+        }
+    }
+    delete ProfileDialog;
+    delete Context;
+    return EXIT_SUCCESS;
+}

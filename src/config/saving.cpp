@@ -1,0 +1,36 @@
+// The one road from the editor's memory to the disk.
+#include "config/saving.h"
+
+#include "app/globals.h"
+#include "app/mg_context.h"
+#include "app/mg_err.h"
+#include "config/master_file.h"
+#include "config/profile_file.h"
+#include "dialog/make_dialog.h"
+#include "runtime/mg_file.h"
+
+namespace {
+
+// Runs a step whose failure is the user's to know and nobody's to handle.
+template <class Step>
+void told_over(MGDialog* dialog, const char* function, Step&& step) {
+    try {
+        at_edge(function, step);
+    } catch (MGErr& err) {
+        show_error(dialog, err);
+    }
+}
+
+} // namespace
+
+void save_all_config_data(MGDialog* dialog) {
+    told_over(dialog, "save_all_config_data", [] {
+        write_config_file(Context);
+        const int count = static_cast<int>(Context->profiles.size());
+        for (int index = 0; index < count; ++index) write_profile_file(Context, index);
+    });
+}
+
+void make_vorma_catalog(MGDialog* dialog, const std::string& path) {
+    told_over(dialog, "make_vorma_catalog", [&] { MGFile().IfNotExistMakeDirRecursive(path); });
+}

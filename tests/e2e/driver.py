@@ -1,0 +1,162 @@
+"""Drives the built editor from outside, as a user's tools would: widgets are found on the accessibility bus, clicks
+and keys go through the X server, and a small window manager gives the focus. Run it inside dbus-run-session."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import time
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi  # noqa: E402
+
+LIMIT = 30  # seconds until a wait for an event counts as a failure
+
+
+def wait_for(what, probe):
+    """Gives back the first true result of probe; the accessibility bus tells of changes only by being asked."""
+    deadline = time.monotonic() + LIMIT
+    while time.monotonic() < deadline:
+        try:
+            result = probe()
+        except Exception:  # a widget that went away between two questions
+            result = None
+        if result:
+            return result
+        time.sleep(0.02)
+    raise AssertionError(f"waited in vain for {what}")
+
+
+def walk(node):
+    yield node
+    for i in range(node.get_child_count()):
+        child = node.get_child_at_index(i)
+        if child:
+            yield from walk(child)
+
+
+class Desktop:
+    """An X server of its own with a window manager, and a home directory."""
+
+    def __enter__(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="vorma-e2e-"))
+        self.home = self.folder / "home"
+        self.home.mkdir()
+        read, write = os.pipe()
+        self.server = subprocess.Popen(
+            ["Xvfb", "-displayfd", str(write), "-screen", "0", "1280x1024x24", "-nolisten", "tcp"],
+            pass_fds=[write], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        os.close(write)
+        with os.fdopen(read) as number:
+            os.environ["DISPLAY"] = ":" + number.readline().strip()
+        os.environ.update(HOME=str(self.home), LC_ALL="C.UTF-8", GTK_THEME="Adwaita", GDK_BACKEND="x11")
+        for name in ("NO_AT_BRIDGE", "WAYLAND_DISPLAY", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"):
+            os.environ.pop(name, None)
+        self.manager = subprocess.Popen(["openbox"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        wait_for("the window manager",
+                 lambda: "_NET_SUPPORTING_WM_CHECK(WINDOW)" in self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"))
+        Atspi.init()
+        return self
+
+    def __exit__(self, *_):
+        for process in (self.manager, self.server):
+            process.terminate()
+            process.wait()
+        shutil.rmtree(self.folder)
+
+    @staticmethod
+    def run(*command):
+        return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+
+
+class Editor:
+    """The program, started on the desktop's home; ends with status 0 and without a word of the toolkit."""
+
+    def __init__(self, desktop, program):
+        self.desktop = desktop
+        self.errors = open(desktop.folder / "stderr", "w+")
+        self.process = subprocess.Popen([program], stderr=self.errors)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, kind, *_):
+        if kind:
+            picture = os.environ.get("E2E_PICTURE")
+            if picture:
+                subprocess.run(["import", "-window", "root", picture])
+            self.process.kill()
+        self.process.wait(LIMIT)
+        self.errors.seek(0)
+        errors = self.errors.read()
+        self.errors.close()
+        if not kind:
+            assert self.process.returncode == 0, self.process.returncode
+            assert errors == "", errors
+
+    def _windows(self):
+        desktop = Atspi.get_desktop(0)
+        for i in range(desktop.get_child_count()):
+            application = desktop.get_child_at_index(i)
+            if application and application.get_process_id() == self.process.pid:
+                for j in range(application.get_child_count()):
+                    yield application.get_child_at_index(j)
+
+    def window(self, title):
+        """The visible window with this title, in front and with the keyboard focus."""
+
+        def probe():
+            for window in self._windows():
+                states = window.get_state_set()
+                if window.get_name() == title and states.contains(Atspi.StateType.SHOWING) \
+                        and states.contains(Atspi.StateType.ACTIVE):
+                    return window
+            return None
+
+        return wait_for(f"the window «{title}»", probe)
+
+    def gone(self, title):
+        wait_for(f"the window «{title}» to close", lambda: title not in [w.get_name() for w in self._windows()])
+
+    def find(self, window, role, name):
+        """The showing widget of this role ("push button", "text", "table cell"…) and accessible name."""
+
+        def probe():
+            for node in walk(window):
+                if node.get_role_name() == role and node.get_name() == name and \
+                        node.get_state_set().contains(Atspi.StateType.SHOWING):
+                    return node
+            return None
+
+        return wait_for(f"{role} «{name}»", probe)
+
+    def texts(self, window, role):
+        return [node.get_name() for node in walk(window) if node.get_role_name() == role]
+
+    def click(self, node, times=1):
+        box = node.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
+        self.desktop.run("xdotool", "mousemove", str(box.x + box.width // 2), str(box.y + box.height // 2),
+                         "click", "--repeat", str(times), "--delay", "50", "1")
+
+    def press(self, window, label):
+        self.click(self.find(window, "push button", label))
+
+    def key(self, *keys):
+        self.desktop.run("xdotool", "key", *keys)
+
+    def type_into(self, window, label, text):
+        """Replaces the text of the entry that the label names."""
+        entry = self.find(window, "text", label)
+        entry.get_component_iface().grab_focus()
+        wait_for("the focus", lambda: entry.get_state_set().contains(Atspi.StateType.FOCUSED))
+        self.key("ctrl+a", "BackSpace")
+        self.desktop.run("xdotool", "type", "--delay", "5", text)
+        wait_for(f"«{text}» in «{label}»",
+                 lambda: Atspi.Text.get_text(entry, 0, -1) == text)
+
+    def close(self, window):
+        """The window manager's close button, by its key."""
+        self.key("alt+F4")
