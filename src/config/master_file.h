@@ -1,0 +1,25 @@
+// The master file: the list of profiles and the editor's own settings. The service reads it too.
+//
+//   config    version, release, mark
+//     profiles    quantity
+//       profile     default, name, id, active        as many as quantity says
+//     settings
+//       editor      path
+//
+// Every element and attribute is written every time and required on reading.
+#pragma once
+
+#include <string>
+
+class MGContext;
+
+// Reads config_file into version, release, quantity, profiles (appends; each with the default settings until its own
+// file is read) and editor_path. Throws MGErr; what was read up to then stays in the context.
+void read_config_file(MGContext* context);
+
+// Sets quantity, then writes config_file in place, after a reserve copy. Throws MGErr.
+void write_config_file(MGContext* context);
+
+// Copies the file to its name with "~" behind, over what stands there; does nothing where there is no such file.
+// Throws MGErr: the writer stops then, and the file keeps its content.
+void make_reserve_copy(const std::string& file);

@@ -1,0 +1,166 @@
+// The block cipher, its feedback mode, and passwords in and out of it.
+#include "config/scrambling.h"
+
+#include "runtime/mg_file.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+#include <ctime>
+
+const uint32_t scrambling_key[8] = {
+    0x868efa29, 0x43398ffb, 0x16b4bca9, 0xac7c41c4, 0xac9a4e5f, 0x66fa1b54, 0xd527a769, 0x05668d91,
+};
+
+namespace {
+
+constexpr size_t initial_size = 8;
+
+// The substitution of each of the word's eight 4-bit digits, lowest digit first.
+constexpr uint8_t substitution[8][16] = {
+    {0x9, 0x6, 0x3, 0x2, 0x8, 0xb, 0x1, 0x7, 0xa, 0x4, 0xe, 0xf, 0xc, 0x0, 0xd, 0x5},
+    {0x3, 0x7, 0xe, 0x9, 0x8, 0xa, 0xf, 0x0, 0x5, 0x2, 0x6, 0xc, 0xb, 0x4, 0xd, 0x1},
+    {0xe, 0x4, 0x6, 0x2, 0xb, 0x3, 0xd, 0x8, 0xc, 0xf, 0x5, 0xa, 0x0, 0x7, 0x1, 0x9},
+    {0xe, 0x7, 0xa, 0xc, 0xd, 0x1, 0x3, 0x9, 0x0, 0x2, 0xb, 0x4, 0xf, 0x8, 0x5, 0x6},
+    {0xb, 0x5, 0x1, 0x9, 0x8, 0xd, 0xf, 0x0, 0xe, 0x4, 0x2, 0x3, 0xc, 0x7, 0xa, 0x6},
+    {0x3, 0xa, 0xd, 0xc, 0x1, 0x2, 0x0, 0xb, 0x7, 0x5, 0x9, 0x4, 0x8, 0xf, 0xe, 0x6},
+    {0x1, 0xd, 0x2, 0x9, 0x7, 0xa, 0x6, 0x0, 0x8, 0xc, 0x4, 0x5, 0xf, 0x3, 0xb, 0xe},
+    {0xb, 0xa, 0xf, 0x5, 0x0, 0xc, 0xe, 0x8, 0x6, 0x2, 0x3, 0x9, 0x1, 0x7, 0xd, 0x4},
+};
+
+using ByteTables = std::array<std::array<uint8_t, 256>, 4>;
+
+// One table for each byte of the word: two digits at a time.
+constexpr ByteTables byte_tables = [] {
+    ByteTables tables{};
+    for (size_t byte = 0; byte < tables.size(); ++byte)
+        for (size_t value = 0; value < 256; ++value)
+            tables[byte][value] =
+                static_cast<uint8_t>(substitution[2 * byte + 1][value >> 4] << 4 | substitution[2 * byte][value & 15]);
+    return tables;
+}();
+
+uint32_t round_function(uint32_t sum) {
+    const uint32_t replaced = static_cast<uint32_t>(byte_tables[3][sum >> 24]) << 24 |
+                              static_cast<uint32_t>(byte_tables[2][sum >> 16 & 255]) << 16 |
+                              static_cast<uint32_t>(byte_tables[1][sum >> 8 & 255]) << 8 | byte_tables[0][sum & 255];
+    return std::rotl(replaced, 11);
+}
+
+// The next gamma, crossed as the output words take it: the block cipher leaves the standard's halves exchanged.
+std::array<uint32_t, 2> next_gamma(const uint32_t* state, const uint32_t* key) {
+    uint32_t n1 = state[0];
+    uint32_t n2 = state[1];
+    encrypt_block(key, n1, n2);
+    return {n2, n1};
+}
+
+void load_words(const uint8_t* bytes, size_t size, uint32_t* words) {
+    for (size_t i = 0; i < size; ++i) {
+        if (i % 4 == 0) words[i / 4] = 0;
+        words[i / 4] |= static_cast<uint32_t>(bytes[i]) << 8 * (i % 4);
+    }
+}
+
+void store_words(const uint32_t* words, uint8_t* bytes, size_t size) {
+    for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<uint8_t>(words[i / 4] >> 8 * (i % 4));
+}
+
+using FeedbackMode = void (*)(uint32_t*, const uint32_t*, uint32_t*, size_t, const uint32_t*);
+
+void work_in_pieces(FeedbackMode mode, const uint8_t* initial, const uint8_t* in, uint8_t* out, size_t size) {
+    constexpr size_t piece_size = 1024;
+    uint32_t state[2];
+    load_words(initial, initial_size, state);
+    for (size_t done = 0; done < size; done += piece_size) {
+        const size_t piece = std::min(piece_size, size - done);
+        uint32_t words_in[piece_size / 4] = {};
+        uint32_t words_out[piece_size / 4];
+        load_words(in + done, piece, words_in);
+        mode(state, words_in, words_out, (piece + 7) / 8, scrambling_key);
+        store_words(words_out, out + done, piece);
+    }
+}
+
+} // namespace
+
+std::string code_string(const std::string& plain) {
+    if (plain.empty()) return "";
+    const auto now = static_cast<uint32_t>(std::time(nullptr));
+    const uint32_t initial[2] = {now, now};
+    std::vector<uint8_t> data(initial_size + plain.size());
+    store_words(initial, data.data(), initial_size);
+    std::copy(plain.begin(), plain.end(), data.begin() + initial_size);
+    encrypt_buffer(data.data(), data.data() + initial_size, data.data() + initial_size, plain.size());
+    std::string coded;
+    vector_data_to_base64_string(data, coded);
+    return coded;
+}
+
+std::string decode_string(const std::string& coded) {
+    std::vector<uint8_t> data;
+    base64_string_to_vector_data(coded, data);
+    if (data.size() <= initial_size) return "";
+    decrypt_buffer(data.data(), data.data() + initial_size, data.data() + initial_size, data.size() - initial_size);
+    const auto begin = data.begin() + initial_size;
+    return std::string(begin, std::find(begin, data.end(), 0));
+}
+
+void encrypt_block(const uint32_t* key, uint32_t& n1, uint32_t& n2) {
+    for (int round = 0; round < 24; round += 2) {
+        n2 ^= round_function(n1 + key[round % 8]);
+        n1 ^= round_function(n2 + key[round % 8 + 1]);
+    }
+    for (int word = 7; word > 0; word -= 2) {
+        n2 ^= round_function(n1 + key[word]);
+        n1 ^= round_function(n2 + key[word - 1]);
+    }
+}
+
+void encrypt_(uint32_t* state, const uint32_t* in, uint32_t* out, size_t blocks, const uint32_t* key) {
+    for (size_t i = 0; i < 2 * blocks; i += 2) {
+        const auto gamma = next_gamma(state, key);
+        state[0] = out[i] = in[i] ^ gamma[0];
+        state[1] = out[i + 1] = in[i + 1] ^ gamma[1];
+    }
+}
+
+void decrypt_(uint32_t* state, const uint32_t* in, uint32_t* out, size_t blocks, const uint32_t* key) {
+    for (size_t i = 0; i < 2 * blocks; i += 2) {
+        const auto gamma = next_gamma(state, key);
+        state[0] = in[i];
+        state[1] = in[i + 1];
+        out[i] = state[0] ^ gamma[0];
+        out[i + 1] = state[1] ^ gamma[1];
+    }
+}
+
+void encrypt_buffer(const uint8_t* initial, const uint8_t* in, uint8_t* out, size_t size) {
+    work_in_pieces(encrypt_, initial, in, out, size);
+}
+
+void decrypt_buffer(const uint8_t* initial, const uint8_t* in, uint8_t* out, size_t size) {
+    work_in_pieces(decrypt_, initial, in, out, size);
+}
+
+void binary_to_base64(const uint8_t* data, size_t size, char* text) {
+    std::string coded;
+    vector_data_to_base64_string({data, data + size}, coded);
+    std::memcpy(text, coded.c_str(), coded.size() + 1);
+}
+
+void base64_to_binary(const char* text, uint8_t* data, size_t& size) {
+    std::vector<uint8_t> decoded;
+    base64_string_to_vector_data(text, decoded);
+    std::copy(decoded.begin(), decoded.end(), data);
+    size = decoded.size();
+}
+
+void vector_data_to_base64_string(const std::vector<uint8_t>& data, std::string& text) {
+    MGFile::DataToBase64(data, text);
+}
+
+void base64_string_to_vector_data(const std::string& text, std::vector<uint8_t>& data) {
+    MGFile::Base64ToData(text, data);
+}
