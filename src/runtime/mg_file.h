@@ -399,9 +399,9 @@ public:
     // The family of a name: the plain file, then its numbered copies, highest number first.
     void GetListFilesFromDir(const std::string& dir, const std::string& stem, const std::string& ext,
                              std::vector<std::string>& list);
-    // A literal would pass for the flag of the listing by mask.
+    // The same: without it a literal would pass for the flag of the listing by mask.
     void GetListFilesFromDir(const std::string& dir, const std::string& stem, const char* ext,
-                             std::vector<std::string>& list) = delete;
+                             std::vector<std::string>& list);
     // The highest number of the family, 0 if none, and that file's bare name.
     uint32_t GetMaxNameNExtFromDir(const std::string& dir, const std::string& stem, const std::string& ext,
                                    std::string& name);
@@ -437,14 +437,14 @@ public:
     static void RemoveDir(const char* dir);
     // Writes data to file, or to what mode_same makes of a name that is taken; gives the path written. With date_dirs
     // into directories of the present year, month and day.
-    std::string WriteSameFile(std::string file, const uint8_t* data, size_t size, const std::string& mode_same,
+    std::string WriteSameFile(const std::string& file, const uint8_t* data, size_t size, const std::string& mode_same,
                               bool date_dirs);
     // Copies name from one directory to another; result is the name it got. With rotate and copies above 0 the target
     // moves to the next number and at most `copies` numbered files stay; otherwise mode_same decides. With with_sign
     // the detached signature goes along.
-    void CopySameFile(std::string from_dir, std::string to_dir, const std::string& name, std::string& result,
-                      const std::string& mode_same, bool with_sign, bool test_size, size_t size, bool date_dirs,
-                      bool rotate, int copies);
+    void CopySameFile(const std::string& from_dir, const std::string& to_dir, const std::string& name,
+                      std::string& result, const std::string& mode_same, bool with_sign, bool test_size, size_t size,
+                      bool date_dirs, bool rotate, int copies);
 
     // --- log (src/app): settings, entries and errors. The log never fails its caller. ---
 
@@ -493,7 +493,7 @@ public:
     // "stem~<num>.ext" of a bare name.
     static std::string SameFileName(const std::string& name, unsigned num);
     // SameFileName with the number that is next to use in dir.
-    static std::string MaxSameFileName(std::string dir, const std::string& name);
+    static std::string MaxSameFileName(const std::string& dir, const std::string& name);
 };
 
 // The guard without an MGFile; is_run_program asks for the service of a profile.

@@ -1,0 +1,180 @@
+// Delivery: moving and copying files of any length, deciding on names that are taken.
+#include "app/mg_err.h"
+#include "runtime/copy_pieces.h"
+#include "runtime/descriptor_io.h"
+#include "runtime/mg_file.h"
+#include "runtime/numbered_names.h"
+#include "runtime/owners.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fcntl.h>
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr size_t long_file_piece = 0x20000000; // 512 MiB, the most that a copy holds in memory
+constexpr const char* detached_sign_ext = ".p7d";
+
+struct FreeMemory {
+    void operator()(uint8_t* data) const { MGFile::Free(data); }
+};
+
+size_t source_size(int fd, MGErr& err) {
+    const off_t size = lseek(fd, 0, SEEK_END);
+    if (size < 0 || lseek(fd, 0, SEEK_SET) < 0) fail_errno(err, "Ошибка получения размера файла", "lseek", "SEEK_END");
+    return static_cast<size_t>(size);
+}
+
+// Where a delivery goes: as told, or to the directory of today below it, which is made.
+std::string target_dir(std::string dir, bool date_dirs) {
+    if (date_dirs) {
+        MGFile::AddYearMonDayToDir(dir, true, true, true);
+        MGFile::IfNotExistMakeDirRecursive(dir);
+    }
+    return dir;
+}
+
+// Gives the file that bears name in dir the next number, and keeps the newest of the numbered ones.
+void rotate_copies(MGFile& file, const std::string& dir, const std::string& name, size_t keep) {
+    std::string stem, ext;
+    file.SplitFileNameToNameAndExt(name, stem, ext);
+
+    const std::string target = file.JoinDirAndFileName(dir, name.c_str());
+    if (file.IsFile(target.c_str())) {
+        const uint32_t next = file.GetMaxNumFromListNumFile(numbered_copies(file, dir, stem, ext)) + 1;
+        const std::string numbered = file.JoinDirAndFileName(dir, file.SameFileName(name, next).c_str());
+        file.RenameFile(target.c_str(), numbered.c_str());
+    }
+    std::vector<MGFileNumExt> surplus = numbered_copies(file, dir, stem, ext);
+    surplus.resize(surplus.size() > keep ? surplus.size() - keep : 0);
+    file.DelFilesFromDirExt(dir, surplus);
+}
+
+} // namespace
+
+void copy_in_pieces(const char* from, const char* to, bool test_size, size_t size, size_t piece_max) {
+    MGErr err;
+    err.mess_1 = "Ошибка копирования файла";
+    err.func_1 = "CopyLongFile";
+    err.str_param = from;
+    err.ext_param = to;
+
+    const FileDescriptor source(open(from, O_RDONLY | O_CLOEXEC));
+    if (source.get() < 0) fail_errno(err, "Ошибка выполнения открытия файла", "open", "O_RDONLY");
+    constexpr mode_t mode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH;
+    const FileDescriptor target(open(to, O_CREAT | O_RDWR | O_TRUNC | O_CLOEXEC, mode));
+    if (target.get() < 0)
+        fail_errno(err, "Ошибка создания файла", "open",
+                   "O_CREAT|O_RDWR|O_TRUNC, S_IRUSR|S_IWUSR|S_IRGRP|S_IWGRP|S_IROTH");
+
+    const size_t whole = source_size(source.get(), err);
+    const size_t buffer_size = std::min(whole, piece_max);
+    const std::unique_ptr<uint8_t, FreeMemory> buffer(
+        static_cast<uint8_t*>(std::malloc(std::max<size_t>(buffer_size, 1))));
+    err.num_param = static_cast<int64_t>(buffer_size);
+    if (!buffer) fail(err, "Ошибка выделения памяти под данные файла", "malloc");
+
+    for (size_t left = whole; left > 0;) {
+        const size_t piece = std::min(left, buffer_size);
+        err.num_param = static_cast<int64_t>(piece);
+        if (!read_whole(source.get(), buffer.get(), piece)) fail_short(err, "Ошибка чтения данных из файла", "read");
+        if (!write_whole(target.get(), buffer.get(), piece)) fail_short(err, "Ошибка записи данных в файл", "write");
+        left -= piece;
+    }
+
+    if (test_size && whole != size) {
+        MGFile::RemoveFile(to);
+        err.opt_param = std::to_string(size);
+        err.num_param = static_cast<int64_t>(whole);
+        fail(err, "Ошибка проверки размера сохраненного файла", "Size != test_size");
+    }
+}
+
+void MGFile::CopyLongFile(const char* from, const char* to, bool test_size, size_t size) {
+    at_edge("MGFile::CopyLongFile", [&] { copy_in_pieces(from, to, test_size, size, long_file_piece); });
+}
+
+void MGFile::CopyLongFile(const std::string& from, const std::string& to) {
+    CopyLongFile(from.c_str(), to.c_str(), false, 0);
+}
+
+void MGFile::MoveFile(const char* from, const char* to) {
+    at_edge("MGFile::MoveFile", [&] {
+        CopyFile(from, to);
+        RemoveFile(from);
+    });
+}
+
+void MGFile::MoveFile(const std::string& from, const std::string& to) {
+    MoveFile(from.c_str(), to.c_str());
+}
+
+void MGFile::MoveLongFile(const std::string& from, const std::string& to) {
+    at_edge("MGFile::MoveLongFile", [&] {
+        CopyLongFile(from, to);
+        RemoveFile(from.c_str());
+    });
+}
+
+void MGFile::RemoveDir(const char* dir) {
+    at_edge("MGFile::RemoveDir", [&] {
+        MGErr err;
+        err.mess_1 = "Ошибка функции удаления директории";
+        err.func_1 = "RemoveDir";
+        err.str_param = dir;
+        if (rmdir(dir) != 0) fail_errno(err, "Ошибка удаления директории", "rmdir");
+    });
+}
+
+std::string MGFile::WriteSameFile(const std::string& file, const uint8_t* data, size_t size,
+                                  const std::string& mode_same, bool date_dirs) {
+    return at_edge("MGFile::WriteSameFile", [&] {
+        MGErr err;
+        err.mess_1 = "Ошибка функции записи файла";
+        err.func_1 = "WriteSameFile";
+        err.opt_param = file;
+
+        const std::string dir = target_dir(GetDirFromFile(file), date_dirs);
+        const std::string name = GetNameFromFile(file);
+        std::string target = JoinDirAndFileName(dir, name.c_str());
+        if (IsFile(target.c_str()) && mode_same != "REPLACE") {
+            err.str_param = target;
+            if (mode_same == "ERROR") fail(err, "Файл с таким именем уже существует", "(mode_same == ERROR)");
+            target = JoinDirAndFileName(dir, MaxSameFileName(dir, name).c_str());
+        }
+        WriteFile(target.c_str(), data, size);
+        return target;
+    });
+}
+
+void MGFile::CopySameFile(const std::string& from_dir, const std::string& to_dir, const std::string& name,
+                          std::string& result, const std::string& mode_same, bool with_sign, bool test_size,
+                          size_t size, bool date_dirs, bool rotate, int copies) {
+    at_edge("MGFile::CopySameFile", [&] {
+        MGErr err;
+        err.mess_1 = "Ошибка функции копирования файлов";
+        err.func_1 = "CopySameFile";
+        err.opt_param = from_dir;
+        err.str_param = to_dir;
+        err.ext_param = name;
+
+        const std::string dir = target_dir(to_dir, date_dirs);
+        std::string final_name = name;
+        if (rotate && copies >= 1) {
+            rotate_copies(*this, dir, name, static_cast<size_t>(copies));
+        } else if (IsFile(JoinDirAndFileName(dir, name.c_str()).c_str()) && mode_same != "REPLACE") {
+            if (mode_same == "ERROR")
+                fail(err, "Файл с таким именем уже существует в каталоге назначения", "(mode_same == ERROR)");
+            final_name = MaxSameFileName(dir, name);
+        }
+
+        const std::string source = JoinDirAndFileName(from_dir, name.c_str());
+        const std::string target = JoinDirAndFileName(dir, final_name.c_str());
+        CopyLongFile(source.c_str(), target.c_str(), test_size, size);
+        if (with_sign) CopyFile(source + detached_sign_ext, target + detached_sign_ext);
+        result = final_name;
+    });
+}

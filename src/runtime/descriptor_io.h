@@ -1,0 +1,50 @@
+// Reading and writing pieces of known length through a descriptor, for the operations on long files.
+// Interrupted calls are repeated, partial ones go on, so that a failure is told by its own errno: the write that hits a
+// full disk, not the partial write before it.
+#pragma once
+
+#include "app/mg_err.h"
+
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <unistd.h>
+
+// One read of up to size bytes: the bytes read, 0 at the end, -1 with errno.
+inline ssize_t read_some(int fd, uint8_t* data, size_t size) {
+    ssize_t got;
+    do got = read(fd, data, size);
+    while (got < 0 && errno == EINTR);
+    return got;
+}
+
+// Whether all size bytes were read; if not, errno tells why, 0 for the end of the file.
+inline bool read_whole(int fd, uint8_t* data, size_t size) {
+    while (size > 0) {
+        const ssize_t got = read_some(fd, data, size);
+        if (got == 0) errno = 0;
+        if (got <= 0) return false;
+        data += got;
+        size -= static_cast<size_t>(got);
+    }
+    return true;
+}
+
+// Whether all size bytes were written; if not, errno tells why.
+inline bool write_whole(int fd, const uint8_t* data, size_t size) {
+    while (size > 0) {
+        const ssize_t put = write(fd, data, size);
+        if (put < 0 && errno == EINTR) continue;
+        if (put == 0) errno = 0;
+        if (put <= 0) return false;
+        data += put;
+        size -= static_cast<size_t>(put);
+    }
+    return true;
+}
+
+// Throws err for a piece that read_whole or write_whole did not finish; without a code where no call failed.
+[[noreturn]] inline void fail_short(MGErr& err, const char* mess_2, const char* func_2) {
+    if (errno != 0) fail_errno(err, mess_2, func_2);
+    fail(err, mess_2, func_2);
+}

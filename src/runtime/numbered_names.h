@@ -1,0 +1,12 @@
+// The numbered copies of a name: stem, "~", number, extension.
+#pragma once
+
+#include "runtime/mg_file.h"
+
+#include <string>
+#include <vector>
+
+// The bare names of the numbered copies of stem and ext in dir, lowest number first. A name that has no number in that
+// place, or 0, is not one of them. Throws MGErr.
+std::vector<MGFileNumExt> numbered_copies(MGFile& file, const std::string& dir, const std::string& stem,
+                                          const std::string& ext);

@@ -1,0 +1,243 @@
+// Process control: the guard against a second run, pid file, signal files, external programs, the shared library.
+#include "app/mg_err.h"
+#include "runtime/mg_file.h"
+#include "runtime/owners.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+// The abstract address of a guard: a zero byte, up to 106 bytes of the name, zero bytes up to the end of the field.
+sockaddr_un guard_address(const std::string& name) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    constexpr size_t most = sizeof address.sun_path - 2;
+    std::memcpy(address.sun_path + 1, name.data(), std::min(name.size(), most));
+    return address;
+}
+
+// Test and taking are one bind, so two processes can't both succeed. The descriptor doesn't pass to programs that are
+// started later: they would hold the guard beyond the life of this process.
+void take_guard(const char* function, const std::string& name, bool release) {
+    MGErr err;
+    err.mess_1 = "Ошибка повторного запуска программы с одинаковым идентификатором профиля";
+    err.func_1 = function;
+    err.str_param = name;
+    if (name.empty()) fail(err, "Не задан идентификатор профиля", "m_socket_name.empty()");
+
+    FileDescriptor guard(socket(PF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (guard.get() < 0) fail_errno(err, "Ошибка функции установки сокета", "socket", "(PF_UNIX, SOCK_STREAM, 0)");
+    const sockaddr_un address = guard_address(name);
+    if (bind(guard.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        fail_errno(err, "Ошибка функции привязки сокета к адресу", "bind", "AF_UNIX");
+    if (!release) guard.release(); // stays open, and nobody knows it any more: it only occupies the name
+}
+
+[[noreturn]] void fail_dl(MGErr& err, const char* mess_2, const char* func_2) {
+    const char* description = dlerror();
+    err.err_description = description ? description : "(null)";
+    fail(err, mess_2, func_2);
+}
+
+} // namespace
+
+void protection_reloading(const std::string& name, bool release) {
+    at_edge("protection_reloading", [&] { take_guard("protection_reloading", name, release); });
+}
+
+bool is_run_program(const std::string& profile_id) {
+    return at_edge("is_run_program", [&] {
+        try {
+            protection_reloading("VQP" + profile_id, true);
+            return false;
+        } catch (const MGErr&) {
+            return true;
+        }
+    });
+}
+
+void MGFile::ProtectionReloading(const std::string& name, bool release) {
+    at_edge("MGFile::ProtectionReloading", [&] { take_guard("ProtectionReloading", name, release); });
+}
+
+void MGFile::Reloading(const std::string& name) {
+    at_edge("MGFile::Reloading", [&] { ProtectionReloading(name, false); });
+}
+
+bool MGFile::IsRunProgram(const std::string& name) {
+    return at_edge("MGFile::IsRunProgram", [&] {
+        try {
+            ProtectionReloading(name, true);
+            return false;
+        } catch (const MGErr&) {
+            return true;
+        }
+    });
+}
+
+void MGFile::SetPidFile(const char* file) {
+    if (file) m_pid_file = file;
+}
+
+void MGFile::WritePid() {
+    at_edge("MGFile::WritePid", [&] {
+        MGErr err;
+        err.mess_1 = "Ошибка записи файла с номером программы PID";
+        err.func_1 = "WritePid";
+        if (m_pid_file.empty()) fail(err, "Отсутствует имя файла", "m_pid_file.empty()");
+        const std::string text = std::to_string(getpid()) + "\n";
+        WriteFile(m_pid_file.c_str(), reinterpret_cast<const uint8_t*>(text.data()), text.size());
+    });
+}
+
+void MGFile::DeletePid() {
+    at_edge("MGFile::DeletePid", [&] {
+        if (!m_pid_file.empty()) IfIsFileDelIt(m_pid_file);
+    });
+}
+
+void MGFile::SetSignalFile(const char* input, const char* output) {
+    if (input) m_input_signal_file = input;
+    if (output) m_output_signal_file = output;
+}
+
+std::string MGFile::GetInputSignalFile() const {
+    return m_input_signal_file;
+}
+
+std::string MGFile::GetOutputSignalFile() const {
+    return m_output_signal_file;
+}
+
+bool MGFile::WriteSignal(const std::string& text) {
+    return at_edge("MGFile::WriteSignal", [&] {
+        if (m_output_signal_file.empty() || text.empty()) return false;
+        std::lock_guard lock(m_output_signal_mutex);
+        WriteFile(m_output_signal_file.c_str(), reinterpret_cast<const uint8_t*>(text.data()), text.size());
+        return true;
+    });
+}
+
+bool MGFile::ReadSignal(std::string& text, bool keep) {
+    return at_edge("MGFile::ReadSignal", [&] {
+        if (m_input_signal_file.empty()) return false;
+        {
+            std::lock_guard lock(m_input_signal_mutex);
+            if (!IsFile(m_input_signal_file.c_str())) return false;
+            const std::string taken = m_input_signal_file + ".tmp"; // frees the name for the next signal
+            RenameFile(m_input_signal_file.c_str(), taken.c_str());
+            ReadFileString(taken, text);
+            if (keep)
+                RenameFile(taken.c_str(), m_input_signal_file.c_str());
+            else
+                RemoveFile(taken.c_str());
+        }
+        TrancatedAll(text);
+        text = UpperUtf8(text);
+        return true;
+    });
+}
+
+bool MGFile::ReadSignal(std::string& text) {
+    return ReadSignal(text, false);
+}
+
+int MGFile::RunExtenProgAndWaitExitCode(const std::string& command, bool hide) {
+    return at_edge("MGFile::RunExtenProgAndWaitExitCode", [&] {
+        MGErr err;
+        err.mess_1 = "Ошибка запуска внешней программы";
+        err.func_1 = "RunExtenProgAndWaitExitCode";
+        if (!hide) err.opt_param = command;
+        if (StringIsEmpty(command)) fail(err, "Не задано имя программы", "StringIsEmpty");
+
+        signal(SIGCHLD, SIG_DFL); // system must be able to collect its child
+        const int status = system(command.c_str());
+        if (status == -1) fail_errno(err, "Ошибка функции выполнения системных команд", "system");
+        if (!WIFEXITED(status)) fail(err, "Ошибка получения кода возврата командой процедуры", "!WIFEXITED(ret)");
+        const int ret = WEXITSTATUS(status);
+        if (ret >= 255) {
+            err.err_code = ret;
+            fail(err, "Ошибка кода возврата командой процедуры", "(ret < 0) || (ret >= 255)");
+        }
+        return ret;
+    });
+}
+
+void MGFile::RunExtenProgNoWait(const std::string& program, const std::string& params) {
+    at_edge("MGFile::RunExtenProgNoWait", [&] {
+        MGErr err;
+        err.mess_1 = "Ошибка запуска внешней программы";
+        err.func_1 = "RunExtenProgNoWait";
+        err.opt_param = program;
+        err.str_param = params;
+
+        std::vector<std::string> words;
+        SplitStringLeft(params, "<|>", words);
+        for (std::string& word : words) TrancatedAll(word);
+        std::erase(words, "");
+        words.insert(words.begin(), program);
+        TrancatedAll(words.front());
+        std::vector<char*> arguments; // made before the fork: the child of a process with threads must not allocate
+        for (std::string& word : words) arguments.push_back(word.data());
+        arguments.push_back(nullptr);
+
+        signal(SIGCHLD, SIG_IGN); // before the fork: a child that ends at once would stay a zombie
+        const pid_t child = fork();
+        if (child == 0) {
+            signal(SIGCHLD, SIG_DFL); // the program may want to wait for children of its own
+            signal(SIGHUP, SIG_IGN);
+            execvp(arguments.front(), arguments.data());
+            _exit(0);
+        }
+        if (child < 0) fail_errno(err, "Ошибка запуска дочернего процесса", "fork");
+    });
+}
+
+int MGFile::GetNumProc(const std::string& file) {
+    return at_edge("MGFile::GetNumProc", [&] {
+        std::vector<uint8_t> data; // read without asking for the size, which the kernel's own files tell as 0
+        MGFile().ReadFileVectorEx(file, 16, data);
+        if (data.empty()) return -1;
+        return data.front() == '0' ? 0 : data.front() == '1' ? 1 : -1;
+    });
+}
+
+void MGFile::LoadLib(const char* file) {
+    at_edge("MGFile::LoadLib", [&] {
+        MGErr err;
+        err.mess_1 = "Ошибка функции загрузки внешней библиотеки";
+        err.func_1 = "LoadLibrary";
+        err.str_param = file;
+        UnloadLib();
+        m_lib = dlopen(file, RTLD_LAZY);
+        if (!m_lib) fail_dl(err, "Ошибка подключения динамической библиотеки", "dlopen");
+    });
+}
+
+void* MGFile::GetLibFunc(const char* name) {
+    return at_edge("MGFile::GetLibFunc", [&] {
+        MGErr err;
+        err.mess_1 = "Ошибка получения функции из внешней библиотеки";
+        err.func_1 = "GetLibFunc";
+        err.str_param = name;
+        dlerror(); // forgets an earlier failure
+        // A null handle would stand for the whole process, not for "no library".
+        void* function = m_lib ? dlsym(m_lib, name) : nullptr;
+        if (!function) fail_dl(err, "Ошибка получения доступа к функции динамической библиотеки", "dlsym");
+        return function;
+    });
+}
+
+void MGFile::UnloadLib() {
+    if (m_lib) dlclose(m_lib);
+    m_lib = nullptr;
+}
