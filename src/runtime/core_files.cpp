@@ -1,0 +1,230 @@
+// MGFile: whole files and directories, each read or written in one call.
+#include "runtime/mg_file.h"
+#include "runtime/owners.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <memory>
+#include <sys/stat.h>
+
+namespace {
+
+constexpr mode_t file_mode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH;
+
+// What stat says of a name; false for a name that is null or blank or can't be examined.
+bool examine(const char* name, struct stat& info) {
+    return !MGFile::IsEmptyString(name) && stat(name, &info) == 0;
+}
+
+// The file's size, with the position at its start again; -1 if the descriptor can't be moved.
+off_t size_and_rewind(const FileDescriptor& fd) {
+    const off_t size = lseek(fd.get(), 0, SEEK_END);
+    return size < 0 || lseek(fd.get(), 0, SEEK_SET) < 0 ? -1 : size;
+}
+
+// errno is cleared first: a call that moves fewer bytes than asked for sets none.
+void write_in_one_call(MGErr& err, const FileDescriptor& fd, const uint8_t* data, size_t size) {
+    errno = 0;
+    if (size == 0 || write(fd.get(), data, size) == static_cast<ssize_t>(size)) return;
+    err.num_param = static_cast<int64_t>(size);
+    fail_errno(err, "Ошибка записи данных в файл", "write");
+}
+
+using HeapBuffer = std::unique_ptr<uint8_t, decltype(&std::free)>;
+
+HeapBuffer read_whole(const char* file, size_t& size) {
+    MGErr err;
+    err.mess_1 = "Ошибка чтения данных из файла";
+    err.func_1 = "ReadFile";
+    err.str_param = file;
+
+    const FileDescriptor fd(open(file, O_RDONLY | O_CLOEXEC));
+    if (fd.get() < 0) fail_errno(err, "Ошибка выполнения открытия файла", "open", "O_RDONLY");
+    const off_t length = size_and_rewind(fd);
+    if (length < 0) fail_errno(err, "Ошибка получения размера файла", "lseek", "SEEK_END");
+
+    const size_t wanted = static_cast<size_t>(length);
+    HeapBuffer buffer(static_cast<uint8_t*>(std::malloc(wanted + 1)), &std::free);
+    if (!buffer) {
+        err.num_param = static_cast<int64_t>(wanted + 1);
+        fail(err, "Ошибка выделения памяти под данные файла", "malloc");
+    }
+    errno = 0;
+    if (read(fd.get(), buffer.get(), wanted) != static_cast<ssize_t>(wanted)) {
+        err.num_param = static_cast<int64_t>(wanted);
+        fail_errno(err, "Ошибка чтения данных из файла", "read");
+    }
+    buffer.get()[wanted] = 0;
+    size = wanted;
+    return buffer;
+}
+
+} // namespace
+
+MGFile::~MGFile() {
+    if (m_dir) closedir(m_dir);
+    if (m_lib) dlclose(m_lib);
+}
+
+bool MGFile::IsFile(const char* name) {
+    struct stat info;
+    return examine(name, info) && !S_ISDIR(info.st_mode);
+}
+
+bool MGFile::IsDir(const char* name) {
+    struct stat info;
+    return examine(name, info) && S_ISDIR(info.st_mode);
+}
+
+int64_t MGFile::SizeFile(const char* name) {
+    struct stat info;
+    return examine(name, info) ? info.st_size : 0;
+}
+
+void MGFile::MakeDir(const char* path) {
+    at_edge("MGFile::MakeDir", [&] {
+        MGErr err;
+        err.mess_1 = "Ошибка функции создания директории";
+        err.func_1 = "MakeDir";
+        err.str_param = path;
+        if (mkdir(path, S_IRWXU | S_IRWXG | S_IROTH | S_IXOTH) != 0 && errno != EEXIST)
+            fail_errno(err, "Ошибка создания директории", "mkdir", "S_IRWXU|S_IRWXG|S_IROTH|S_IXOTH");
+    });
+}
+
+void MGFile::IfNotExistMakeDirRecursive(const std::string& path) {
+    at_edge("MGFile::IfNotExistMakeDirRecursive", [&] {
+        std::string existing = path;
+        std::vector<std::string> missing;
+        while (!existing.empty()) {
+            if (existing.back() == '/') existing.pop_back();
+            if (existing.empty() || IsDir(existing.c_str())) break; // empty: the root is reached
+            const size_t slash = existing.rfind('/');
+            const size_t cut = slash == std::string::npos ? 0 : slash;
+            missing.push_back(existing.substr(cut));
+            existing.resize(cut);
+        }
+        for (; !missing.empty(); missing.pop_back()) {
+            existing += missing.back();
+            MakeDir(existing.c_str());
+        }
+    });
+}
+
+void MGFile::GetEnv(const char* name, std::string& value) {
+    at_edge("MGFile::GetEnv", [&] {
+        MGErr err;
+        err.mess_1 = "Ошибка функции получения переменной окружения";
+        err.func_1 = "GetEnv";
+        err.str_param = name;
+        const char* found = std::getenv(name);
+        if (!found) fail(err, "Ошибка получения значения домашнего каталога пользователя", "getenv");
+        value = found;
+    });
+}
+
+uint8_t* MGFile::ReadFile(const char* file, size_t* size) {
+    return at_edge("MGFile::ReadFile", [&] { return read_whole(file, *size).release(); });
+}
+
+void MGFile::Free(void* data) {
+    std::free(data);
+}
+
+void MGFile::Copy(void* to, const void* from, size_t size) {
+    const auto* source = static_cast<const uint8_t*>(from);
+    auto* target = static_cast<uint8_t*>(to);
+    for (size_t i = 0; i < size; ++i) target[i] = source[i];
+}
+
+void MGFile::ReadFileString(const std::string& file, std::string& data) {
+    at_edge("MGFile::ReadFileString", [&] {
+        size_t size = 0;
+        const HeapBuffer buffer(ReadFile(file.c_str(), &size), &std::free);
+        data.assign(reinterpret_cast<const char*>(buffer.get()), size);
+    });
+}
+
+void MGFile::ReadFileVector(const std::string& file, std::vector<uint8_t>& data) {
+    at_edge("MGFile::ReadFileVector", [&] {
+        data.clear();
+        size_t size = 0;
+        const HeapBuffer buffer(ReadFile(file.c_str(), &size), &std::free);
+        data.assign(buffer.get(), buffer.get() + size);
+    });
+}
+
+void MGFile::WriteFile(const char* file, const uint8_t* data, size_t size) {
+    at_edge("MGFile::WriteFile", [&] {
+        MGErr err;
+        err.mess_1 = "Ошибка функции записи данных в файл";
+        err.func_1 = "WriteFile";
+        err.str_param = file;
+        const FileDescriptor fd(open(file, O_CREAT | O_RDWR | O_TRUNC | O_CLOEXEC, file_mode));
+        if (fd.get() < 0)
+            fail_errno(err, "Ошибка создания файла", "open",
+                       "O_CREAT|O_RDWR|O_TRUNC, S_IRUSR|S_IWUSR|S_IRGRP|S_IWGRP|S_IROTH");
+        write_in_one_call(err, fd, data, size);
+    });
+}
+
+void MGFile::AddFile(const char* file, const uint8_t* data, size_t size) {
+    at_edge("MGFile::AddFile", [&] {
+        MGErr err;
+        err.mess_1 = "Ошибка функции добавления данных в файл";
+        err.func_1 = "AddFile";
+        err.str_param = file;
+        const FileDescriptor fd(open(file, O_CREAT | O_RDWR | O_CLOEXEC, file_mode));
+        if (fd.get() < 0)
+            fail_errno(err, "Ошибка открытия файла", "open", "O_CREAT|O_RDWR, S_IRUSR|S_IWUSR|S_IRGRP|S_IWGRP|S_IROTH");
+        if (lseek(fd.get(), 0, SEEK_END) < 0)
+            fail_errno(err, "Ошибка установки указателя в конец файла", "lseek", "SEEK_END");
+        write_in_one_call(err, fd, data, size);
+    });
+}
+
+void MGFile::CopyFile(const char* from, const char* to) {
+    at_edge("MGFile::CopyFile", [&] {
+        size_t size = 0;
+        const HeapBuffer buffer(ReadFile(from, &size), &std::free);
+        WriteFile(to, buffer.get(), size);
+    });
+}
+
+void MGFile::CopyFile(const std::string& from, const std::string& to) {
+    CopyFile(from.c_str(), to.c_str());
+}
+
+void MGFile::RemoveFile(const char* file) {
+    at_edge("MGFile::RemoveFile", [&] {
+        MGErr err;
+        err.mess_1 = "Ошибка функции удаления файла";
+        err.func_1 = "RemoveFile";
+        err.str_param = file;
+        if (unlink(file) != 0) fail_errno(err, "Ошибка удаления файла", "unlink");
+    });
+}
+
+void MGFile::RenameFile(const char* from, const char* to) {
+    at_edge("MGFile::RenameFile", [&] {
+        MGErr err;
+        err.mess_1 = "Ошибка функции переименования файла";
+        err.func_1 = "RenameFile";
+        err.str_param = from;
+        err.opt_param = to;
+        if (rename(from, to) != 0) fail_errno(err, "Ошибка переименования файла", "rename");
+    });
+}
+
+void MGFile::DirAddSlash(std::string& dir) {
+    at_edge("MGFile::DirAddSlash", [&] {
+        if (dir.empty() || dir.back() != '/') dir += '/';
+    });
+}
+
+std::string MGFile::JoinDirAndFileName(const std::string& dir, const char* name) {
+    return JoinDirAndFileNameExt(dir, name, "");
+}

@@ -1,0 +1,167 @@
+// MGFile: CRC-32, base64 and hexadecimal.
+#include "runtime/mg_file.h"
+
+#include <array>
+#include <string_view>
+
+namespace {
+
+constexpr std::array<uint32_t, 256> make_crc_table() {
+    std::array<uint32_t, 256> table{};
+    for (uint32_t i = 0; i < table.size(); ++i) {
+        uint32_t value = i;
+        for (int bit = 0; bit < 8; ++bit) value = value & 1 ? value >> 1 ^ 0xEDB88320u : value >> 1;
+        table[i] = value;
+    }
+    return table;
+}
+
+constexpr std::array<uint32_t, 256> crc_table = make_crc_table();
+
+constexpr std::string_view base64_alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr uint8_t not_base64 = 0xFF;
+
+// The six bits that a character stands for, or not_base64.
+constexpr std::array<uint8_t, 256> make_base64_values() {
+    std::array<uint8_t, 256> values{};
+    values.fill(not_base64);
+    for (size_t i = 0; i < base64_alphabet.size(); ++i)
+        values[static_cast<uint8_t>(base64_alphabet[i])] = static_cast<uint8_t>(i);
+    return values;
+}
+
+constexpr std::array<uint8_t, 256> base64_values = make_base64_values();
+
+constexpr std::string_view hex_digits = "0123456789abcdef";
+
+// The value of a hexadecimal digit, -1 of any other character.
+int hex_value(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
+const uint8_t* bytes_of(const std::string& text) {
+    return reinterpret_cast<const uint8_t*>(text.data());
+}
+
+} // namespace
+
+uint32_t MGFile::MakeCrc32(const uint8_t* data, size_t size) {
+    uint32_t crc = 0xFFFFFFFFu;
+    for (size_t i = 0; i < size; ++i) crc = crc_table[(crc ^ data[i]) & 0xFF] ^ crc >> 8;
+    return ~crc;
+}
+
+uint32_t MGFile::MakeCrc32(const std::string& text) {
+    return MakeCrc32(bytes_of(text), text.size());
+}
+
+uint32_t MGFile::MakeCrc32Ext(const std::string& text) {
+    return MakeCrc32(text);
+}
+
+uint32_t MGFile::MakeCrc32Ext(const std::vector<uint8_t>& data) {
+    return MakeCrc32(data.data(), data.size());
+}
+
+uint32_t MGFile::MakeCrc32Lower(const std::string& text) {
+    return MakeCrc32(LowerUtf8(text));
+}
+
+void MGFile::DataToBase64(const std::vector<uint8_t>& data, std::string& text) {
+    at_edge("MGFile::DataToBase64", [&] {
+        text.clear();
+        text.reserve((data.size() + 2) / 3 * 4);
+        for (size_t i = 0; i < data.size(); i += 3) {
+            const size_t left = data.size() - i;
+            const uint32_t group =
+                static_cast<uint32_t>(data[i]) << 16 | (left > 1 ? data[i + 1] << 8 : 0) | (left > 2 ? data[i + 2] : 0);
+            text += base64_alphabet[group >> 18];
+            text += base64_alphabet[group >> 12 & 63];
+            text += left > 1 ? base64_alphabet[group >> 6 & 63] : '=';
+            text += left > 2 ? base64_alphabet[group & 63] : '=';
+        }
+    });
+}
+
+void MGFile::Base64ToData(const std::string& text, std::vector<uint8_t>& data) {
+    at_edge("MGFile::Base64ToData", [&] {
+        data.clear();
+        data.reserve(text.size() / 4 * 3 + 2);
+        uint32_t bits = 0;
+        int number = 0; // of bits not yet given out
+        for (char c : text) {
+            if (c == '\0' || c == '=') break;
+            const uint8_t value = base64_values[static_cast<uint8_t>(c)];
+            if (value == not_base64) continue;
+            bits = bits << 6 | value;
+            number += 6;
+            if (number < 8) continue;
+            number -= 8;
+            data.push_back(static_cast<uint8_t>(bits >> number));
+        }
+    });
+}
+
+void MGFile::BinToHex(const std::vector<uint8_t>& data, std::string& text) {
+    at_edge("MGFile::BinToHex", [&] {
+        text.clear();
+        text.reserve(data.size() * 2);
+        for (uint8_t byte : data) {
+            text += hex_digits[byte >> 4];
+            text += hex_digits[byte & 15];
+        }
+    });
+}
+
+void MGFile::String2Binary(const std::string& text, std::vector<uint8_t>& data) {
+    at_edge("MGFile::String2Binary", [&] {
+        MGErr err;
+        err.mess_1 = "Ошибка преобразования строки в бинарном формате типа (0d73d6f4...) в вектор бинарных данных";
+        err.func_1 = "String2Binary";
+        data.clear();
+        if (text.size() % 2 != 0) fail(err, "В строке нет четного количества символов", "(n%2 != 0)");
+        std::vector<uint8_t> bytes;
+        bytes.reserve(text.size() / 2);
+        for (size_t i = 0; i < text.size(); i += 2) {
+            const int high = hex_value(text[i]), low = hex_value(text[i + 1]);
+            if (high < 0 || low < 0) fail(err, "В строка содержит недопустимый символ", "str[i]");
+            bytes.push_back(static_cast<uint8_t>(high << 4 | low));
+        }
+        data = std::move(bytes);
+    });
+}
+
+bool MGFile::CompareBinary(const std::vector<uint8_t>& a, const std::vector<uint8_t>& b) {
+    return a == b;
+}
+
+bool MGFile::GetUtf8StringFromBinary(const std::vector<uint8_t>& data, std::string& text) {
+    return at_edge("MGFile::GetUtf8StringFromBinary", [&] {
+        text.clear();
+        if (data.empty() || data.back() != 0) return false;
+        std::string candidate(data.begin(), data.end() - 1);
+        if (!IsUtf8String(candidate)) return false; // nor with a zero byte inside
+        text = std::move(candidate);
+        return true;
+    });
+}
+
+void MGFile::GetUtf8StringFromBinaryExt(const std::vector<uint8_t>& data, std::string& text) {
+    at_edge("MGFile::GetUtf8StringFromBinaryExt", [&] {
+        MGErr err;
+        err.mess_1 = "Ошибка преобразования данных в строку";
+        err.func_1 = "GetUtf8StringFromBinaryExt";
+        if (!GetUtf8StringFromBinary(data, text))
+            fail(err, "Полученные данные не являются строкой в формате UTF-8", "GetUtf8StringFromBinary");
+    });
+}
+
+void MGFile::ConvertStringWithNullToBinary(const std::string& text, std::vector<uint8_t>& data) {
+    at_edge("MGFile::ConvertStringWithNullToBinary", [&] {
+        data.assign(text.begin(), text.end());
+        data.push_back(0);
+    });
+}
