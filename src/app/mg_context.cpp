@@ -6,8 +6,7 @@
 
 void init_vorma_catalogs(MGContext* context, const char* log_file_name) {
     at_edge("init_vorma_catalogs", [&] {
-        MGFile file;
-        file.GetEnv("HOME", context->base_dir);
+        MGFile::GetEnv("HOME", context->base_dir);
         context->base_dir += "/.selunara/vormaqs";
 
         const struct {
@@ -27,7 +26,7 @@ void init_vorma_catalogs(MGContext* context, const char* log_file_name) {
         for (const auto& catalog : catalogs) {
             std::string path = context->base_dir + catalog.tail;
             context->*catalog.field = path;
-            file.IfNotExistMakeDirRecursive(path);
+            MGFile::IfNotExistMakeDirRecursive(path);
         }
         context->log_file = context->log_dir + "/" + log_file_name;
         context->editor_path = "/usr/bin/kate";
@@ -37,7 +36,7 @@ void init_vorma_catalogs(MGContext* context, const char* log_file_name) {
 bool find_config_file(MGContext* context) {
     return at_edge("find_config_file", [&] {
         context->config_file = context->config_dir + "/vormaqs_config.xml";
-        if (MGFile().IsFile(context->config_file.c_str())) context->config_found = true;
+        if (MGFile::IsFile(context->config_file.c_str())) context->config_found = true;
         return context->config_found;
     });
 }

@@ -32,5 +32,5 @@ void save_all_config_data(MGDialog* dialog) {
 }
 
 void make_vorma_catalog(MGDialog* dialog, const std::string& path) {
-    told_over(dialog, "make_vorma_catalog", [&] { MGFile().IfNotExistMakeDirRecursive(path); });
+    told_over(dialog, "make_vorma_catalog", [&] { MGFile::IfNotExistMakeDirRecursive(path); });
 }

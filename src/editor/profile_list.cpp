@@ -55,8 +55,8 @@ void rename_profile(GtkTreeView* view) {
     prepare_enter_2("Переименование профиля");
     dialog->SetEntry("entry_enter_2_name", profile.name.c_str());
     dialog->SetEntry("entry_enter_2_id", profile.id.c_str());
-    dialog->SetSensitive("entry_enter_2_id", FALSE);
-    dialog->SetSensitive("combo_enter_2_id", FALSE);
+    dialog->SetSensitive("entry_enter_2_id", false);
+    dialog->SetSensitive("combo_enter_2_id", false);
     dialog->user_data = &index;
     if (!dialog.RunOk()) return;
 
@@ -84,7 +84,7 @@ void delete_profile(GtkTreeView* view) {
     if (was_default && !profiles.empty()) {
         profiles.front().is_default = true;
         ProfileDialog->ListStoreGetRowIndex(store, 0);
-        ProfileDialog->ListStoreSetBoolean(store, COLUMN_DEFAULT, TRUE);
+        ProfileDialog->ListStoreSetBoolean(store, COLUMN_DEFAULT, true);
     }
     save_all_config_data(ProfileDialog);
 }
@@ -118,9 +118,7 @@ void invert_active(GtkListStore* store, const char* path) {
 bool id_is_taken(MGDialog* dialog) {
     if (!id_already_exist(Context, dialog->GetEntry("entry_enter_2_id"), static_cast<int*>(dialog->user_data)))
         return false;
-    dialog->MessageBox("Ошибка",
-                       "Такой идентификатор уже существует в другом профиле.\nИзмените значение идентификатора.",
-                       GTK_MESSAGE_ERROR, GTK_BUTTONS_OK);
+    show_refusal(dialog, "Такой идентификатор уже существует в другом профиле.\nИзмените значение идентификатора.");
     dialog->SetFocusToProblemWidget("entry_enter_2_id");
     return true;
 }

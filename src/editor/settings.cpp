@@ -3,7 +3,6 @@
 #include "app/mg_context.h"
 #include "config/saving.h"
 #include "dialog/make_dialog.h"
-#include "dialog/mg_dialog.h"
 #include "editor/handlers.h"
 
 namespace {

@@ -2,16 +2,16 @@
 #include "editor/validation.h"
 
 #include "app/globals.h"
-#include "dialog/mg_dialog.h"
+#include "dialog/make_dialog.h"
 #include "net/address_syntax.h"
 
 #include <string>
 
 namespace {
 
-// Tells of a fault and puts the focus where it is to be mended.
-int refuse(MGDialog* dialog, const char* entry, const char* text, GtkMessageType type = GTK_MESSAGE_INFO) {
-    dialog->MessageBox(type == GTK_MESSAGE_ERROR ? "Ошибка" : "Сообщение", text, type, GTK_BUTTONS_OK);
+// Tells of a fault in a box and puts the focus where it is to be mended.
+int refuse(MGDialog* dialog, const char* entry, const char* text, void (*box)(MGDialog*, const char*) = show_message) {
+    box(dialog, text);
     dialog->SetFocusToProblemWidget(entry);
     return 1;
 }
@@ -39,7 +39,7 @@ int entry_not_id(MGDialog* dialog, const char* entry) {
     return refuse(dialog, entry,
                   "Идентификатор содержит недопустимые символы или нарушен его формат.\n"
                   "Разрешается латинский алфавита в нижнем регистре, цифры и символ подчеркивания.",
-                  GTK_MESSAGE_ERROR);
+                  show_refusal);
 }
 
 int is_error_config_ip(MGDialog* dialog, const char* tab, const char* section, const char* entry) {

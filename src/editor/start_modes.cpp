@@ -1,0 +1,255 @@
+// The pages of the start modes: what each frame holds, and which of them is open.
+#include "editor/start_modes.h"
+
+#include "dialog/make_dialog.h"
+#include "editor/choosers.h"
+#include "editor/handlers.h"
+#include "editor/widget_fields.h"
+
+namespace {
+
+using F = FieldsOf<MGConfig>;
+using Side = FieldsOf<MGDev>;
+constexpr int max_port = 65535;
+
+const WidgetField<MGConfig> timer_fields[] = {
+    F::spin("time_hour", &MGConfig::time_hour, 23),
+    F::spin("time_minute", &MGConfig::time_minute, 59),
+    F::spin("period_hour", &MGConfig::period_hour, 8760),
+    F::spin("period_minute", &MGConfig::period_minute, 60),
+};
+
+const WidgetField<MGConfig> file_fields[] = {
+    F::entry("init_catalog", &MGConfig::file_catalog),
+    F::entry("mask_file", &MGConfig::mask_file),
+};
+
+const WidgetField<MGConfig> recv_fields[] = {
+    F::combo("recv_ip", &MGConfig::recv_ip, init_recv_ip), F::spin("recv_port", &MGConfig::recv_port, max_port),
+    F::entry("recv_catalog", &MGConfig::recv_catalog),     F::check("tls_recv", &MGConfig::recv_tls),
+    F::check("need_cert", &MGConfig::recv_need_cert),
+};
+
+const WidgetField<MGConfig> modify_fields[] = {
+    F::entry("modify_catalog", &MGConfig::modify_catalog),
+    F::entry("modify_file", &MGConfig::modify_file),
+};
+
+const WidgetField<MGConfig> client_fields[] = {
+    F::combo("client_recv_ip", &MGConfig::client_recv_ip, init_recv_ip),
+    F::spin("client_recv_port", &MGConfig::client_recv_port, max_port),
+    F::combo("client_send_ip", &MGConfig::client_send_ip, init_send_ip),
+    F::combo("client_send_domen", &MGConfig::client_send_domen, init_send_domen),
+    F::spin("client_send_port", &MGConfig::client_send_port, max_port),
+    F::entry("client_tls_server", &MGConfig::client_tls_server),
+};
+
+const WidgetField<MGConfig> server_fields[] = {
+    F::combo("server_recv_ip", &MGConfig::server_recv_ip, init_recv_ip),
+    F::spin("server_recv_port", &MGConfig::server_recv_port, max_port),
+    F::check("server_need_cert", &MGConfig::server_need_cert),
+    F::check("use_admission_list", &MGConfig::server_use_list),
+    F::check("admit_everyone", &MGConfig::server_everyone),
+    F::combo("server_send_ip", &MGConfig::server_send_ip, init_send_ip),
+    F::combo("server_send_domen", &MGConfig::server_send_domen, init_send_domen),
+    F::spin("server_send_port", &MGConfig::server_send_port, max_port),
+};
+
+const WidgetField<MGConfig> gw_client_fields[] = {
+    F::combo("gw_client_send_ip", &MGConfig::gw_client_send_ip, init_send_ip),
+    F::combo("gw_client_send_domen", &MGConfig::gw_client_send_domen, init_send_domen),
+    F::spin("gw_client_send_port", &MGConfig::gw_client_send_port, max_port),
+    F::entry("gw_client_tls_server", &MGConfig::gw_client_tls_server),
+};
+
+const WidgetField<MGConfig> gw_server_fields[] = {
+    F::combo("gw_server_recv_ip", &MGConfig::gw_server_recv_ip, init_recv_ip),
+    F::spin("gw_server_recv_port", &MGConfig::gw_server_recv_port, max_port),
+};
+
+// Both sides of a gateway; the side's name stands in front of the roles.
+const WidgetField<MGDev> side_fields[] = {
+    Side::offer("internal_dev", &MGDev::internal_device, init_net_device),
+    Side::combo("send_dev", &MGDev::device, init_tun_device),
+    Side::radio("router", &MGDev::is_router),
+    Side::radio("local", &MGDev::is_local),
+    Side::combo("local_adr", &MGDev::local_adr, init_local_adr),
+    Side::combo("virtual_adr", &MGDev::virtual_adr, init_virtual_adr),
+    Side::radio("ip_all", &MGDev::ip_all),
+    Side::radio("ip_select", &MGDev::ip_select),
+    Side::check("ip_icmp", &MGDev::ip_icmp),
+    Side::check("ip_igmp", &MGDev::ip_igmp),
+    Side::check("ip_tcp", &MGDev::ip_tcp),
+    Side::check("ip_udp", &MGDev::ip_udp),
+    Side::check("ip_esp", &MGDev::ip_esp),
+    Side::check("ip_ah", &MGDev::ip_ah),
+    Side::check("ip_pmi", &MGDev::ip_pmi),
+    Side::check("ip_sctp", &MGDev::ip_sctp),
+};
+
+const WidgetField<MGConfig> fc_fields[] = {
+    F::combo("fc_ip", &MGConfig::fc_ip, init_send_ip), F::combo("fc_domen", &MGConfig::fc_domen, init_send_domen),
+    F::spin("fc_port", &MGConfig::fc_port, max_port),  F::entry("fc_tls_server", &MGConfig::fc_tls_server),
+    F::entry("fc_login", &MGConfig::fc_login),         F::entry("fc_password", &MGConfig::fc_hash),
+};
+
+const WidgetField<MGConfig> fs_fields[] = {
+    F::combo("fs_ip", &MGConfig::fs_ip, init_recv_ip),
+    F::spin("fs_port", &MGConfig::fs_port, max_port),
+};
+
+void set_sensitive_need_cert(bool tls) {
+    ConfigDialog->SetSensitive("check_need_cert", tls);
+}
+
+void set_sensitive_server(bool need_cert, bool use_list) {
+    ConfigDialog->SetSensitive("check_use_admission_list", need_cert);
+    for (const char* id : {"button_admission_list", "check_admit_everyone"})
+        ConfigDialog->SetSensitive(id, need_cert && use_list);
+}
+
+// A start mode. `filled` sets what depends on the stored flags once the frame is filled, whichever mode is chosen;
+// `chosen` sets it by the widgets when the user has picked the mode.
+struct StartMode {
+    const char* radio;
+    bool MGConfig::*flag;
+    PageTable& page;
+    std::span<const WidgetField<MGConfig>> fields;
+    MGDev MGConfig::*side = nullptr;
+    const char* side_name = "";
+    void (*filled)(const MGConfig&) = nullptr;
+    void (*chosen)() = nullptr;
+};
+
+const StartMode start_modes[] = {
+    {"radio_init_timer", &MGConfig::timer_radio, init_timer_id, timer_fields},
+    {"radio_init_file", &MGConfig::file_radio, init_file_id, file_fields},
+    {.radio = "radio_init_recv",
+     .flag = &MGConfig::recv_radio,
+     .page = init_recv_id,
+     .fields = recv_fields,
+     .filled = [](const MGConfig& config) { set_sensitive_need_cert(config.recv_tls); },
+     .chosen = [] { set_sensitive_need_cert(ConfigDialog->ToggleButtonGet("check_tls_recv")); }},
+    {"radio_init_modify", &MGConfig::modify_radio, init_modify_id, modify_fields},
+    {"radio_init_client", &MGConfig::client_radio, init_client_id, client_fields},
+    {.radio = "radio_init_server",
+     .flag = &MGConfig::server_radio,
+     .page = init_server_id,
+     .fields = server_fields,
+     .filled = [](const MGConfig& config) { set_sensitive_server(config.server_need_cert, config.server_use_list); },
+     .chosen = check_init_server},
+    {"radio_init_gw_client", &MGConfig::gw_client_radio, init_gw_client_id, gw_client_fields, &MGConfig::gw_client,
+     "gw_client_"},
+    {"radio_init_gw_server", &MGConfig::gw_server_radio, init_gw_server_id, gw_server_fields, &MGConfig::gw_server,
+     "gw_server_"},
+    {"radio_init_fc", &MGConfig::fc_radio, init_fc_id, fc_fields},
+    {"radio_init_fs", &MGConfig::fs_radio, init_fs_id, fs_fields},
+};
+
+// Opens the frame of the mode whose radio button became active; the button that lost the mark calls it too.
+void choose(PageTable& page) {
+    for (const StartMode& mode : start_modes) {
+        if (&mode.page != &page) continue;
+        if (!ConfigDialog->ToggleButtonGet(mode.radio)) return;
+        set_sensitive_init(ConfigDialog, mode.page, true);
+        if (mode.chosen) mode.chosen();
+    }
+    for (const StartMode& other : start_modes)
+        if (&other.page != &page) set_sensitive_init(ConfigDialog, other.page, false);
+}
+
+} // namespace
+
+void fill_start_modes(MGDialog& dialog, const MGConfig& config) {
+    for (const StartMode& mode : start_modes) {
+        dialog.ToggleButtonSet(mode.radio, config.*mode.flag);
+        set_sensitive_init(&dialog, mode.page, config.*mode.flag);
+        fill(dialog, config, mode.fields);
+        if (mode.side) fill(dialog, config.*mode.side, side_fields, mode.side_name);
+        if (mode.filled) mode.filled(config);
+    }
+}
+
+void read_start_modes(MGDialog& dialog, MGConfig& config) {
+    for (const StartMode& mode : start_modes) {
+        config.*mode.flag = dialog.ToggleButtonGet(mode.radio);
+        read_back(dialog, config, mode.fields);
+        if (mode.side) read_back(dialog, config.*mode.side, side_fields, mode.side_name);
+    }
+}
+
+void set_sensitive_init(MGDialog* dialog, PageTable& page, bool sensitive) {
+    for (const char* id : page) dialog->SetSensitive(id, sensitive);
+}
+
+void check_init_server() {
+    set_sensitive_server(ConfigDialog->ToggleButtonGet("check_server_need_cert"),
+                         ConfigDialog->ToggleButtonGet("check_use_admission_list"));
+}
+
+extern "C" {
+
+void toggle_init_timer(GtkToggleButton*, gpointer) {
+    choose(init_timer_id);
+}
+void toggle_init_file(GtkToggleButton*, gpointer) {
+    choose(init_file_id);
+}
+void toggle_init_recv(GtkToggleButton*, gpointer) {
+    choose(init_recv_id);
+}
+void toggle_init_modify(GtkToggleButton*, gpointer) {
+    choose(init_modify_id);
+}
+void toggle_init_client(GtkToggleButton*, gpointer) {
+    choose(init_client_id);
+}
+void toggle_init_server(GtkToggleButton*, gpointer) {
+    choose(init_server_id);
+}
+void toggle_init_gw_client(GtkToggleButton*, gpointer) {
+    choose(init_gw_client_id);
+}
+void toggle_init_gw_server(GtkToggleButton*, gpointer) {
+    choose(init_gw_server_id);
+}
+void toggle_init_fc(GtkToggleButton*, gpointer) {
+    choose(init_fc_id);
+}
+void toggle_init_fs(GtkToggleButton*, gpointer) {
+    choose(init_fs_id);
+}
+
+void toggle_tls_recv(GtkToggleButton*, gpointer) {
+    set_sensitive_need_cert(ConfigDialog->ToggleButtonGet("check_tls_recv"));
+}
+
+void toggle_server_need_cert(GtkToggleButton*, gpointer) {
+    check_init_server();
+}
+
+void toggle_use_admission_list(GtkToggleButton*, gpointer) {
+    const bool use_list = ConfigDialog->ToggleButtonGet("check_use_admission_list");
+    for (const char* id : {"button_admission_list", "check_admit_everyone"}) ConfigDialog->SetSensitive(id, use_list);
+}
+
+void press_init_catalog(GtkEntry*, GtkEntryIconPosition, GdkEvent*, gpointer) {
+    choice_catalog(ConfigDialog, "entry_init_catalog");
+}
+
+void press_mask_file(GtkEntry*, GtkEntryIconPosition, GdkEvent*, gpointer) {
+    choice_file(ConfigDialog, "entry_init_catalog", "entry_mask_file");
+}
+
+void press_recv_catalog(GtkEntry*, GtkEntryIconPosition, GdkEvent*, gpointer) {
+    choice_catalog(ConfigDialog, "entry_recv_catalog");
+}
+
+void press_modify_catalog(GtkEntry*, GtkEntryIconPosition, GdkEvent*, gpointer) {
+    choice_catalog(ConfigDialog, "entry_modify_catalog");
+}
+
+void press_modify_file(GtkEntry*, GtkEntryIconPosition, GdkEvent*, gpointer) {
+    choice_file(ConfigDialog, "entry_modify_catalog", "entry_modify_file");
+}
+}
