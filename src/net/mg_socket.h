@@ -32,6 +32,8 @@ inline constexpr int32_t MGSK_EXIT_LIMIT_AUTH = 5;     // the time for authentic
 inline constexpr int32_t MGSK_EXIT_LIMIT_INACTIVE = 6; // the time of inactivity is up
 inline constexpr int32_t MGSK_EXIT_RESET_TIMEOUT = 7;  // the life of the connection is up
 
+class MGIp;
+
 // The flag by which another thread tells a conversation to end.
 class MGSignal {
 public:
@@ -244,6 +246,35 @@ public:
     // memset to 0 and memcpy.
     static void ClearMem(void* data, size_t size);
     static void CopyMem(void* to, const void* from, size_t size);
+
+    // --- tun_raw: whole IP packets, read from a TUN device and sent through a raw socket. ---
+
+    int GetRawSock() const { return m_raw_sock; }
+    void SetRawSock(int sock) { m_raw_sock = sock; }
+    int GetTunSock() const { return m_tun_sock; }
+    void SetTunSock(int sock) { m_tun_sock = sock; }
+
+    // Closes m_raw_sock and opens such a socket as m_raw_sock; InitRaw one of AF_INET and SOCK_RAW.
+    void InitSocket(int domain, int type, int protocol);
+    void InitRaw(int protocol);
+    // setsockopt. SetIpHdrIncl sets IP_HDRINCL, so that packets go out with the headers that they bring along.
+    static void SetSockOpt(int sock, int level, int optname, const void* optval, unsigned optlen);
+    static void SetIpHdrIncl(int sock);
+    // Closes m_tun_sock and opens a TUN device as m_tun_sock, made if it isn't there; a read gives the bare packet.
+    // With null the kernel chooses the name. On failure m_tun_sock is -1.
+    void OpenTun(const char* dev);
+    // One packet, by one read, which blocks as the descriptor does; what buf can't take is lost.
+    static size_t ReadTun(int sock, void* buf, size_t len_buf);
+    // Sends the packet to its own destination; where the way is too narrow for it, in fragments, whether or not it
+    // allows that. Gives len_buf, or the number of fragments, or 0 for a packet of up to 1500 bytes that is refused as
+    // too long. Throws, with nothing sent: a packet below 20 bytes or above 65535, or one to be fragmented that has IP
+    // options; and on a failure to send, when fragments may be out already. A packet to be fragmented needs an
+    // identification other than 0: for 0 the kernel would give each fragment one of its own.
+    static size_t SendIp(int sock, void* buf, size_t len_buf);
+    // Builds one fragment of the packet at data, whose header is 20 bytes long: part_len bytes, at most 1480, if
+    // partial, otherwise 1480, which must be there, from index * 1480 behind the header.
+    static void MakeFragment(unsigned char* data, MGIp& fragment, uint16_t index, bool partial, uint16_t part_len,
+                             bool last);
 };
 
 // Appends the addresses of the interface dev, or none if there is no such interface with an address.

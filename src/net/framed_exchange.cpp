@@ -1,0 +1,146 @@
+// The exchange of messages: a size, an answer, the bytes, an answer.
+#include "net/address_syntax.h"
+#include "net/error_of.h"
+#include "net/mg_socket.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr size_t read_size = 17408; // bytes asked of one Recv
+
+constexpr char too_little[] = "Требуемое количество данных не было получено";
+constexpr char too_much[] = "Прочитанное количество данных превышает требуемое занчение";
+
+} // namespace
+
+void MGSocket::SendCode(int sock, uint64_t code) {
+    at_edge("MGSocket::SendCode", [&] {
+        MGErr err = error_of("SendCode", "Ошибка отправки кода возврата");
+        if (Send(sock, &code, sizeof code) != sizeof code)
+            fail(err, "Ошибка количества отправленных байт", "( bytes_write != sizeof(int64_t) )");
+    });
+}
+
+uint64_t MGSocket::RecvCode(int sock) {
+    return at_edge("MGSocket::RecvCode", [&] {
+        MGErr err = error_of("RecvCode", "Ошибка полчения кода возврата");
+        uint64_t code = 0;
+        std::vector<uint8_t> in_data;
+        ClearBeginTimeForInactive();
+        TestLimitInactive();
+        // A time-out may fall into the middle of the code: only the rest of it is still to come.
+        while (!RecvAll(sock, in_data, sizeof code - in_data.size(), 0)) TestLimitInactive();
+        if (in_data.size() != sizeof code) {
+            err.num_param = static_cast<int64_t>(in_data.size());
+            err.uint32_param = sizeof code;
+            fail(err, "Ошибка количества полученных байт", "(in_data.size() != sizeof(uint64_t))");
+        }
+        std::memcpy(&code, in_data.data(), sizeof code);
+        return code;
+    });
+}
+
+bool MGSocket::RecvAll(int sock, std::vector<uint8_t>& data, uint64_t only_equal, uint64_t less_then) {
+    return at_edge("MGSocket::RecvAll", [&] {
+        MGErr err = error_of("RecvAll", "Ошибка получения данных из сетевого соединения");
+        TestEqualAndLess(err, only_equal, less_then);
+        uint8_t buffer[read_size];
+        uint64_t read_all = 0;
+        for (;;) {
+            bool is_close = false;
+            if (!RecvPoll(sock, is_close)) return false;
+            // Whoever waits for the beginning of something may find the peer gone, but half of it is a fault.
+            if (is_close && (only_equal == 0 || read_all == 0)) return true;
+            const uint64_t last_equal = only_equal == 0 ? read_size : only_equal - read_all;
+            const size_t got = is_close ? 0 : Recv(sock, buffer, std::min<uint64_t>(last_equal, read_size));
+            if (got == 0) {
+                if (only_equal != 0) fail(err, too_little, "(last_equal > 0)");
+                return true;
+            }
+            read_all += got;
+            data.insert(data.end(), buffer, buffer + got);
+            if (only_equal != 0 && read_all == only_equal) return true;
+            if (less_then != 0 && read_all > less_then) fail(err, too_much, "(read_all > less_then)");
+        }
+    });
+}
+
+bool MGSocket::SendData(int sock, const std::vector<uint8_t>& data) {
+    return at_edge("MGSocket::SendData", [&] {
+        MGErr err = error_of("SendData", "Ошибка отправки данных через сетевое соединение");
+        err.num_param = static_cast<int64_t>(data.size());
+        if (!SendPoll(sock)) return false;
+        SendCode(sock, data.size());
+        if (RecvCode(sock) != 0) fail(err, "Первый код возврата не равен нулю", "RecvCode 1");
+        if (!SendAll(sock, data)) fail(err, "Данные не отправлены из-за разрыва соединения", "SendAll");
+        if (RecvCode(sock) != 0) fail(err, "Второй код возврата не равен нулю", "RecvCode 2");
+        return true;
+    });
+}
+
+bool MGSocket::RecvData(int sock, std::vector<uint8_t>& data, uint64_t only_equal, uint64_t less_then) {
+    return at_edge("MGSocket::RecvData", [&] {
+        MGErr err = error_of("RecvData", "Ошибка получения данных из сетевого соединения");
+        err.num_param = static_cast<int64_t>(only_equal);
+        err.uint32_param = static_cast<uint32_t>(less_then);
+        data.clear();
+        try {
+            TestEqualAndLess(err, only_equal, less_then);
+            const uint64_t size = RecvCode(sock);
+            TestEqualAndLessForRecv(err, only_equal, less_then, size);
+            SendCode(sock, 0);
+            // After a time-out the whole size is asked for again. The sender sends nothing further before our answer,
+            // so that the next time-out ends the reading.
+            while (!RecvAll(sock, data, size, 0) && data.size() < size) {
+            }
+            if (data.size() < size) fail(err, too_little, "(data.size() < size)");
+            if (data.size() > size) fail(err, too_much, "(data.size() > size)");
+            SendCode(sock, 0);
+        } catch (...) {
+            data.clear();
+            throw;
+        }
+        return true;
+    });
+}
+
+bool MGSocket::RecvData(int sock, std::vector<uint8_t>& data) {
+    return RecvData(sock, data, 0, 0);
+}
+
+void MGSocket::TestEqualAndLess(MGErr& err, uint64_t only_equal, uint64_t less_then) {
+    if (only_equal != 0 && less_then != 0)
+        fail(err, "Нельзя задавать два параметра одновременно", "(only_equal != 0) && (less_then != 0)");
+}
+
+void MGSocket::TestEqualAndLessForRecv(MGErr& err, uint64_t only_equal, uint64_t less_then, uint64_t recv_byte) {
+    if (only_equal != 0) {
+        if (recv_byte != only_equal)
+            fail(err,
+                 "Количество полученных байт не совпадает с количеством байт, заданным параметром с точным значением",
+                 "( recv_byte != only_equal )");
+    } else if (less_then != 0 && recv_byte > less_then) {
+        fail(err,
+             "Количество полученных байт превысило количество байт, заданное ограничением, которое нельзя превышать",
+             "( recv_byte > less_then )");
+    }
+}
+
+std::string MGSocket::SprintfBuf(const void* buf, size_t size) {
+    return sprintf_buf(buf, size);
+}
+
+void MGSocket::Data2Vector(const void* data, size_t size, std::vector<uint8_t>& out) {
+    const auto* bytes = static_cast<const uint8_t*>(data);
+    out.assign(bytes, bytes + size);
+}
+
+void MGSocket::ClearMem(void* data, size_t size) {
+    std::memset(data, 0, size);
+}
+
+void MGSocket::CopyMem(void* to, const void* from, size_t size) {
+    std::memcpy(to, from, size);
+}
