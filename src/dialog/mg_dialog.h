@@ -3,7 +3,7 @@
 // MGDialog throws nothing. A null id does nothing and gives the neutral value that the member names; an id that the
 // definition lacks gives the toolkit's critical warning, no effect and the toolkit's neutral value.
 // Rows are worked on through a cursor: a member that finds or makes a row leaves it current, and the next ones act on
-// it. Text is UTF-8. Used on the toolkit's thread only.
+// it. Results by pointer are never null pointers unless said. Text is UTF-8. Used on the toolkit's thread only.
 #pragma once
 
 #include <gtk/gtk.h>
@@ -112,7 +112,7 @@ public:
     void SetSwitch(const char* id, bool value);
     bool GetSwitch(const char* id) const;
     // Months count from 1.
-    void GetCalendar(const char* id, int32_t& year, int32_t& month, int32_t& day) const;
+    void GetCalendar(const char* id, int32_t* year, int32_t* month, int32_t* day) const;
     void SetCalendar(const char* id, int32_t year, int32_t month, int32_t day);
 
     // Sets the bar, 0.0 to 1.0, and lets the toolkit handle all pending events: other handlers may run meanwhile.
@@ -136,8 +136,8 @@ public:
 
     // A file chooser over this window. The response, -1 without a window; on GTK_RESPONSE_ACCEPT `file_name` is the
     // choice, allocated (Free), else null. `initial` may be null.
-    int32_t GetFileNameExt(const char* title, GtkFileChooserAction action, const char* initial, char*& file_name);
-    int32_t GetFileName(const char* title, const char* initial, char*& file_name); // to save
+    int32_t GetFileNameExt(const char* title, GtkFileChooserAction action, const char* initial, char** file_name);
+    int32_t GetFileName(const char* title, const char* initial, char** file_name); // to save
     // Where to save. Folder and name are proposals and may be empty. Whether the user accepted.
     bool GetFileNameSave(const char* title, std::string folder, std::string name, std::string& out_folder,
                          std::string& out_name);
@@ -172,10 +172,10 @@ public:
     bool ListStoreMoveDown(GtkListStore* store);
 
     // Cells of the current row.
-    void TreeModelGetString(int32_t column, char*& text) const; // allocated: Free; or null
+    void TreeModelGetString(int32_t column, char** text) const; // allocated: Free; or null
     std::string TreeModelGetStringExt(int32_t column) const;
-    void TreeModelGetBoolean(int32_t column, int32_t& value) const;
-    void TreeModelGetNum(int32_t column, int32_t& value) const;
+    void TreeModelGetBoolean(int32_t column, int32_t* value) const;
+    void TreeModelGetNum(int32_t column, int32_t* value) const;
     int32_t TreeModelGetIndex() const; // row number of the current row, -1 if it has no path
     // Row numbers of the selection that the last TreeViewGetSelection found.
     std::vector<int32_t> TreeModelGetSelectedIndex() const;
@@ -184,9 +184,9 @@ public:
 
     // Reads what is selected: in multiple mode into selected_rows, and a single one also as the current row, else as
     // the current row. False if nothing is selected. `store` is set even then, unless the view has no model.
-    bool TreeViewGetSelection(GtkTreeView* view, GtkListStore*& store);
+    bool TreeViewGetSelection(GtkTreeView* view, GtkListStore** store);
     int32_t TreeViewGetCountSelection() const; // after a successful TreeViewGetSelection
-    bool GetListStoreFromTreeView(GtkTreeView* view, GtkListStore*& store) const;
+    bool GetListStoreFromTreeView(GtkTreeView* view, GtkListStore** store) const;
     void TreeViewSetSelection(GtkTreeView* view); // selects the current row
     void TreeViewSetCursor(GtkTreeView* view);    // moves the cursor to the current row
     bool IsPressMouseButtonOnSelected(GtkTreeView* view, const GdkEventButton* event) const;
@@ -200,8 +200,8 @@ public:
 
     void TreeStoreAppendRoot(GtkTreeStore* store);
     bool TreeStoreAppendChild(GtkTreeView* view,
-                              GtkTreeStore*& store); // under the selected row; false if there is none
-    bool TreeStoreGetSelection(GtkTreeView* view, GtkTreeStore*& store);
+                              GtkTreeStore** store); // under the selected row; false if there is none
+    bool TreeStoreGetSelection(GtkTreeView* view, GtkTreeStore** store);
     void TreeStoreDeleteSelection(GtkTreeStore* store); // removes the current row
     bool TreeStoreGetRow(GtkTreeStore* store, const char* path);
     bool TreeStoreGetRootRowIndex(GtkTreeStore* store, int32_t index);
@@ -220,11 +220,11 @@ public:
     void TreeStoreSetPointer(GtkTreeStore* store, int32_t column, void* value);
     // The pixbuf of the GtkImage with that id; nothing if there is none.
     void TreeStoreSetIcon(GtkTreeStore* store, int32_t column, const char* image_id);
-    void TreeStoreGetString(int32_t column, char*& text) const; // allocated: Free; or null
+    void TreeStoreGetString(int32_t column, char** text) const; // allocated: Free; or null
     std::string TreeStoreGetString(int32_t column) const;
-    void TreeStoreGetBoolean(int32_t column, int32_t& value) const;
-    void TreeStoreGetNum(int32_t column, int32_t& value) const;
-    void TreeStoreGetPointer(int32_t column, void*& value) const;
+    void TreeStoreGetBoolean(int32_t column, int32_t* value) const;
+    void TreeStoreGetNum(int32_t column, int32_t* value) const;
+    void TreeStoreGetPointer(int32_t column, void** value) const;
     void TreeStoreExpandAll(GtkTreeView* view);
     void TreeStoreExpandRow(GtkTreeView* view); // the current row, one level
 

@@ -1,0 +1,162 @@
+// Members of MGDialog that work on the rows of a list store through the cursor.
+#include "dialog/mg_dialog.h"
+#include "dialog/rows.h"
+
+namespace {
+
+std::vector<int32_t> indexes_of(const GList* paths) {
+    std::vector<int32_t> indexes;
+    for (const GList* item = paths; item; item = item->next)
+        indexes.push_back(gtk_tree_path_get_indices(static_cast<GtkTreePath*>(item->data))[0]);
+    return indexes;
+}
+
+// What is selected, ascending: in multiple mode the selected rows, else the current one.
+std::vector<int32_t> rows_to_move(const MGDialog& dialog, GtkListStore* store) {
+    if (dialog.selection_mode == GTK_SELECTION_NONE) return {};
+    if (dialog.selection_mode == GTK_SELECTION_MULTIPLE) return indexes_of(dialog.selected_rows);
+    const int32_t row = row_index(GTK_TREE_MODEL(store), dialog.list_iter);
+    return row < 0 ? std::vector<int32_t>{} : std::vector<int32_t>{row};
+}
+
+// Towards the head the rows go from the first on, towards the tail from the last back: so a row that is still to be
+// moved is not displaced by an earlier move, and the numbers stay right. Whether rows moved.
+
+bool move_towards_head(MGDialog& dialog, GtkListStore* store, const std::vector<int32_t>& rows, int32_t distance) {
+    if (rows.empty() || rows.front() == 0) return false;
+    for (const int32_t row : rows) {
+        GtkTreeIter own;
+        if (find_child(GTK_TREE_MODEL(store), nullptr, row, own) && dialog.ListStoreGetRowIndex(store, row - distance))
+            gtk_list_store_move_before(store, &own, &dialog.list_iter);
+    }
+    return true;
+}
+
+bool move_towards_tail(MGDialog& dialog, GtkListStore* store, const std::vector<int32_t>& rows, int32_t distance) {
+    if (rows.empty() || rows.back() >= dialog.ListStoreGetNumRows(store) - 1) return false;
+    for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
+        GtkTreeIter own;
+        if (find_child(GTK_TREE_MODEL(store), nullptr, *row, own) &&
+            dialog.ListStoreGetRowIndex(store, *row + distance))
+            gtk_list_store_move_after(store, &own, &dialog.list_iter);
+    }
+    return true;
+}
+
+} // namespace
+
+// --- Rows and cells ---
+
+void MGDialog::ListStoreAppend(GtkListStore* store) {
+    gtk_list_store_append(store, &list_iter);
+    list_model = GTK_TREE_MODEL(store);
+}
+
+void MGDialog::ListStoreInsert(GtkListStore* store, int32_t index) {
+    gtk_list_store_insert(store, &list_iter, index);
+    list_model = GTK_TREE_MODEL(store);
+}
+
+void MGDialog::ListStoreSetString(GtkListStore* store, int32_t column, const char* text) {
+    gtk_list_store_set(store, &list_iter, column, text, -1);
+}
+
+void MGDialog::ListStoreSetBoolean(GtkListStore* store, int32_t column, bool value) {
+    gtk_list_store_set(store, &list_iter, column, static_cast<gboolean>(value), -1);
+}
+
+void MGDialog::ListStoreSetNum(GtkListStore* store, int32_t column, int32_t value) {
+    gtk_list_store_set(store, &list_iter, column, value, -1);
+}
+
+bool MGDialog::ListStoreGetRow(GtkListStore* store, const char* path) {
+    if (!find_row(GTK_TREE_MODEL(store), path, list_iter)) return false;
+    list_model = GTK_TREE_MODEL(store);
+    return true;
+}
+
+bool MGDialog::ListStoreGetRowIndex(GtkListStore* store, int32_t index) {
+    if (!find_child(GTK_TREE_MODEL(store), nullptr, index, list_iter)) return false;
+    list_model = GTK_TREE_MODEL(store);
+    return true;
+}
+
+int32_t MGDialog::ListStoreGetNumRows(GtkListStore* store) const {
+    return gtk_tree_model_iter_n_children(GTK_TREE_MODEL(store), nullptr);
+}
+
+void MGDialog::ListStoreDeleteIter(GtkListStore* store) {
+    gtk_list_store_remove(store, &list_iter);
+}
+
+void MGDialog::ListStoreDeleteAll(GtkListStore* store) {
+    gtk_list_store_clear(store);
+}
+
+void MGDialog::ListStoreDeleteSelection(GtkListStore* store) {
+    if (selection_mode == GTK_SELECTION_NONE) return;
+    if (selection_mode != GTK_SELECTION_MULTIPLE) return ListStoreDeleteIter(store);
+    const std::vector<int32_t> rows = indexes_of(selected_rows);
+    // From the last on, so that the numbers still to come stay right.
+    for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
+        GtkTreeIter iter;
+        if (find_child(GTK_TREE_MODEL(store), nullptr, *row, iter)) gtk_list_store_remove(store, &iter);
+    }
+}
+
+void MGDialog::TreeModelGetString(int32_t column, char** text) const {
+    *text = nullptr;
+    read_cell(list_model, list_iter, column, text);
+}
+
+std::string MGDialog::TreeModelGetStringExt(int32_t column) const {
+    return text_cell(list_model, list_iter, column);
+}
+
+void MGDialog::TreeModelGetBoolean(int32_t column, int32_t* value) const {
+    read_cell(list_model, list_iter, column, value);
+}
+
+void MGDialog::TreeModelGetNum(int32_t column, int32_t* value) const {
+    read_cell(list_model, list_iter, column, value);
+}
+
+int32_t MGDialog::TreeModelGetIndex() const {
+    return row_index(list_model, list_iter);
+}
+
+std::vector<int32_t> MGDialog::TreeModelGetSelectedIndex() const {
+    if (selection_mode == GTK_SELECTION_NONE) return {};
+    if (selection_mode == GTK_SELECTION_MULTIPLE) return indexes_of(selected_rows);
+    const int32_t index = TreeModelGetIndex();
+    return index < 0 ? std::vector<int32_t>{} : std::vector<int32_t>{index};
+}
+
+// --- Moves ---
+
+bool MGDialog::ListStoreMoveTop(GtkListStore* store) {
+    const std::vector<int32_t> rows = rows_to_move(*this, store);
+    if (selection_mode == GTK_SELECTION_MULTIPLE)
+        return !rows.empty() && move_towards_head(*this, store, rows, rows.front());
+    if (rows.empty() || rows.front() == 0) return false;
+    gtk_list_store_move_after(store, &list_iter, nullptr);
+    return true;
+}
+
+bool MGDialog::ListStoreMoveBottom(GtkListStore* store) {
+    const std::vector<int32_t> rows = rows_to_move(*this, store);
+    const int32_t bottom = ListStoreGetNumRows(store) - 1;
+    if (selection_mode == GTK_SELECTION_MULTIPLE)
+        return !rows.empty() && move_towards_tail(*this, store, rows, bottom - rows.back());
+    if (rows.empty() || rows.back() >= bottom) return false;
+    gtk_list_store_move_before(store, &list_iter, nullptr);
+    return true;
+}
+
+bool MGDialog::ListStoreMoveUp(GtkListStore* store) {
+    return move_towards_head(*this, store, rows_to_move(*this, store), 1);
+}
+
+bool MGDialog::ListStoreMoveDown(GtkListStore* store) {
+    return move_towards_tail(*this, store, rows_to_move(*this, store), 1);
+}
