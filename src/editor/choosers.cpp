@@ -8,30 +8,25 @@
 #include <memory>
 #include <string>
 
-namespace {
-
-// Runs the chooser, presetting what `preset` holds unless that is blank; empty unless the user accepted.
-std::string chosen(MGDialog* dialog, const char* title, GtkFileChooserAction action, const char* preset) {
+std::string choose_path(MGDialog* dialog, const char* title, GtkFileChooserAction action, const char* preset) {
     char* name = nullptr;
     const int response = dialog->GetFileNameExt(title, action, string_is_empty(preset) ? nullptr : preset, &name);
     const std::unique_ptr<char, decltype(&MGDialog::Free)> owner(name, &MGDialog::Free);
     return response == GTK_RESPONSE_ACCEPT && name ? name : "";
 }
 
-} // namespace
-
 void choice_catalog(MGDialog* dialog, const char* entry) {
     at_handler(dialog, [&] {
         const std::string path =
-            chosen(dialog, "Окно выбора каталога", GTK_FILE_CHOOSER_ACTION_SELECT_FOLDER, dialog->GetEntry(entry));
+            choose_path(dialog, "Окно выбора каталога", GTK_FILE_CHOOSER_ACTION_SELECT_FOLDER, dialog->GetEntry(entry));
         if (!path.empty()) dialog->SetEntry(entry, path.c_str());
     });
 }
 
 void choice_file(MGDialog* dialog, const char* catalog_entry, const char* file_entry) {
     at_handler(dialog, [&] {
-        const std::string path =
-            chosen(dialog, "Окно выбора имени файла", GTK_FILE_CHOOSER_ACTION_OPEN, dialog->GetEntry(catalog_entry));
+        const std::string path = choose_path(dialog, "Окно выбора имени файла", GTK_FILE_CHOOSER_ACTION_OPEN,
+                                             dialog->GetEntry(catalog_entry));
         if (!path.empty()) dialog->SetEntry(file_entry, MGFile::GetNameFromFile(path).c_str());
     });
 }

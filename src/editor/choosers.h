@@ -1,9 +1,17 @@
-// The choosers behind every entry with a browse icon. A failure is told over the dialog; nothing is thrown.
+// The choosers behind every entry with a browse icon.
 #pragma once
+
+#include <gtk/gtk.h>
+
+#include <string>
 
 class MGDialog;
 
+// Runs a chooser over the dialog, beginning at `preset` unless that is blank; empty unless the user accepted.
+std::string choose_path(MGDialog* dialog, const char* title, GtkFileChooserAction action, const char* preset);
+
 // Lets the user choose a directory, from the entry's own text on; the entry receives its path.
+// A failure is told over the dialog.
 void choice_catalog(MGDialog* dialog, const char* entry);
 
 // Lets the user choose a file in the catalog that catalog_entry (may be null) names; file_entry receives the bare
