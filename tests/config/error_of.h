@@ -1,0 +1,61 @@
+// The error of a step, in a form that compares and prints as a whole.
+#pragma once
+
+#include "app/mg_err.h"
+
+#include <string>
+#include <vector>
+
+// mess_1, mess_2, func_1, func_2, opt_param, str_param, ext_param, num_param.
+using ErrorFields = std::vector<std::string>;
+
+// The MGErr that the step throws; nothing where it throws none.
+template <class Step>
+ErrorFields error_of(Step&& step) {
+    try {
+        step();
+    } catch (const MGErr& err) {
+        return {err.mess_1,    err.mess_2,    err.func_1,    err.func_2,
+                err.opt_param, err.str_param, err.ext_param, std::to_string(err.num_param)};
+    }
+    return {};
+}
+
+// What the XML layer tells of an attribute or an element that is missing.
+inline ErrorFields no_prop(const char* operation, const char* name) {
+    return {"Ошибка получения свойства раздела",
+            "Не удалось получить значение свойства",
+            operation,
+            "xmlGetProp",
+            name,
+            "",
+            "",
+            "0"};
+}
+inline ErrorFields no_child(const char* name) {
+    return {"Ошибка получения первого подчиненного раздела",
+            "Не удалось найти подчиненный раздел",
+            "GetFirstChildren",
+            "",
+            name,
+            "",
+            "",
+            "0"};
+}
+
+// What a reader of one file tells when a check does not hold.
+struct ReaderErrors {
+    std::string mess_1, func_1, file;
+
+    ErrorFields check(const char* mess_2, const char* func_2, const char* str, const char* ext, const char* num) const {
+        return {mess_1, mess_2, func_1, func_2, file, str, ext, num};
+    }
+    ErrorFields surplus(const char* name, const char* num) const {
+        return check("Количество правил для входящих сообщений в XML файле превышает значение, заданное в атрибуте",
+                     "counter == quantity", "quantity", name, num);
+    }
+    ErrorFields missing(const char* name, const char* num) const {
+        return check("Количество правил для входящих сообщений в XML файле меньше, чем значение, заданное в атрибуте",
+                     "counter != quantity", "quantity", name, num);
+    }
+};

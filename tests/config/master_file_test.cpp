@@ -1,0 +1,110 @@
+#include "app/mg_context.h"
+#include "config/error_of.h"
+#include "config/master_file.h"
+#include "support/temp_dir.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const std::string good = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                         "<!--Список конфигурационных профилей программы Резервного копирования.-->\n"
+                         "<config version=\"3\" release=\"9\" mark=\"VORQSCFG\">\n"
+                         "  <profiles quantity=\"2\">\n"
+                         "    <profile default=\"1\" name=\"Первый &amp; &lt;второй&gt;\" id=\"one\" active=\"0\"/>\n"
+                         "    <profile default=\"0\" name=\"\" id=\"two\" active=\"1\"/>\n"
+                         "  </profiles>\n"
+                         "  <settings>\n"
+                         "    <editor path=\"/bin/view\"/>\n"
+                         "  </settings>\n"
+                         "</config>\n";
+
+struct MasterFile : testing::Test {
+    TempDir dir;
+    MGContext context;
+
+    ErrorFields read(const std::string& what, const std::string& with) {
+        std::string content = good;
+        const size_t at = content.find(what);
+        EXPECT_NE(at, std::string::npos) << what;
+        dir.write("master.xml", content.replace(at, what.size(), with));
+        context = MGContext();
+        context.config_file = dir.path("master.xml");
+        return error_of([&] { read_config_file(&context); });
+    }
+};
+
+} // namespace
+
+TEST_F(MasterFile, ComesBackByteForByte) {
+    ASSERT_EQ(read("", ""), ErrorFields());
+    EXPECT_EQ(context.version, 3);
+    EXPECT_EQ(context.release, 9);
+    EXPECT_EQ(context.quantity, 2);
+    EXPECT_EQ(context.editor_path, "/bin/view");
+    ASSERT_EQ(context.profiles.size(), 2u);
+    MGProfile first;
+    first.is_default = true;
+    first.name = "Первый & <второй>";
+    first.id = "one";
+    EXPECT_EQ(context.profiles[0], first);
+    EXPECT_TRUE(context.profiles[1].active);
+
+    write_config_file(&context);
+    EXPECT_EQ(dir.read("master.xml"), good);
+    context.profiles.pop_back();
+    write_config_file(&context);
+    EXPECT_EQ(context.quantity, 1);
+    EXPECT_EQ(dir.read("master.xml~"), good) << "the content before the latest save";
+}
+
+TEST_F(MasterFile, ReadsQuantitiesAndFlagsLoosely) {
+    for (const char* quantity : {"quantity=\"0\"", "quantity=\"-4\""}) {
+        ASSERT_EQ(read("quantity=\"2\"", quantity), ErrorFields());
+        EXPECT_TRUE(context.profiles.empty());
+        EXPECT_EQ(context.editor_path, "/bin/view");
+        write_config_file(&context);
+        EXPECT_NE(dir.read("master.xml").find("<profiles quantity=\"0\"/>"), std::string::npos);
+    }
+    ASSERT_EQ(read("default=\"1\"", "default=\"5\""), ErrorFields());
+    write_config_file(&context);
+    EXPECT_EQ(dir.read("master.xml"), good);
+}
+
+TEST_F(MasterFile, RefusesAndKeepsWhatWasRead) {
+    const std::string file = dir.path("master.xml");
+    const ReaderErrors told{"Ошибка загрузки конфигурационного файла", "read_config_file", file};
+    const size_t list = good.find("    <profile "), list_end = good.find("  </profiles>");
+    const struct {
+        std::string what, with; // the change in the file
+        ErrorFields want;
+        int version;
+        size_t profiles;
+    } rows[] = {
+        {"</config>",
+         "",
+         {"Ошибка конструктора класса с чтением XML документа из файла", "Не удалось прочесть XML документ из файла",
+          "MGLibxml", "xmlReadFile", file, "", "", "0"},
+         1,
+         0},
+        {good.substr(good.find("<config")), "<profile/>",
+         told.check("В XML файле не найден корневой узел", "GetRoot", "config", "", "0"), 1, 0},
+        {" release=\"9\"", "", no_prop("GetNumberPropExt", "release"), 3, 0},
+        {"VORQSCFG", "VORQSPRF",
+         told.check("XML файл не является конфигурационным файлом Резервного копирования", "str != MARK_VORMA_CONFIG",
+                    "VORQSPRF", "VORQSCFG", "0"),
+         3, 0},
+        {good.substr(list, list_end - list), "", no_child("profile"), 3, 0},
+        {"quantity=\"2\"", "quantity=\"1\"", told.surplus("profile", "1"), 3, 1},
+        {"quantity=\"2\"", "quantity=\"3\"", told.missing("profile", "3"), 3, 2},
+        {"id=\"two\"", "", no_prop("GetTextProp", "id"), 3, 1},
+        {"<editor ", "<viewer ", no_child("editor"), 3, 2},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what + " -> " + row.with);
+        EXPECT_EQ(read(row.what, row.with), row.want);
+        EXPECT_EQ(context.version, row.version);
+        EXPECT_EQ(context.profiles.size(), row.profiles);
+        EXPECT_EQ(context.editor_path, "/usr/bin/kate");
+    }
+}
