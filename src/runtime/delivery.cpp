@@ -174,7 +174,7 @@ void MGFile::CopySameFile(const std::string& from_dir, const std::string& to_dir
         const std::string source = JoinDirAndFileName(from_dir, name.c_str());
         const std::string target = JoinDirAndFileName(dir, final_name.c_str());
         CopyLongFile(source.c_str(), target.c_str(), test_size, size);
-        if (with_sign) CopyFile(source + detached_sign_ext, target + detached_sign_ext);
         result = final_name;
+        if (with_sign) CopyFile(source + detached_sign_ext, target + detached_sign_ext);
     });
 }

@@ -1,0 +1,20 @@
+// The error that an operation ends with, to be judged field by field.
+#pragma once
+
+#include "app/mg_err.h"
+
+#include <gtest/gtest.h>
+
+#include <utility>
+
+// The MGErr that body throws; if it throws none, the test fails and an empty one is given back.
+template <class Body>
+MGErr error_of(Body&& body) {
+    try {
+        std::forward<Body>(body)();
+    } catch (const MGErr& err) {
+        return err;
+    }
+    ADD_FAILURE() << "no MGErr was thrown";
+    return {};
+}
