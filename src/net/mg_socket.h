@@ -130,7 +130,7 @@ public:
 
     // --- socket_connect: sockets, their settings, binding and connecting. ---
 
-    // Closes m_sock and m_recv_sock and opens a new TCP socket as m_sock.
+    // Closes m_sock and m_recv_sock and opens a new TCP socket as m_sock, which sends small pieces at once.
     void Init();
     // Closes all four descriptors; nothing listens any more.
     void Clear();
