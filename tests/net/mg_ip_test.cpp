@@ -1,0 +1,277 @@
+// MGIp against packets that an independent packet builder made, and against a checksum reckoned in another way.
+#include "net/mg_ip.h"
+
+#include "app/mg_err.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <random>
+#include <sstream>
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+Bytes from_hex(const std::string& hex) {
+    Bytes bytes;
+    for (size_t i = 0; i < hex.size(); i += 2)
+        bytes.push_back(static_cast<uint8_t>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+    return bytes;
+}
+
+const std::string ethernet = "0200000000010200000000020800";
+// TCP, odd length, every common option; IP options with all TCP flags; UDP, odd; ICMP; the fragments of a datagram.
+const std::string tcp_odd =
+    "45b9004bbeef40003f069c6ec0a811220ac80304c3cb01bbdeadbeef01020304d0c2faf0ebbb0000020405b40103030"
+    "70402080a1122334455667788050a00000001fffffffe00006f6464";
+const std::string tcp_even =
+    "4800003800010000400670b501020304fafbfcfd070b040000000000000000000001ffff00000005000000065bff0"
+    "001dce700096576656e";
+const std::string udp_odd = "4500001f00070000401166c50a0000010a00000214e90035000b1255616263";
+const std::string udp_no_sum = "4500001f00070000401166c50a0000010a00000214e90035000b0000616263";
+const std::string icmp = "4500002100030000400166d70a0000010a0000020800f82b0001000270696e6721";
+const std::string first_fragment =
+    "45000034004d20004011466a0a0000010a00000203e807d0003a854c000102030405060708090a0b0c0d0e0"
+    "f1011121314151617";
+const std::string last_fragment =
+    "4500002e004d00044011666c0a0000010a00000218191a1b1c1d1e1f202122232425262728292a2b2c2d2e2f"
+    "3031";
+
+void init(MGIp& ip, const std::string& hex) {
+    const Bytes bytes = from_hex(hex);
+    ip.Init(bytes.data(), bytes.size());
+}
+
+// What `body` threw: the condition, or "" if nothing.
+std::string condition_of(const std::function<void()>& body) {
+    try {
+        body();
+    } catch (const MGErr& err) {
+        return err.func_2;
+    }
+    return "";
+}
+
+std::string options_of(const MGIp& ip) {
+    std::string text;
+    for (const MGIpOpt& opt : ip.m_options)
+        text += std::to_string(opt.kind) + ":" + std::to_string(opt.len) + ":" + std::to_string(opt.data.size()) + " ";
+    return text;
+}
+
+// The Internet checksum by another way: low byte first, each carry brought around at once, swapped at the end.
+size_t other_sum(const uint8_t* data, size_t size, uint32_t sum) {
+    for (size_t i = 0; i < size; ++i) {
+        sum += i % 2 != 0 ? data[i] * 256u : data[i];
+        if (sum > 0xFFFF) sum -= 0xFFFF;
+    }
+    return 0xFFFF - (sum % 256 * 256 + sum / 256);
+}
+
+TEST(MGIp, ParsesWhatOthersBuilt) {
+    MGIp ip;
+    init(ip, ethernet + tcp_odd + "eeeeee"); // padded behind the total length
+    EXPECT_EQ(ip.SkipEthernet(), 0x0800);
+    EXPECT_EQ(ip.m_eth_dst[5] * 10 + ip.m_eth_src[5], 12);
+    EXPECT_TRUE(ip.IsIp());
+    ip.Parse();
+    // The byte order and the bit fields, each number as the builder was given it.
+    EXPECT_EQ(ip.Print2String(),
+              "------------------------------- IP -----------------------------------\n"
+              "Версия: 4\nДлина заголовка в байтах: 20\nПриоритет отбрасывания пакетов: 46\n"
+              "Возникновене затора на маршруте: 1\nРазмер пакета в байтах: 75\n"
+              "Идентификатор фрагментированного пакета: 48879\nФлаг фрагментации: 2\nСмещение фрагментов в байтах: 0\n"
+              "Число маршрутизаторов: 63\nИдентификатор сетевого протокола: 6\nКонтрольная сумма заголовка: 40046\n"
+              "IP адрес отправителя: 192.168.17.34\nIP адрес получателя: 10.200.3.4\n"
+              "------------------------------- TCP ----------------------------------\n"
+              "Порт отправителя: 50123\nПорт получателя: 443\nКонтрольная TCP/UDP: 60347\n"
+              "Порядковый номер: 3735928559\nНомер подтверждения: 16909060\nДлина заголовка TCP: 13\n"
+              "Три зарезервированных бита: 0\n"
+              "NS[0], CWR[1], ECE[1], URG[0], ACK[0], PSH[0], RST[0], SYN[1], FIN[0]\n"
+              "Размер окна: 64240\nУказатель важности: 0\n"
+              "Номер опции: 2\n\tДлина опции: 4\n\tРазмер данных: 2\n"
+              "Номер опции: 1\n\tДлина опции: 0\n\tРазмер данных: 0\n"
+              "Номер опции: 3\n\tДлина опции: 3\n\tРазмер данных: 1\n"
+              "Номер опции: 4\n\tДлина опции: 2\n\tРазмер данных: 0\n"
+              "Номер опции: 8\n\tДлина опции: 10\n\tРазмер данных: 8\n"
+              "\t\tМетка времени: 287454020\n\t\tМетка ответа : 1432778632\n"
+              "Номер опции: 5\n\tДлина опции: 10\n\tРазмер данных: 8\n"
+              "------------------------------- END ------------------------------------\n");
+    EXPECT_EQ(Bytes(ip.m_packet, ip.m_packet + 75), from_hex(tcp_odd));
+
+    struct Row {
+        std::string hex;
+        bool check, only_ip;
+        std::string numbers; // port, reserved bits, flags, urgent pointer, UDP length, offset
+    };
+    const Row rows[] = {{tcp_even, true, false, "1 5 511 9 0 0"},
+                        {udp_odd + "eeeeee", true, false, "5353 0 0 0 11 0"},
+                        {icmp, true, false, "0 0 0 0 0 0"},
+                        {first_fragment, false, false, "1000 0 0 0 58 0"},
+                        {last_fragment, true, true, "0 0 0 0 0 4"}};
+    for (const Row& row : rows) {
+        init(ip, row.hex);
+        ip.Parse(row.check, row.only_ip);
+        std::ostringstream numbers;
+        numbers << ip.m_src_port << ' ' << +ip.m_tcp_reserved << ' ' << ip.m_tcp_flags << ' ' << ip.m_urgent << ' '
+                << ip.m_udp_len << ' ' << ip.m_offset;
+        EXPECT_EQ(numbers.str(), row.numbers) << row.hex;
+        EXPECT_TRUE(ip.m_udp_len != 11 || std::string(ip.m_udp_data, ip.m_udp_data + 3) == "abc");
+    }
+}
+
+TEST(MGIp, ChangesAndBuildsWhatOthersWouldBuild) {
+    const uint32_t src = MGIp::IpCharToInt(172, 16, 5, 6), dst = MGIp::IpStrToUint32("8.8.4.4", false);
+    const std::pair<std::string, std::string> rows[] = {
+        {tcp_odd,
+         "45b9004bbeef40003f06bee2ac100506080804041092270fdeadbeef01020304d0c2faf09c150000020405b4010303070402080a"
+         "1122334455667788050a00000001fffffffe00006f6464"},
+        {tcp_even,
+         "48000038000100004006af92ac10050608080404070b040000000000000000001092270f00000005000000065bff0001e424000"
+         "96576656e"},
+        {udp_odd, "4500001f000700004011bda5ac100506080804041092270f000b46b2616263"},
+        {udp_no_sum, "4500001f000700004011bda5ac100506080804041092270f000b0000616263"},
+        {icmp, "45000021000300004001bdb7ac100506080804040800f82b0001000270696e6721"}};
+    for (const auto& [before, after] : rows) {
+        SCOPED_TRACE(before);
+        MGIp ip;
+        init(ip, before);
+        ip.Parse(false);
+        ip.Change(0, 0, 0, 0);
+        EXPECT_EQ(ip.m_buf, from_hex(before));
+        ip.Change(src, 4242, dst, 9999);
+        EXPECT_EQ(ip.m_buf, from_hex(after));
+        EXPECT_EQ(MGIp::IpUint32ToStr(ip.m_src_ip, false) + " " + MGIp::IpUint32ToStr(ip.m_dst_ip, false),
+                  "172.16.5.6 8.8.4.4");
+    }
+    MGIp ip;
+    ip.MakeUdpForExit("127.0.0.1");
+    EXPECT_EQ(ip.m_buf, from_hex("45000024e14d400040115b797f0000017f00000152dc7a510010248a0102030405060708"));
+}
+
+TEST(MGIp, ChecksumsAgreeWithAnotherReckoning) {
+    std::mt19937 random(1);
+    for (int i = 0; i < 100000; ++i) {
+        const uint32_t rest = 20 + random() % (i % 1000 == 0 ? 65000 : 120), size = 20 + rest;
+        const uint32_t protocol = random() % 2 != 0 ? 6 : 17, sum_at = protocol == 6 ? 36 : 26;
+        Bytes bytes(size);
+        for (uint8_t& byte : bytes) byte = static_cast<uint8_t>(random());
+        auto put = [&bytes](size_t at, size_t number) {
+            bytes[at] = static_cast<uint8_t>(number >> 8);
+            bytes[at + 1] = static_cast<uint8_t>(number);
+        };
+        bytes[0] = 0x45;
+        bytes[9] = static_cast<uint8_t>(protocol);
+        for (auto [at, number] : {std::pair(2u, size), {6, 0}, {10, 0}, {24, 20}, {sum_at, 0}}) put(at, number);
+        bytes[32] = 0x50; // of TCP: no options
+        put(10, other_sum(bytes.data(), 20, 0));
+        put(sum_at, other_sum(&bytes[12], size - 12, protocol * 256 + rest % 256 * 256 + rest / 256));
+
+        MGIp ip;
+        ip.Init(bytes.data(), size);
+        ASSERT_TRUE(ip.IsIp()) << i;
+        ASSERT_EQ(condition_of([&] { ip.Parse(); }), "") << i;
+        ip.m_buf[38 + random() % (rest - 18)] ^= static_cast<uint8_t>(1 << random() % 8);
+        bytes = ip.m_buf;
+        ASSERT_EQ(condition_of([&] { ip.Parse(); }), "checksum") << i;
+        ASSERT_EQ(ip.m_buf, bytes) << i;
+        ip.m_buf[12 + random() % 8] ^= 4;
+        ASSERT_FALSE(ip.IsIp()) << i;
+    }
+}
+
+TEST(MGIp, RefusesWhatIsNoPacketAndLengthsThatLie) {
+    const struct {
+        const std::string& packet;
+        size_t at;
+        uint8_t byte;
+        const char* condition;
+    } rows[] = {{udp_odd, 0, 0x65, "(m_ver != 4)"},
+                {udp_odd, 0, 0x44, "(m_ihl < 5)"},
+                {udp_odd, 3, 19, "(m_len < 20)"},
+                {udp_odd, 3, 32, "(m_size < m_len)"},
+                {udp_odd, 0, 0x48, "(m_len < m_ihl * 4)"},
+                {udp_odd, 0, 0x46, "(m_len < m_ihl * 4 + header)"},
+                {tcp_odd, 3, 39, "(m_len < m_ihl * 4 + header)"},
+                {tcp_odd, 32, 0xE0, "(m_len < (m_ihl + m_tcp_len) * 4)"},
+                {udp_odd, 25, 12, "(m_len < m_ihl * 4 + m_udp_len)"}};
+    for (const auto& row : rows) {
+        MGIp ip;
+        init(ip, row.packet);
+        ip.m_buf[row.at] = row.byte;
+        EXPECT_EQ(condition_of([&] { ip.Parse(false); }), row.condition);
+    }
+    // A packet cut short anywhere, in a buffer of just that size.
+    for (const std::string& hex : {tcp_odd, tcp_even, udp_odd, icmp}) {
+        const Bytes whole = from_hex(hex);
+        for (size_t size = 0; size < whole.size(); ++size) {
+            MGIp ip;
+            ip.Init(whole.data(), size);
+            EXPECT_EQ(ip.IsIp(), size >= (whole[0] & 15) * 4u);
+            EXPECT_NE(condition_of([&] { ip.Parse(false); }), "");
+            EXPECT_NE(condition_of([&] { ip.Change(1, 1, 1, 1); }), "");
+            EXPECT_EQ(MGIp::GetIpLen(ip.m_packet, size), 0u);
+        }
+        Bytes stream = whole;
+        MGIp::Append2Vector(stream, whole.data(), 7);
+        EXPECT_EQ(MGIp::GetIpLen(stream.data(), stream.size()), whole.size());
+    }
+}
+
+TEST(MGIp, WalksOptionListsToTheirEnd) {
+    const struct {
+        const char* options;
+        const char* stored; // kind:len:data
+        const char* condition;
+    } rows[] = {{"", "", ""},
+                {"00010101", "", ""},
+                {"05000301", "5:0:0 3:1:0 ", ""},
+                {"02040578", "2:4:2 ", ""},
+                {"01010100", "1:0:0 1:0:0 1:0:0 ", ""},
+                {"01010103", "1:0:0 1:0:0 1:0:0 ", "(end - option < 2)"},
+                {"01030500", "1:0:0 ", "(end - option < opt.len)"}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.options);
+        Bytes bytes = from_hex("4500002800000000400600000102030405060708" // then TCP, and no byte behind the options
+                               "0001000200000000000000005000000000000000" +
+                               std::string(row.options));
+        bytes[3] = static_cast<uint8_t>(bytes.size());
+        bytes[32] = static_cast<uint8_t>((bytes.size() - 20) / 4 << 4);
+        MGIp ip;
+        ip.Init(bytes.data(), bytes.size());
+        EXPECT_EQ(condition_of([&] { ip.Parse(false); }), row.condition);
+        EXPECT_EQ(options_of(ip), row.stored);
+    }
+}
+
+TEST(MGIp, RefusesToBuildWhatDoesNotFit) {
+    MGIp ip;
+    ip.m_ihl = 6;
+    for (auto [len, udp_len, data, condition] : {std::tuple(19, 8, "data", "(m_len < 20)"),
+                                                 {23, 8, "data", "(m_len < m_ihl * 4)"},
+                                                 {40, 7, "data", "(m_udp_len < 8)"},
+                                                 {40, 17, "data", "(m_len < m_ihl * 4 + header)"},
+                                                 {40, 12, "data", ""},
+                                                 {40, 12, nullptr, "(m_udp_data == NULL)"}}) {
+        ip.m_len = static_cast<uint16_t>(len);
+        ip.m_udp_len = static_cast<uint16_t>(udp_len);
+        ip.m_udp_data = reinterpret_cast<const uint8_t*>(data);
+        EXPECT_EQ(condition_of([&] { ip.MakeIp(), ip.MakeUdp(); }), condition) << len;
+    }
+}
+
+TEST(MGIp, RefusesWhatCannotBeginAPacketOrIsNoAddress) {
+    for (const auto& [bytes, condition] : {std::pair(Bytes{0x65}, "(ver != 4)"), std::pair(Bytes{0x44}, "(ihl < 5)"),
+                                           std::pair(Bytes{0x45, 0, 0, 19}, "(len < 20)")})
+        EXPECT_EQ(condition_of([&] { MGIp::GetIpLen(bytes.data(), bytes.size()); }), condition);
+    for (const char* text : {"", "1.2.3", "1.2.3.256", "::1", " 1.2.3.4"})
+        EXPECT_EQ(condition_of([&] { MGIp::IpStrToUint32(text, false); }), "inet_pton") << text;
+    MGIp ip;
+    ip.Init("0123456789abcde", 14);
+    EXPECT_EQ(condition_of([&] { ip.SkipEthernet(); }), "(n <= 14)");
+    ip.Init("0123456789abcde", 15);
+    EXPECT_EQ(ip.SkipEthernet(), 'c' << 8 | 'd');
+    EXPECT_EQ(ip.m_size, 1u);
+}
+
+} // namespace
