@@ -1,0 +1,126 @@
+// How tests drive windows. A call that opens a dialog blocks in a loop of its own until the dialog is answered, so what
+// the user does is told before it:
+//
+//     UiScript script;
+//     script.when("dialog_queue", [](UiWindow window) { window.set_entry("entry_id_queue", "");
+//     window.click("button_ok"); })
+//         .remark("Введите идентификатор.")
+//         .when("dialog_queue", [](UiWindow window) { window.click("button_cancel"); });
+//     edit_queue();
+//
+// Steps come in their order, each as soon as its window is the one that takes the input and the toolkit has nothing
+// else to do. A step that does not come within the limit fails the test, and every dialog is then cancelled, so that
+// the blocked call returns; a step that never came fails it at the end of the scope too. A lookup of a missing id
+// fails. In a program of windows every warning of the toolkit fails the test unless a ToolkitMessages is alive.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <gtk/gtk.h>
+
+#include <deque>
+#include <functional>
+#include <string>
+#include <vector>
+
+// A window and what a user can do to it; widgets are named by their ids in the interface definition.
+class UiWindow {
+public:
+    explicit UiWindow(GtkWidget* window) : window_(window) {}
+
+    GtkWidget* widget() const { return window_; }
+    // Null, and the test has failed, if the window holds no such widget.
+    GtkWidget* find(const std::string& id) const;
+    std::string title() const;
+    std::string focus() const; // id of the widget that has the focus
+
+    void click(const std::string& id) const; // a button, tool button or menu item; it must be sensitive
+    void respond(int response) const;        // as a dialog
+    void close() const;                      // as the window's close button; takes effect in the main loop
+
+    void set_entry(const std::string& id, const std::string& text) const;
+    std::string entry(const std::string& id) const;
+    void press_icon(const std::string& entry_id) const; // the secondary one
+    void set_spin(const std::string& id, double value) const;
+    double spin(const std::string& id) const;
+    void set_toggle(const std::string& id, bool on) const; // check and radio buttons
+    bool toggle(const std::string& id) const;
+    void set_combo(const std::string& id, const std::string& row_id) const;
+    std::string combo(const std::string& id) const; // id of the active row
+    std::vector<std::string> combo_rows(const std::string& id) const;
+    std::string label(const std::string& id) const;
+    bool sensitive(const std::string& id) const;
+
+    void select(const std::string& view_id, const std::vector<int>& rows) const; // these and no others
+    void activate_row(const std::string& view_id, int row) const;                // a double click
+    void toggle_cell(const std::string& view_id, int row, int view_column = 0) const;
+    // All cells of the view's model as text, flags as "0" and "1".
+    std::vector<std::vector<std::string>> table(const std::string& view_id) const;
+
+private:
+    GtkWidget* window_;
+};
+
+class UiScript {
+public:
+    UiScript() = default;
+    ~UiScript();
+    UiScript(const UiScript&) = delete;
+    UiScript& operator=(const UiScript&) = delete;
+
+    // When the window `id` takes the input: alone, or as the modal one on top.
+    UiScript& when(const std::string& id, std::function<void(UiWindow)> act);
+
+    // When a message box is up: it must be as told, and is answered. The text may be a matcher.
+    UiScript& box(const std::string& title, testing::Matcher<std::string> text, GtkMessageType type, int response);
+    UiScript& remark(testing::Matcher<std::string> text);  // "Сообщение", OK
+    UiScript& refusal(testing::Matcher<std::string> text); // "Ошибка", OK
+    UiScript& question(testing::Matcher<std::string> text, int response);
+
+    // When a file chooser is up: takes these files, or the folder, or the name to save under, and accepts.
+    UiScript& choose(const std::string& title, const std::vector<std::string>& paths);
+    UiScript& cancel_chooser(const std::string& title);
+
+    bool finished() const { return steps_.empty(); } // all steps came
+
+private:
+    struct Step {
+        std::string what;
+        std::function<GtkWidget*()> ready; // the window that was waited for, or null
+        std::function<void(UiWindow)> act;
+    };
+
+    UiScript& add(Step step);
+    void arm();
+    void disarm();
+    void give_up();
+    gboolean look();
+    gboolean cancel_next();
+
+    std::deque<Step> steps_;
+    guint look_source_ = 0;
+    guint watchdog_ = 0;
+    bool given_up_ = false;
+};
+
+// While one is alive, warnings of the toolkit are kept here and fail nothing.
+class ToolkitMessages {
+public:
+    ToolkitMessages();
+    ~ToolkitMessages();
+    ToolkitMessages(const ToolkitMessages&) = delete;
+    ToolkitMessages& operator=(const ToolkitMessages&) = delete;
+
+    std::vector<std::string> texts;
+};
+
+// Makes warnings of the toolkit fail the running test; called once by main.
+void watch_toolkit_messages();
+
+// The modal window that takes the input; null if there is none.
+GtkWidget* modal_window();
+
+// Lets the toolkit handle what is pending.
+void handle_events();
+// Lets the toolkit work until the condition holds; false if it does not within the limit.
+bool handle_events_until(const std::function<bool()>& condition);
