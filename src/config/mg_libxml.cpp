@@ -43,6 +43,12 @@ void prepare_libxml() {
     xmlSetStructuredErrorFunc(nullptr, [](void*, auto) {});
 }
 
+// Our documents declare no entities. A few kilobytes of them can stand for gigabytes of text, which libxml2 would build
+// in memory when the attribute is taken, so such a document counts as unreadable.
+bool is_readable(const xmlDoc* document) {
+    return document && !(document->intSubset && document->intSubset->entities);
+}
+
 // The first node from `node` on, along its siblings, that is an element of that name; any element where it is null.
 xmlNode* element_from(xmlNode* node, const char* name) {
     for (; node; node = node->next)
@@ -68,7 +74,7 @@ MGLibxml::MGLibxml() {
 MGLibxml::MGLibxml(const char* file) {
     prepare_libxml();
     document_.reset(xmlReadFile(file, nullptr, 0));
-    if (!document_)
+    if (!is_readable(document_.get()))
         Operation{"Ошибка конструктора класса с чтением XML документа из файла", "MGLibxml"}.fails(
             "Не удалось прочесть XML документ из файла", "xmlReadFile", file);
 }
@@ -76,7 +82,7 @@ MGLibxml::MGLibxml(const char* file) {
 MGLibxml::MGLibxml(const char* text, int options) {
     prepare_libxml();
     document_.reset(xmlReadDoc(xml(text), nullptr, nullptr, options));
-    if (!document_)
+    if (!is_readable(document_.get()))
         Operation{"Ошибка конструктора класса с чтением XML документа из строки", "MGLibxml"}.fails(
             "Не удалось прочесть XML документ из строки", "xmlReadDoc");
 }

@@ -1,5 +1,6 @@
 // One libxml2 document: the few steps that readers and writers of XML take. Each failed step throws the MGErr that says
 // which call failed and with which name or value, so a caller never tests a result. libxml2 itself prints nothing.
+// A document that declares entities counts as unreadable: ours never do.
 // Names and values are UTF-8. Nodes belong to the document and die with it.
 // One thread, one document at a time: giving a document back also resets the process-wide state of libxml2.
 #pragma once
