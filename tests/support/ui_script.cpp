@@ -1,7 +1,6 @@
 // The steps of a script as sources of the main loop, and what a user can do to a window.
 #include "support/ui_script.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace {
@@ -69,26 +68,13 @@ GtkWidget* chooser_up() {
     return GTK_IS_FILE_CHOOSER_DIALOG(modal) && !g_object_get_data(G_OBJECT(modal), answered) ? modal : nullptr;
 }
 
-void offer_files(GtkFileChooser* chooser, const std::vector<std::string>& paths) {
+void offer_file(GtkFileChooser* chooser, const std::string& path) {
     if (gtk_file_chooser_get_action(chooser) == GTK_FILE_CHOOSER_ACTION_SAVE) {
-        const std::string path = paths.at(0);
         gtk_file_chooser_set_current_folder(chooser, taken(g_path_get_dirname(path.c_str())).c_str());
         gtk_file_chooser_set_current_name(chooser, taken(g_path_get_basename(path.c_str())).c_str());
-        return;
+    } else {
+        gtk_file_chooser_set_filename(chooser, path.c_str());
     }
-    gtk_file_chooser_unselect_all(chooser);
-    for (const std::string& path : paths) gtk_file_chooser_select_filename(chooser, path.c_str());
-}
-
-// A chooser reads its folder in the background: its choice is there when it gives the names back.
-bool gives_back(GtkFileChooser* chooser, std::vector<std::string> paths) {
-    std::vector<std::string> given;
-    GSList* files = gtk_file_chooser_get_filenames(chooser);
-    for (GSList* item = files; item; item = item->next) given.push_back(taken(static_cast<char*>(item->data)));
-    g_slist_free(files);
-    std::sort(given.begin(), given.end());
-    std::sort(paths.begin(), paths.end());
-    return given == paths;
 }
 
 GtkCellRenderer* toggle_renderer(GtkTreeView* view, int view_column) {
@@ -317,16 +303,17 @@ UiScript& UiScript::question(testing::Matcher<std::string> text, int response) {
     return box("Вопрос", std::move(text), GTK_MESSAGE_QUESTION, response);
 }
 
-UiScript& UiScript::choose(const std::string& title, const std::vector<std::string>& paths) {
+UiScript& UiScript::choose(const std::string& title, const std::string& path) {
     add({"a file chooser", chooser_up, [=](UiWindow window) {
              EXPECT_EQ(window.title(), title);
-             offer_files(GTK_FILE_CHOOSER(window.widget()), paths);
+             offer_file(GTK_FILE_CHOOSER(window.widget()), path);
          }});
     const auto chosen = [=] {
+        // It reads the folder in the background: its choice stands when it gives the name back.
         GtkWidget* chooser = chooser_up();
-        return chooser && gives_back(GTK_FILE_CHOOSER(chooser), paths) ? chooser : nullptr;
+        return chooser && taken(gtk_file_chooser_get_filename(GTK_FILE_CHOOSER(chooser))) == path ? chooser : nullptr;
     };
-    return add({"the choice of " + paths.at(0), chosen, [](UiWindow window) {
+    return add({"the choice of " + path, chosen, [](UiWindow window) {
                     g_object_set_data(G_OBJECT(window.widget()), answered, window.widget());
                     window.respond(GTK_RESPONSE_ACCEPT);
                 }});

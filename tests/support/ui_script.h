@@ -77,8 +77,8 @@ public:
     UiScript& refusal(testing::Matcher<std::string> text); // "Ошибка", OK
     UiScript& question(testing::Matcher<std::string> text, int response);
 
-    // When a file chooser is up: takes these files, or the folder, or the name to save under, and accepts.
-    UiScript& choose(const std::string& title, const std::vector<std::string>& paths);
+    // When a file chooser is up: takes this file, folder, or name to save under, and accepts.
+    UiScript& choose(const std::string& title, const std::string& path);
     UiScript& cancel_chooser(const std::string& title);
 
     bool finished() const { return steps_.empty(); } // all steps came
