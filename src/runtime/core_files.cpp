@@ -1,4 +1,5 @@
 // MGFile: whole files and directories, each read or written in one call.
+#include "runtime/descriptor_io.h"
 #include "runtime/mg_file.h"
 #include "runtime/owners.h"
 
@@ -30,12 +31,12 @@ void write_in_one_call(MGErr& err, const FileDescriptor& fd, const uint8_t* data
     errno = 0;
     if (size == 0 || write(fd.get(), data, size) == static_cast<ssize_t>(size)) return;
     err.num_param = static_cast<int64_t>(size);
-    fail_errno(err, "Ошибка записи данных в файл", "write");
+    fail_short(err, "Ошибка записи данных в файл", "write");
 }
 
 using HeapBuffer = std::unique_ptr<uint8_t, decltype(&std::free)>;
 
-HeapBuffer read_whole(const char* file, size_t& size) {
+HeapBuffer load(const char* file, size_t& size) {
     MGErr err;
     err.mess_1 = "Ошибка чтения данных из файла";
     err.func_1 = "ReadFile";
@@ -55,7 +56,7 @@ HeapBuffer read_whole(const char* file, size_t& size) {
     errno = 0;
     if (read(fd.get(), buffer.get(), wanted) != static_cast<ssize_t>(wanted)) {
         err.num_param = static_cast<int64_t>(wanted);
-        fail_errno(err, "Ошибка чтения данных из файла", "read");
+        fail_short(err, "Ошибка чтения данных из файла", "read");
     }
     buffer.get()[wanted] = 0;
     size = wanted;
@@ -127,7 +128,7 @@ void MGFile::GetEnv(const char* name, std::string& value) {
 }
 
 uint8_t* MGFile::ReadFile(const char* file, size_t* size) {
-    return at_edge("MGFile::ReadFile", [&] { return read_whole(file, *size).release(); });
+    return at_edge("MGFile::ReadFile", [&] { return load(file, *size).release(); });
 }
 
 void MGFile::Free(void* data) {

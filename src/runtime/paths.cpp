@@ -73,11 +73,11 @@ void MGFile::IfIsFileDelIt(const std::string& file) {
 }
 
 std::string MGFile::ReceiptFileName(const char* name, unsigned num, const char* ext) {
-    return at_edge("MGFile::ReceiptFileName", [&] { return name + std::to_string(num) + ext; });
+    return at_edge("MGFile::ReceiptFileName", [&] { return std::string(name) + std::to_string(num) + ext; });
 }
 
 std::string MGFile::GetNameNExt(const char* name, unsigned num, const char* ext) {
-    return at_edge("MGFile::GetNameNExt", [&] { return name + ("~" + std::to_string(num)) + ext; });
+    return at_edge("MGFile::GetNameNExt", [&] { return std::string(name) + "~" + std::to_string(num) + ext; });
 }
 
 uint32_t MGFile::GetNumberFromFileNameExt(const std::string& file, const std::string& prefix, const std::string& ext) {

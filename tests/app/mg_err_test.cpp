@@ -1,0 +1,73 @@
+#include "app/mg_err.h"
+#include "support/error_of.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+namespace {
+
+MGErr full_error() {
+    MGErr err;
+    std::string MGErr::*const texts[] = {
+        &MGErr::mess_1,    &MGErr::mess_2,    &MGErr::func_1,      &MGErr::func_2,      &MGErr::str_param,
+        &MGErr::opt_param, &MGErr::ext_param, &MGErr::ext_2_param, &MGErr::ext_3_param, &MGErr::err_description};
+    for (size_t i = 0; i < std::size(texts); ++i) err.*texts[i] = static_cast<char>('a' + i);
+    err.num_param = -1;
+    err.num_2_param = 2;
+    err.num_3_param = 3;
+    err.uint32_param = 255;
+    err.uint32_2_param = 4294967295U;
+    err.err_code = -2;
+    return err;
+}
+
+TEST(MGErrText, HoldsWhatIsSetInItsOrder) {
+    MGErr none, first, second;
+    first.mess_1 = "a";
+    second.mess_2 = "b";
+    const struct {
+        const MGErr& err;
+        const char *text, *debug, *syslog;
+    } rows[] = {
+        {none, "", "", ""},
+        {first, "a\n", "", "a "},
+        {second, "b\n", "", "b"},
+        {full_error(), "a\nb\n",
+         "c\nd\ne\nf\ng\nh\ni\n18446744073709551615\n2\n3\n255 [0x000000FF]\n-1 [0xFFFFFFFF]\n-2\nj\n", "a b"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(row.err.GetString(), std::string(row.text) + row.debug);
+        EXPECT_EQ(row.err.GetTextString(), row.text);
+        EXPECT_EQ(row.err.GetSyslogString(), row.syslog);
+    }
+}
+
+TEST(MGErrRepeat, IsJudgedByChecksumsAndTexts) {
+    MGErr other = full_error();
+    other.num_param = other.num_2_param = other.num_3_param = other.err_code = 7;
+    other.mess_1 = other.mess_2 = other.func_1 = other.func_2 = other.err_description = "x";
+    EXPECT_TRUE(full_error().RepeatCompare(other));
+    for (auto text :
+         {&MGErr::opt_param, &MGErr::str_param, &MGErr::ext_param, &MGErr::ext_2_param, &MGErr::ext_3_param}) {
+        MGErr differs = other;
+        differs.*text = "x";
+        EXPECT_FALSE(full_error().RepeatCompare(differs));
+    }
+    for (auto crc : {&MGErr::crc_mess_1, &MGErr::crc_mess_2, &MGErr::crc_func_1, &MGErr::crc_func_2}) {
+        MGErr differs = other;
+        differs.*crc = 1;
+        EXPECT_FALSE(full_error().RepeatCompare(differs));
+    }
+}
+
+TEST(Edge, TurnsForeignExceptionsIntoErrors) {
+    const auto text_at_edge = [](auto body) { return error_of([&] { at_edge("MGFile::X", body); }).GetString(); };
+    EXPECT_EQ(text_at_edge([] { throw std::bad_alloc(); }),
+              "Непонятная ошибка\nИсключение библиотеки STD\nMGFile::X\nstd::bad_alloc\n");
+    EXPECT_EQ(text_at_edge([] { throw 1; }), "Непонятная ошибка\nЛюбое исключение\nMGFile::X\n");
+    EXPECT_EQ(text_at_edge([] { throw full_error(); }), full_error().GetString());
+    EXPECT_THROW(at_edge("X", [] { throw MGExit(-7); }), MGExit);
+}
+
+} // namespace
