@@ -35,6 +35,9 @@ int32_t MGDialog::GetFileNameExt(const char* title, GtkFileChooserAction action,
     if (!box) return -1;
     GtkFileChooser* chooser = GTK_FILE_CHOOSER(box.get());
     if (initial) gtk_file_chooser_set_filename(chooser, initial);
+    // A catalog as the place where to look for a file is to be open, not selected in its parent.
+    if (initial && action == GTK_FILE_CHOOSER_ACTION_OPEN && g_file_test(initial, G_FILE_TEST_IS_DIR))
+        gtk_file_chooser_set_current_folder(chooser, initial);
     const int32_t response = gtk_dialog_run(GTK_DIALOG(box.get()));
     if (response == GTK_RESPONSE_ACCEPT) *file_name = gtk_file_chooser_get_filename(chooser);
     return response;

@@ -94,7 +94,7 @@ public:
     // Emits "toggled" on a change, so a connected handler runs during the call.
     void ToggleButtonSet(const char* id, bool value);
     bool ToggleButtonGet(const char* id) const;
-    // Every refused input ends with this call on the widget at fault.
+    // Every refused input ends with this call on the widget at fault; its notebook page comes to the front.
     void SetFocusToProblemWidget(const char* id);
 
     // These take the id of the adjustment, not of the spin button.

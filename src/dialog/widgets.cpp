@@ -74,7 +74,16 @@ bool MGDialog::ToggleButtonGet(const char* id) const {
 }
 
 void MGDialog::SetFocusToProblemWidget(const char* id) {
-    if (id) gtk_widget_grab_focus(GTK_WIDGET(GetObject(id)));
+    if (!id) return;
+    GtkWidget* widget = GTK_WIDGET(GetObject(id));
+    // A widget on a hidden page can have the focus, but the user would not see it.
+    GtkWidget* page = widget;
+    for (GtkWidget* parent = gtk_widget_get_parent(page); parent; parent = gtk_widget_get_parent(page)) {
+        if (GTK_IS_NOTEBOOK(parent))
+            gtk_notebook_set_current_page(GTK_NOTEBOOK(parent), gtk_notebook_page_num(GTK_NOTEBOOK(parent), page));
+        page = parent;
+    }
+    gtk_widget_grab_focus(widget);
 }
 
 void MGDialog::SpinSetMax(const char* id, double value) {

@@ -97,7 +97,10 @@ void MGDialog::WindowSetName(const char* title) {
 }
 
 void MGDialog::WindowSetFileIcon(const char* path) {
-    if (window && path) gtk_window_set_icon_from_file(GTK_WINDOW(window), path, nullptr);
+    if (!window || !path) return;
+    GError* error = nullptr; // asked for, since the toolkit prints a warning where nobody takes it
+    gtk_window_set_icon_from_file(GTK_WINDOW(window), path, &error);
+    g_clear_error(&error);
 }
 
 void MGDialog::Free(void* memory) {

@@ -38,6 +38,15 @@ def walk(node):
             yield from walk(child)
 
 
+def names(node):
+    """What a screen reader calls the widget: its own name, or the labels that are tied to it."""
+    yield node.get_name()
+    for relation in node.get_relation_set():
+        if relation.get_relation_type() == Atspi.RelationType.LABELLED_BY:
+            for i in range(relation.get_n_targets()):
+                yield relation.get_target(i).get_name()
+
+
 class Desktop:
     """An X server of its own with a window manager, and a home directory."""
 
@@ -47,7 +56,7 @@ class Desktop:
         self.home.mkdir()
         read, write = os.pipe()
         self.server = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(write), "-screen", "0", "1280x1024x24", "-nolisten", "tcp"],
+            ["Xvfb", "-displayfd", str(write), "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-noreset"],
             pass_fds=[write], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         os.close(write)
         with os.fdopen(read) as number:
@@ -63,7 +72,7 @@ class Desktop:
 
     def __exit__(self, *_):
         for process in (self.manager, self.server):
-            process.terminate()
+            process.kill()
             process.wait()
         shutil.rmtree(self.folder)
 
@@ -106,13 +115,15 @@ class Editor:
                     yield application.get_child_at_index(j)
 
     def window(self, title):
-        """The visible window with this title, in front and with the keyboard focus."""
+        """The visible window with this title, in front and with the keyboard focus. The title is asked of the X
+        server, since a message box has its kind for an accessible name."""
 
         def probe():
+            if self.desktop.run("xdotool", "getactivewindow", "getwindowname").strip() != title:
+                return None
             for window in self._windows():
                 states = window.get_state_set()
-                if window.get_name() == title and states.contains(Atspi.StateType.SHOWING) \
-                        and states.contains(Atspi.StateType.ACTIVE):
+                if states.contains(Atspi.StateType.SHOWING) and states.contains(Atspi.StateType.ACTIVE):
                     return window
             return None
 
@@ -126,8 +137,8 @@ class Editor:
 
         def probe():
             for node in walk(window):
-                if node.get_role_name() == role and node.get_name() == name and \
-                        node.get_state_set().contains(Atspi.StateType.SHOWING):
+                if node.get_role_name() == role and node.get_state_set().contains(Atspi.StateType.SHOWING) \
+                        and name in names(node):
                     return node
             return None
 
@@ -135,6 +146,11 @@ class Editor:
 
     def texts(self, window, role):
         return [node.get_name() for node in walk(window) if node.get_role_name() == role]
+
+    def cell(self, window, row, column):
+        """A cell of the window's one table."""
+        table = next(node for node in walk(window) if node.get_role_name() == "table")
+        return table.get_table_iface().get_accessible_at(row, column)
 
     def click(self, node, times=1):
         box = node.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
@@ -148,12 +164,15 @@ class Editor:
         self.desktop.run("xdotool", "key", *keys)
 
     def type_into(self, window, label, text):
-        """Replaces the text of the entry that the label names."""
+        """Replaces the text of the entry that the label names: by keys, or as an input method does beyond ASCII."""
         entry = self.find(window, "text", label)
         entry.get_component_iface().grab_focus()
         wait_for("the focus", lambda: entry.get_state_set().contains(Atspi.StateType.FOCUSED))
-        self.key("ctrl+a", "BackSpace")
-        self.desktop.run("xdotool", "type", "--delay", "5", text)
+        if text.isascii():
+            self.key("ctrl+a", "BackSpace")
+            self.desktop.run("xdotool", "type", "--delay", "5", text)
+        else:
+            entry.get_editable_text_iface().set_text_contents(text)
         wait_for(f"«{text}» in «{label}»",
                  lambda: Atspi.Text.get_text(entry, 0, -1) == text)
 
