@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr const char* mark = "VORQSCFG";
+constexpr const char* MARK_VORMA_CONFIG = "VORQSCFG";
 
 constexpr XmlAttr<MGContext> root_attrs[] = {
     {"version", &MGContext::version},
@@ -41,7 +41,8 @@ void read_config_file(MGContext* context) {
         const xmlNode* root = xml.GetRoot();
         if_root_not_eq_name(err, xml.GetName(root), "config");
         read_attrs(xml, root, *context, root_attrs);
-        if_mask_not_eq_value(err, xml.GetStringProp(root, "mark"), mark, "MARK_VORMA_CONFIG", "Резервного копирования");
+        if_mask_not_eq_value(err, xml.GetStringProp(root, "mark"), MARK_VORMA_CONFIG, "MARK_VORMA_CONFIG",
+                             "Резервного копирования");
 
         const xmlNode* profiles = xml.GetFirstChildren(root, "profiles");
         context->quantity = xml.GetNumberProp(profiles, "quantity");
@@ -59,7 +60,7 @@ void write_config_file(MGContext* context) {
         xml.AddDocComment("Список конфигурационных профилей программы Резервного копирования.");
         xmlNode* root = xml.AddDocRoot("config");
         write_attrs(xml, root, *context, root_attrs);
-        xml.SetTextProp(root, "mark", mark);
+        xml.SetTextProp(root, "mark", MARK_VORMA_CONFIG);
 
         context->quantity = static_cast<int32_t>(context->profiles.size());
         write_rows(xml, xml.AddChildToNode(root, "profiles"), "profile", context->profiles,

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr const char* mark = "VORQSPRF";
+constexpr const char* MARK_VORMA_PROFILE = "VORQSPRF";
 
 // The two directions of the walk below. Both can find or make an element, meet its attributes with a record, and meet
 // the rows of a list with a vector: walk_row(node, row) goes on inside a row.
@@ -150,7 +150,7 @@ void read_profile_file(MGContext* context, int index) {
         if_root_not_eq_name(err, xml.GetName(root), "profile");
         if_version_not_eq_value(err, xml.GetNumberProp(root, "version"), context->version, "profile");
         if_release_not_eq_value(err, xml.GetNumberProp(root, "release"), context->release, "profile");
-        if_mask_not_eq_value(err, xml.GetStringProp(root, "mark"), mark, "MARK_VORMA_PROFILE",
+        if_mask_not_eq_value(err, xml.GetStringProp(root, "mark"), MARK_VORMA_PROFILE, "MARK_VORMA_PROFILE",
                              "Резервного копирования");
         if_id_not_eq_value(err, xml.GetStringProp(root, "id"), profile.id);
 
@@ -167,7 +167,7 @@ void write_profile_file(MGContext* context, int index) {
         xmlNode* root = xml.AddDocRoot("profile");
         xml.SetNumberProp(root, "version", context->version);
         xml.SetNumberProp(root, "release", context->release);
-        xml.SetTextProp(root, "mark", mark);
+        xml.SetTextProp(root, "mark", MARK_VORMA_PROFILE);
         xml.SetTextProp(root, "id", profile.id.c_str());
         const Writing writing{xml};
         Walk<Writing>{writing}.profile(root, profile.config);
