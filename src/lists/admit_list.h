@@ -19,9 +19,6 @@ bool find_num_in_admit(const std::vector<MGAdmit>& list, const std::string& mask
 bool find_num_in_queue(const std::vector<MGQueue>& list, const std::string& mask, int& position);
 bool find_num_in_allow(const std::vector<MGAllow>& list, const std::string& mask, int& position);
 
-// The first row of this subject, without regard to case: the service's look-up by a peer's name.
-bool find_subject_in_admit(const std::vector<MGAdmit>& list, const std::string& subject, unsigned& index);
-
 // Write a record into the current row; reset_mark takes its [v] mark off, else the mark stays.
 void fill_admit_user(MGDialog* dialog, GtkListStore* store, bool reset_mark, const MGAdmit& user, unsigned mode);
 void fill_admit_queue(MGDialog* dialog, GtkListStore* store, bool reset_mark, const MGQueue& queue, unsigned mode);
