@@ -209,6 +209,11 @@ TEST(MGDialog, FileChoosersGiveNamesOnAcceptanceOnly) {
     EXPECT_EQ(open(), GTK_RESPONSE_ACCEPT);
     EXPECT_EQ(name ? name : "", dir.path("a.txt"));
     MGDialog::Free(name);
+    script.choose("Каталог", dir.path());
+    EXPECT_EQ(dialog->GetFileNameExt("Каталог", GTK_FILE_CHOOSER_ACTION_SELECT_FOLDER, "/", &name),
+              GTK_RESPONSE_ACCEPT);
+    EXPECT_EQ(name ? name : "", dir.path());
+    MGDialog::Free(name);
 
     std::string folder = dir.path(), file = "old.txt", path = "untouched";
     script.cancel_chooser("Куда").choose("Куда", dir.path("c.txt")).choose("Куда", "/d.txt");
