@@ -151,6 +151,7 @@ uint32_t der_get_name(DER_S_FULL_NAME& name, const uint8_t* buffer, uint32_t siz
 // body: byte (two arcs in one), then arcs in base 128: 0x80-0xff* 0x00-0x7f.
 uint32_t der_get_obj_id(DER_S_OBJ_ID& oid) {
     mem_free_oid(oid);
+    oid.known = false;
     if (oid.length == 0) return der_empty_oid;
     if (oid.length > 255) return der_bad_oid;
     oid.arcs = std::make_unique<uint32_t[]>(oid.length + 1);
