@@ -231,5 +231,6 @@ public:
 private:
     bool MakeBuilder();
     void Finish(bool added, GError* error, const char* object_id);
+    void NameNotebookTabs();
     void DestroyHiddenWindows();
 };
