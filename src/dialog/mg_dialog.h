@@ -231,6 +231,5 @@ public:
 private:
     bool MakeBuilder();
     void Finish(bool added, GError* error, const char* object_id);
-    void NameNotebookTabs();
     void DestroyHiddenWindows();
 };

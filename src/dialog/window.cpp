@@ -46,26 +46,8 @@ void MGDialog::Finish(bool added, GError* error, const char* object_id) {
     if (!GTK_IS_WINDOW(object)) return;
     window = GTK_WIDGET(object);
     gtk_builder_connect_signals(builder, nullptr);
-    NameNotebookTabs();
     if (!g_dialog_stack.empty()) gtk_window_set_transient_for(GTK_WINDOW(window), GTK_WINDOW(g_dialog_stack.top()));
     g_dialog_stack.push(window);
-}
-
-// Gives each notebook tab the accessible name that it has by itself: while a window goes away, a screen reader asks
-// for the names, and the toolkit would look for labels that are gone and warn.
-void MGDialog::NameNotebookTabs() {
-    GSList* objects = gtk_builder_get_objects(builder);
-    for (GSList* object = objects; object; object = object->next) {
-        if (!GTK_IS_NOTEBOOK(object->data) || !gtk_widget_is_ancestor(GTK_WIDGET(object->data), window)) continue;
-        AtkObject* notebook = gtk_widget_get_accessible(GTK_WIDGET(object->data));
-        for (int i = 0; i < atk_object_get_n_accessible_children(notebook); ++i) {
-            AtkObject* tab = atk_object_ref_accessible_child(notebook, i);
-            const char* name = atk_object_get_name(tab);
-            if (name) atk_object_set_name(tab, std::string(name).c_str());
-            g_object_unref(tab);
-        }
-    }
-    g_slist_free(objects);
 }
 
 void MGDialog::Destroy() {

@@ -1,0 +1,88 @@
+#!/usr/bin/python3
+"""An edit of each kind in the profile editor, judged in the file and again after a restart."""
+
+import sys
+import xml.etree.ElementTree as ElementTree
+
+from driver import Atspi, Desktop, Editor
+
+MAIN = "Конфигурационная программа Резервного копирования"
+PROFILE = "Настройка конфигурационных параметров профиля"
+ACTION = "Окно добавления нового действия"
+CONSOLE = "Окно установки параметров консольной утилиты"
+
+
+def open_profile(editor):
+    editor.press(editor.window(MAIN), "Настроить")
+    return editor.window(PROFILE)
+
+
+def leave(editor, profile, button):
+    editor.press(profile, button)
+    editor.gone(PROFILE)
+    editor.close(editor.window(MAIN))
+
+
+with Desktop() as desktop:
+    config = desktop.home / ".selunara/vormaqs/config"
+    file = config / "vormaqs_profile_0.xml"
+
+    with Editor(desktop, sys.argv[1]) as editor:
+        profile = open_profile(editor)
+        page = editor.page(profile, "Общие")
+        editor.type_into(page, "Период неактивности (сек.) :", "4321", role="spin button")
+        editor.focus(page, "check box", "Включить запись ошибок в syslog")
+        editor.key("space")
+        editor.type_into(page, "Каталог ведения протокола :", "/var/log/vorma")
+
+        page = editor.page(profile, "Дополнительные")
+        editor.choose(page, "При совпадении имен файлов :", 1)
+
+        page = editor.page(profile, "TLS файл")
+        editor.click(editor.find(page, "radio button", "Файл-клиент"))
+        editor.type_into(page, "Логин :", "night")
+        editor.type_into(page, "Пароль :", "s3cret<&>", role="password text")
+
+        page = editor.page(profile, "Действия")
+        editor.press(page, "Добавить")
+        action = editor.window(ACTION)
+        editor.choose(action, "Тип действия :", 0)
+        editor.type_into(action, "Наименование :", "Выгрузка базы")
+        editor.press(action, "Настроить")
+        console = editor.window(CONSOLE)
+        editor.press(console, "OK")  # an empty command line is refused
+        editor.press(editor.window("Сообщение"), "OK")
+        editor.type_into(editor.window(CONSOLE), "Строка запуска :", "/usr/bin/pg_dump base")
+        editor.key("Return")
+        editor.gone(CONSOLE)
+        editor.press(editor.window(ACTION), "OK")
+        editor.gone(ACTION)
+        assert not config.joinpath("vormaqs_config.xml").exists()
+        leave(editor, editor.window(PROFILE), "Сохранить")
+
+    root = ElementTree.parse(file).getroot()
+    assert root.find("settings").get("timeout_inactivity") == "4321"
+    assert root.find("log").get("syslog") == "1"
+    assert root.find("log").get("catalog") == "/var/log/vorma"
+    assert root.find("file_param").get("mode_same_file") == "REPLACE"
+    assert (root.find("init_timer").get("radio"), root.find("init_fc").get("radio")) == ("0", "1")
+    assert root.find("init_fc").get("login") == "night"
+    assert "s3cret" not in file.read_text()
+    record = root.find("actions/record")
+    assert [record.get(name) for name in ("active", "type", "name")] == ["1", "CONSOLE", "Выгрузка базы"]
+    assert record.find("console").get("prog") == "/usr/bin/pg_dump base"
+
+    # After a restart the values stand in the windows; what is changed and cancelled reaches no file.
+    saved = file.read_bytes()
+    with Editor(desktop, sys.argv[1]) as editor:
+        profile = open_profile(editor)
+        page = editor.page(profile, "TLS файл")
+        assert editor.find(page, "radio button", "Файл-клиент").get_state_set().contains(Atspi.StateType.CHECKED)
+        login = editor.find(page, "text", "Логин :")
+        assert Atspi.Text.get_text(login, 0, -1) == "night"
+        page = editor.page(profile, "Действия")
+        assert "Выгрузка базы" in editor.texts(page, "table cell")
+        page = editor.page(profile, "Общие")
+        editor.type_into(page, "Каталог ведения протокола :", "/elsewhere")
+        leave(editor, profile, "Отмена")
+    assert file.read_bytes() == saved
