@@ -130,8 +130,12 @@ class Editor:
 
         return wait_for(f"the window «{title}»", probe)
 
+    def count(self, title):
+        """How many windows bear this title."""
+        return [window.get_name() for window in self._windows()].count(title)
+
     def gone(self, title):
-        wait_for(f"the window «{title}» to close", lambda: title not in [w.get_name() for w in self._windows()])
+        wait_for(f"the window «{title}» to close", lambda: self.count(title) == 0)
 
     def find(self, window, role, name):
         """The visible widget of this role ("push button", "text", "table cell"…) and accessible name."""
