@@ -1,6 +1,7 @@
 // The steps of a script as sources of the main loop, and what a user can do to a window.
 #include "support/ui_script.h"
 
+#include <memory>
 #include <utility>
 
 namespace {
@@ -308,10 +309,17 @@ UiScript& UiScript::choose(const std::string& title, const std::string& path) {
              EXPECT_EQ(window.title(), title);
              offer_file(GTK_FILE_CHOOSER(window.widget()), path);
          }});
-    const auto chosen = [=] {
-        // It reads the folder in the background: its choice stands when it gives the name back.
+    // It reads the folder in the background: the choice stands when it gives the name back. It can also lose one that
+    // comes while it reads another folder; so the choice is offered again.
+    const auto offered = std::make_shared<gint64>(g_get_monotonic_time());
+    const auto chosen = [=]() -> GtkWidget* {
         GtkWidget* chooser = chooser_up();
-        return chooser && taken(gtk_file_chooser_get_filename(GTK_FILE_CHOOSER(chooser))) == path ? chooser : nullptr;
+        if (!chooser || taken(gtk_file_chooser_get_filename(GTK_FILE_CHOOSER(chooser))) == path) return chooser;
+        if (g_get_monotonic_time() - *offered > 2 * G_USEC_PER_SEC) {
+            offer_file(GTK_FILE_CHOOSER(chooser), path);
+            *offered = g_get_monotonic_time();
+        }
+        return nullptr;
     };
     return add({"the choice of " + path, chosen, [](UiWindow window) {
                     g_object_set_data(G_OBJECT(window.widget()), answered, window.widget());
