@@ -1,6 +1,6 @@
 // Binds the attributes of an element to the fields of a record: one table, in the file's order, which reading and
-// writing both walk. A field's type says how it stands in the file: a number and a port as decimal text, a flag as 0
-// or 1, a text as it is. What is special about one attribute stands in its row.
+// writing both walk. A field's type says how it stands in the file: a number, a size and a port as decimal text, a flag
+// as 0 or 1, a text as it is. What is special about one attribute stands in its row.
 // Reading checks no range: a port keeps the low 16 bits of its number, a flag is any number but 0.
 #pragma once
 
@@ -30,7 +30,8 @@ template <class Record>
 struct XmlAttr {
     using Text = std::string Record::*;
     using Key = uint32_t Record::*;
-    using Field = std::variant<Text, bool Record::*, int32_t Record::*, uint32_t Record::*, uint16_t Record::*>;
+    using Field = std::variant<Text, bool Record::*, int32_t Record::*, uint32_t Record::*, uint16_t Record::*,
+                               uint64_t Record::*>;
 
     const char* name;
     Field field;
@@ -58,6 +59,8 @@ void read_attr(const MGLibxml& xml, const xmlNode* node, Record& record, const X
                 value = xml.GetStringProp(node, attr.name);
                 if (attr.form == Form::scrambled) value = decode_string(value);
                 if (attr.key) record.*attr.key = MGFile::MakeCrc32Lower(value);
+            } else if constexpr (std::is_same_v<Value, uint64_t>) {
+                value = xml.GetNumber64Prop(node, attr.name);
             } else {
                 const int32_t number = xml.GetNumberProp(node, attr.name);
                 value = static_cast<Value>(number ? number : attr.zero.number);
@@ -71,9 +74,12 @@ void write_attr(MGLibxml& xml, xmlNode* node, const Record& record, const XmlAtt
     std::visit(
         [&](auto field) {
             const auto& value = record.*field;
-            if constexpr (std::is_same_v<std::remove_cvref_t<decltype(value)>, std::string>) {
+            using Value = std::remove_cvref_t<decltype(value)>;
+            if constexpr (std::is_same_v<Value, std::string>) {
                 const std::string text = attr.form == Form::scrambled ? code_string(value) : storable_text(value);
                 xml.SetTextProp(node, attr.name, text.c_str());
+            } else if constexpr (std::is_same_v<Value, uint64_t>) {
+                xml.SetNumber64Prop(node, attr.name, value);
             } else {
                 xml.SetNumberProp(node, attr.name, static_cast<int32_t>(value));
             }

@@ -1,0 +1,179 @@
+#include "config/error_of.h"
+#include "net/golden.h"
+#include "net/ticket.h"
+#include "net/transfer_documents.h"
+
+#include <regex>
+#include <sstream>
+
+namespace {
+
+constexpr uint64_t huge = 18446744073709551615U;
+
+// All that readers fill.
+struct Received {
+    MGRecvFile file;
+    MGDev dev;
+    std::vector<MGQueue> queue;
+    std::string que, name, login, hash, type;
+    uint64_t size = 0, buf_len = 0;
+
+    void file_header(const std::string& text) { read_file_header(text, file); }
+    void file_crc(const std::string& text) { read_file_crc(text, file); }
+    void file2_header(const std::string& text) { read_file2_header(text, que, name, size, buf_len); }
+    void gw_client(const std::string& text) { read_gw_client(text, dev); }
+    void file_client(const std::string& text) { read_file_client(text, queue, login, hash, type); }
+};
+
+// The error of reading the golden document with `what` in it replaced.
+ErrorFields error_with(const std::string& name, void (Received::*read)(const std::string&), const std::string& what,
+                       const char* with) {
+    const std::string whole = golden(name + ".xml"), text = std::regex_replace(whole, std::regex(what), with);
+    EXPECT_NE(text, whole) << what;
+    return error_of([&] { (Received().*read)(text); });
+}
+
+} // namespace
+
+TEST(TransferFile, ComesBackAsItWasWritten) {
+    MGSend send;
+    send.file = "отчёт <\"1\">.txt";
+    std::string text;
+    Received got;
+    write_file_header(send, 10485761, text);
+    EXPECT_EQ(text, golden("file_header.xml"));
+    got.file_header(text);
+    write_file_crc(0xFFFFFFFF, text);
+    EXPECT_EQ(text, golden("file_crc.xml"));
+    got.file_crc(text);
+    EXPECT_EQ(std::tie(got.file.name, got.file.size, got.file.buf_len, got.file.crc32),
+              std::tuple(send.file, 10485761u, 5242880u, 0xFFFFFFFFu));
+
+    write_file2_header("que", "name", huge, 1024, text);
+    EXPECT_EQ(text, golden("file2_header.xml"));
+    got.file2_header(text);
+    EXPECT_EQ(std::tie(got.que, got.name, got.size, got.buf_len), std::tuple("que", "name", huge, 1024u));
+
+    const struct {
+        int32_t kilobytes;
+        uint64_t size, full_blocks, rest;
+    } rows[] = {{5120, 10485761, 2, 1}, {0, huge, 0, huge}, {4194304, huge, 4294967295, 4294967295}, {1, 5, 0, 5}};
+    for (const auto& row : rows) {
+        send.buf_len = row.kilobytes;
+        write_file_header(send, row.size, text);
+        got.file_header(text);
+        EXPECT_EQ(std::pair(got.file.full_blocks, got.file.rest), std::pair(row.full_blocks, row.rest)) << row.size;
+    }
+}
+
+TEST(TransferClients, ComeBackAsTheyWereWritten) {
+    MGDev full;
+    full.device = "tun0";
+    full.adrs = {{"192.168.1.0", "", "255.255.255.0", ""}, {"192.168.2.1", "", "", ""}};
+    full.virt = {{"10.8.0.2", "", "", ""}};
+    full.local_adr = "10.0.0.1";
+    full.virtual_adr = "10.8.0.1";
+    std::string text;
+    for (const auto& [is_router, is_local] : {std::pair{false, false}, {false, true}, {true, false}, {true, true}}) {
+        full.is_router = is_router;
+        full.is_local = is_local;
+        write_gw_client(full, text);
+        Received got;
+        for (int again = 0; again < 2; ++again) got.gw_client(text);
+        MGDev want = full;
+        if (!is_router) want.adrs = want.virt = {};
+        if (!is_local) want.local_adr = want.virtual_adr = "";
+        EXPECT_EQ(got.dev, want) << text;
+    }
+    EXPECT_EQ(text, golden("gw_client.xml"));
+
+    MGQueue first, second;
+    first.id = "Первая";
+    second.id = "second";
+    write_file_client({first, second}, "login", "пароль", "type", text);
+    EXPECT_EQ(text, golden("file_client.xml"));
+    first.crc_id = 0x8A4E8510; // zlib's CRC-32 of "первая" and "second"
+    second.crc_id = 0xB61F1169;
+    Received got;
+    for (int again = 0; again < 2; ++again) got.file_client(text);
+    EXPECT_EQ(got.queue, (std::vector{first, second}));
+    EXPECT_EQ(got.type + got.login + got.hash, "typeloginпароль");
+    EXPECT_THROW(got.file_client(golden("gw_client.xml")), MGErr);
+    EXPECT_TRUE(got.queue.empty());
+    EXPECT_EQ(got.type + got.login + got.hash, "");
+}
+
+TEST(TransferDocuments, RefuseAndTellWhy) {
+    const struct {
+        std::string name; // of the document and, behind "read_", of its reader
+        void (Received::*read)(const std::string&);
+        const char *mess_1, *root, *mark, *not_mark;
+        std::string kind, props;
+    } rows[] = {
+        {"file_header", &Received::file_header, "Ошибка загрузки заголовка передаваемого файла", "file", "VORQSHDR",
+         "str != MARK_VORMA_HEADER", "Резервного копирования", "name size buf_len"},
+        {"file_crc", &Received::file_crc, "Ошибка загрузки контрольной суммы", "file", "VORQSCRC",
+         "str != MARK_VORMA_CRC", "Резервного копирования", "crc32"},
+        {"file2_header", &Received::file2_header, "Ошибка загрузки заголовка передаваемого файла 2", "file2",
+         "VORQSHD2", "str != MARK_VORMA_HEADER2", "Передачи файла 2", "que name size buf_len"},
+        {"gw_client", &Received::gw_client, "Ошибка загрузки данных адресов клиентского щлюза", "gwc", "VORQSGWC",
+         "str != MARK_VORMA_GWC", "Клиентского шлюза",
+         "device is_router is_local local_adr virtual_adr quantity ip net"},
+        {"file_client", &Received::file_client, "Ошибка загрузки списка очередей на Файл-сервере", "fcp", "VORQSFCP",
+         "str != MARK_VORMA_FCP", "Файлового клеинта", "type login hash quantity id"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const ReaderErrors told{row.mess_1, "read_" + row.name, ""};
+        const auto error = [&](const std::string& what, const char* with) {
+            return error_with(row.name, row.read, what, with);
+        };
+        EXPECT_EQ(error("<(/?)" + std::string(row.root), "<$1root"),
+                  told.check("В XML файле не найден корневой узел", "GetRoot", row.root, "", "0"));
+        EXPECT_EQ(error(row.mark, "VORQSCFG"),
+                  told.check(("XML файл не является конфигурационным файлом " + row.kind).c_str(), row.not_mark,
+                             "VORQSCFG", row.mark, "0"));
+        EXPECT_EQ(error(" mark=", " x="), no_prop("GetTextProp", "mark"));
+        EXPECT_EQ(error("header", "other"), no_child("header"));
+        std::istringstream props(row.props);
+        for (std::string prop; props >> prop;) EXPECT_THAT(error(" " + prop + "=", " x="), testing::Contains(prop));
+    }
+}
+
+TEST(TransferDocuments, RefuseListsOfAnotherLength) {
+    const ReaderErrors gateway_told{"Ошибка загрузки данных адресов клиентского щлюза", "read_gw_client", ""};
+    const ReaderErrors client_told{"Ошибка загрузки списка очередей на Файл-сервере", "read_file_client", ""};
+    const auto gw_client = [](const char* what, const char* with) {
+        return error_with("gw_client", &Received::gw_client, what, with);
+    };
+    const auto file_client = [](const char* what, const char* with) {
+        return error_with("file_client", &Received::file_client, what, with);
+    };
+    EXPECT_EQ(gw_client("quantity=\"2", "quantity=\"1"), gateway_told.surplus("adr", "1"));
+    EXPECT_EQ(gw_client("quantity=\"1", "quantity=\"2"), gateway_told.missing("adr", "2"));
+    EXPECT_EQ(gw_client("quantity=\"", "quantity=\"-"), ErrorFields());
+    EXPECT_EQ(gw_client("<(/?)virt", "<$1x"), no_child("virt"));
+    EXPECT_EQ(file_client("quantity=\"2", "quantity=\"1"), client_told.surplus("que", "1"));
+    EXPECT_EQ(file_client("quantity=\"2", "quantity=\"3"), client_told.missing("que", "3"));
+}
+
+TEST(TransferBlock, IsRefusedWithBothSums) {
+    test_data_crc({}, 0);
+    test_data_crc({'1', '2', '3', '4', '5', '6', '7', '8', '9'}, 0xCBF43926); // the published check value
+    try {
+        test_data_crc({'1', '2', '3', '4', '5', '6', '7', '8', '9'}, 7);
+        FAIL() << "not refused";
+    } catch (const MGErr& err) {
+        EXPECT_EQ(err.GetString(), "Ошибка проверки контрольной суммы блока данных\nОшибка сравнения контрольных сумм\n"
+                                   "test_data_crc\n(test_crc32 != crc32)\n3421780262\n7 [0x00000007]\n");
+    }
+}
+
+TEST(Ticket, HasTwoForms) {
+    const std::regex date("\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d");
+    for (const auto& [token, form] : {std::pair{"XML", ".xml"}, {"TXT", ".txt"}, {"", ".txt"}, {"xml", ".txt"}}) {
+        std::string text = "old";
+        write_file_ticket(token, "отчёт & 1", huge, {0x00, 0xAB, 0xFF}, text);
+        EXPECT_EQ(std::regex_replace(text, date, "DATE"), golden(std::string("ticket") + form)) << token;
+    }
+}
