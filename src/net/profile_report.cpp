@@ -1,0 +1,434 @@
+// The rows of a profile's report, in its order: tables of label and field where rows follow one another without a
+// condition, functions where they don't. Tabs in front of a label are its indentation.
+#include "net/profile_report.h"
+
+#include "app/log.h"
+#include "app/mg_err.h"
+
+#include <type_traits>
+#include <variant>
+
+namespace {
+
+// --- Tables of rows ---
+
+// One row: what `field` holds under `label`, or for a token the words that stand for it.
+template <class Record>
+struct ReportRow {
+    const char* label;
+    std::variant<std::string Record::*, bool Record::*, int32_t Record::*, uint32_t Record::*, uint16_t Record::*>
+        field;
+    std::string (*words)(const std::string& token) = nullptr;
+};
+
+template <class Record, class Table>
+void add_rows(MGInfo& info, const Record& record, const Table& rows) {
+    for (const ReportRow<Record>& row : rows)
+        std::visit(
+            [&](auto field) {
+                if constexpr (std::is_same_v<decltype(field), std::string Record::*>)
+                    info.AddRow(row.label, row.words ? row.words(record.*field) : record.*field);
+                else
+                    info.AddRow(row.label, record.*field);
+            },
+            row.field);
+}
+
+// The head of a start mode.
+void add_head(MGInfo& info, const char* label) {
+    info.AddRow(label, true);
+}
+
+const char* yes_or_no(bool value) {
+    return value ? "Да" : "Нет";
+}
+
+// A numbered row for each of `list`, from 1, with its `name` as value, and below it what add_rest(row) adds.
+template <class Row, class AddRest>
+void add_list(MGInfo& info, const char* indent, const char* label, const std::vector<Row>& list, std::string Row::*name,
+              AddRest&& add_rest) {
+    unsigned number = 0;
+    for (const Row& row : list) {
+        info.AddNumRow(indent, ++number, label, row.*name);
+        add_rest(row);
+    }
+}
+
+template <class Row>
+void add_list(MGInfo& info, const char* indent, const char* label, const std::vector<Row>& list,
+              std::string Row::*name) {
+    add_list(info, indent, label, list, name, [](const Row&) {});
+}
+
+// --- General settings ---
+
+constexpr ReportRow<MGProfile> profile_rows[] = {
+    {"\nКонфигурационные параметры профиля", &MGProfile::name},
+    {"Идентификатор", &MGProfile::id},
+    {"По умолчанию", &MGProfile::is_default},
+    {"Активный", &MGProfile::active},
+};
+
+constexpr ReportRow<MGConfig> general_rows[] = {
+    {"\tТаймаут неактивности (сек.)", &MGConfig::timeout_inactivity},
+    {"\tЗадержка для определения изменений файла (сек.)", &MGConfig::sleep_sec},
+    {"\tЗадержка для определения изменений файла (миллисек.)", &MGConfig::sleep_millisec},
+    {"\tСетевой таймаут отправки данных (сек.)", &MGConfig::send_timeout},
+    {"\tСетевой таймаут получения данных (сек.)", &MGConfig::recv_timeout},
+    {"\tИспользовать TLS 1.2", &MGConfig::use_tls_1_2},
+    {"\tОграничение TLS аутентификации (сек.)", &MGConfig::limit_auth},
+    {"\tОграничение неактивности TLS (мин.)", &MGConfig::limit_inactive},
+    {"\tОтключить криптографию (TLS) во всех подсистемах", &MGConfig::tls_turn_off},
+    {"\tВремя перезагрузки соединений TLS шлюза (час.)", &MGConfig::reset_timeout},
+    {"\tКаталог протокола", &MGConfig::log_catalog},
+    {"\tМаксимальный размер файла протокола (Кбайт)", &MGConfig::log_size},
+    {"\tПротокол отладки", &MGConfig::debug_log},
+    {"\tПротокол расширенной отладки", &MGConfig::ext_debug_log},
+    {"\tЗапись ошибок в syslog", &MGConfig::syslog},
+    {"\tВыключить запись в протокол событий", &MGConfig::turn_off_report_log},
+    {"\tНе записывать повторяющиеся ошибки", &MGConfig::protect_repeat},
+    {"\tВключить сохранение последней ошибки", &MGConfig::need_save},
+    {"\tКаталог сохранения последней ошибки", &MGConfig::error_catalog},
+    {"\tФайл сохранения последней ошибки", &MGConfig::error_file},
+    {"\tВыполнить инициализацию криптографического профиля", &MGConfig::crypto_init},
+    {"\tПрофиль", &MGConfig::crypto_name},
+    {"\tПСП", &MGConfig::psp},
+    {"\tЛСП", &MGConfig::lsp},
+    {"\tLDAP", &MGConfig::ldap},
+    {"\tБез загрузки ключа", &MGConfig::without_key},
+    {"\tПредварительная загрузка ключа для кластера", &MGConfig::preloading_key},
+    {"\tВести входящий архив", &MGConfig::use_archive_in},
+    {"\tКаталог входящего архива", &MGConfig::catalog_archive_in},
+    {"\tВести исходящий архив", &MGConfig::use_archive_out},
+    {"\tКаталог исходящего архива", &MGConfig::catalog_archive_out},
+    {"\tПеремещать ошибочные файлы в каталог", &MGConfig::use_error_in},
+    {"\tКаталог перемещения ошибочных файлов", &MGConfig::catalog_error_in},
+    {"\tСоздавать подкаталог", &MGConfig::use_sub_dir},
+    {"\tПодкаталог", &MGConfig::sub_dir},
+    {"\tРежим сохранения файлов с одинаковыми именами", &MGConfig::mode_same_file, get_same_file_txt_mode},
+    {"\tОтправлять квитанции", &MGConfig::use_ticket},
+    {"\tВид квитанции", &MGConfig::ticket_type, get_type_ticket_name},
+};
+
+// --- Start modes with actions ---
+
+constexpr ReportRow<MGConfig> timer_rows[] = {
+    {"\t\tВремя старта в часах", &MGConfig::time_hour},
+    {"\t\tВремя старта в минутах", &MGConfig::time_minute},
+    {"\t\tПериод старта в часах", &MGConfig::period_hour},
+    {"\t\tПериод старта в минутах", &MGConfig::period_minute},
+};
+constexpr ReportRow<MGConfig> file_rows[] = {
+    {"\t\tКаталог", &MGConfig::file_catalog},
+    {"\t\tИмя файла", &MGConfig::mask_file},
+};
+constexpr ReportRow<MGConfig> recv_rows[] = {
+    {"\t\tIP адрес", &MGConfig::recv_ip},
+    {"\t\tПорт", &MGConfig::recv_port},
+    {"\t\tКаталог сохранения полученного файла", &MGConfig::recv_catalog},
+    {"\t\tTLS", &MGConfig::recv_tls},
+    {"\t\tТребовать сертификат", &MGConfig::recv_need_cert},
+};
+constexpr ReportRow<MGConfig> modify_rows[] = {
+    {"\t\tКаталог", &MGConfig::modify_catalog},
+    {"\t\tИмя файла", &MGConfig::modify_file},
+};
+
+constexpr ReportRow<MGAction> action_rows[] = {
+    {"\t\t\tНаименование", &MGAction::name},
+    {"\t\t\tДействие", &MGAction::type, get_action_txt_type},
+};
+constexpr ReportRow<MGConsole> console_rows[] = {
+    {"\t\t\t\tВыполняемая команда", &MGConsole::prog},
+    {"\t\t\t\tИспользовать подстановку пароля", &MGConsole::use_hash},
+    {"\t\t\t\tНе проверять нулевой код возврата", &MGConsole::no_code},
+};
+constexpr ReportRow<MGSend> send_rows[] = {
+    {"\t\t\t\tIP адрес", &MGSend::ip},
+    {"\t\t\t\tДоменное имя", &MGSend::domen},
+    {"\t\t\t\tКаталог", &MGSend::catalog},
+    {"\t\t\t\tПорт", &MGSend::port},
+    {"\t\t\t\tИмя файла", &MGSend::file},
+    {"\t\t\t\tРазмер разбиения файла на блоки (Кбайт)", &MGSend::buf_len},
+    {"\t\t\t\tВремя задержки между пересылкой блоков файла (сек.)", &MGSend::inactivity},
+    {"\t\t\t\tTLS", &MGSend::tls},
+    {"\t\t\t\tИмя TLS сервера", &MGSend::tls_server},
+};
+constexpr ReportRow<MGCopy> copy_rows[] = {
+    {"\t\t\t\tИз каталога", &MGCopy::catalog},
+    {"\t\t\t\tИмя файла", &MGCopy::file},
+    {"\t\t\t\tВ каталог", &MGCopy::catalog_to},
+    {"\t\t\t\tПри совпадении имен файлов", &MGCopy::mode, get_same_file_txt_mode},
+    {"\t\t\t\tСоздавать подкаталог (ГГГГ/ММ/ДД)", &MGCopy::sub_dir},
+    {"\t\t\t\tСохранять последние N файлов с одинаковыми именами", &MGCopy::save_last_n_files},
+    {"\t\t\t\tМаксимальное количество сохраняемых файлов с одинаковыми именами", &MGCopy::n_saved_files},
+};
+constexpr ReportRow<MGRunprog> runprog_rows[] = {
+    {"\t\t\t\tПрограмма", &MGRunprog::prog},
+    {"\t\t\t\tПараметры", &MGRunprog::param},
+};
+constexpr ReportRow<MGExist> exist_rows[] = {
+    {"\t\t\t\tКаталог", &MGExist::catalog},
+    {"\t\t\t\tФайл", &MGExist::file},
+    {"\t\t\t\tСодержимое", &MGExist::content},
+    {"\t\t\t\tВремя ожидания", &MGExist::timeout},
+};
+
+void add_action(MGInfo& info, const MGAction& action) {
+    add_rows(info, action, action_rows);
+    if (action.type == "CONSOLE") add_rows(info, action.console, console_rows);
+    if (action.type == "SENDFILE") add_rows(info, action.send, send_rows);
+    if (action.type == "COPYFILE") add_rows(info, action.copy, copy_rows);
+    if (action.type == "RUNPROG") add_rows(info, action.runprog, runprog_rows);
+    if (action.type == "EXIST") add_rows(info, action.exist, exist_rows);
+}
+
+void add_modes_with_actions(MGInfo& info, const MGConfig& config) {
+    if (config.timer_radio) {
+        add_head(info, "\t\tИнициализация по времени");
+        add_rows(info, config, timer_rows);
+    }
+    if (config.file_radio) {
+        add_head(info, "\t\tИнициализация по наличию файла в каталоге");
+        add_rows(info, config, file_rows);
+    }
+    if (config.recv_radio) {
+        add_head(info, "\t\tИнициализация при получении файла по сети");
+        add_rows(info, config, recv_rows);
+    }
+    if (config.modify_radio) {
+        add_head(info, "\t\tИнициализация по наличию изменений файла в каталоге");
+        add_rows(info, config, modify_rows);
+    }
+    if (!config.timer_radio && !config.file_radio && !config.recv_radio && !config.modify_radio) return;
+    for (const MGAction& action : config.actions)
+        if (action.active) add_action(info, action);
+}
+
+// --- TLS client and server ---
+
+constexpr ReportRow<MGConfig> client_rows[] = {
+    {"\t\tIP адрес получения", &MGConfig::client_recv_ip}, {"\t\tПорт получения", &MGConfig::client_recv_port},
+    {"\t\tIP адрес отправки", &MGConfig::client_send_ip},  {"\t\tДоменное имя отправки", &MGConfig::client_send_domen},
+    {"\t\tПорт отправки", &MGConfig::client_send_port},    {"\t\tИмя сервера для TLS", &MGConfig::client_tls_server},
+};
+constexpr ReportRow<MGConfig> server_rows[] = {
+    {"\t\tIP адрес получения", &MGConfig::server_recv_ip},
+    {"\t\tПорт получения", &MGConfig::server_recv_port},
+    {"\t\tТребовать сертификат", &MGConfig::server_need_cert},
+    {"\t\tИспользовать список допуска", &MGConfig::server_use_list},
+    {"\t\tДопускать всех", &MGConfig::server_everyone},
+    {"\t\tIP адрес отправки", &MGConfig::server_send_ip},
+    {"\t\tДоменное имя отправки", &MGConfig::server_send_domen},
+    {"\t\tПорт отправки", &MGConfig::server_send_port},
+};
+// The server that a user is connected to.
+constexpr ReportRow<MGAdmit> connection_rows[] = {
+    {"\t\t\t\tIP адрес отправки", &MGAdmit::ip},
+    {"\t\t\t\tДоменное имя отправки", &MGAdmit::domen},
+    {"\t\t\t\tПорт отправки", &MGAdmit::port},
+};
+
+constexpr const char* subject_label = "Имя владельца сертификата";
+
+void add_client(MGInfo& info, const MGConfig& config) {
+    add_head(info, "\t\tИнициализация TLS клиента");
+    add_rows(info, config, client_rows);
+}
+
+void add_server(MGInfo& info, const MGConfig& config) {
+    add_head(info, "\t\tИнициализация TLS сервера");
+    add_rows(info, config, server_rows);
+    add_list(info, "\t\t\t", subject_label, config.admit, &MGAdmit::subject, [&](const MGAdmit& user) {
+        if (user.use_server) add_rows(info, user, connection_rows);
+    });
+}
+
+// --- Gateway ---
+
+struct Protocol {
+    const char* word;
+    bool MGDev::*chosen;
+};
+
+constexpr Protocol protocols[] = {
+    {"icmp", &MGDev::ip_icmp}, {"igmp", &MGDev::ip_igmp}, {"tcp", &MGDev::ip_tcp}, {"udp", &MGDev::ip_udp},
+    {"esp", &MGDev::ip_esp},   {"ah", &MGDev::ip_ah},     {"pmi", &MGDev::ip_pmi}, {"sctp", &MGDev::ip_sctp},
+};
+
+constexpr ReportRow<MGDev> device_rows[] = {
+    {"\t\tИмя внутреннего сетевого интерфейса", &MGDev::internal_device},
+    {"\t\tИмя виртуального сетевого интерфейса", &MGDev::device},
+    {"\t\tРежим маршрутизатора", &MGDev::is_router},
+    {"\t\tЛокальный режим", &MGDev::is_local},
+};
+constexpr ReportRow<MGDev> local_rows[] = {
+    {"\t\t\tЛокальный адрес", &MGDev::local_adr},
+    {"\t\t\tВиртуальный адрес", &MGDev::virtual_adr},
+};
+constexpr ReportRow<MGListAdrs> internal_rows[] = {
+    {"\t\t\t\tIP адрес", &MGListAdrs::ip},
+    {"\t\t\t\tДоменное имя", &MGListAdrs::domen},
+    {"\t\t\t\tПодсеть", &MGListAdrs::net},
+};
+constexpr ReportRow<MGListAdrs> virtual_rows[] = {
+    {"\t\t\t\tIP адрес", &MGListAdrs::ip},
+};
+constexpr ReportRow<MGDev> packet_rows[] = {
+    {"\t\tИспользовать все IP пакеты", &MGDev::ip_all},
+    {"\t\tИспользовать выборочные IP пакеты", &MGDev::ip_select},
+};
+constexpr ReportRow<MGConfig> gw_client_rows[] = {
+    {"\t\tIP адрес отправки", &MGConfig::gw_client_send_ip},
+    {"\t\tДоменное имя отправки", &MGConfig::gw_client_send_domen},
+    {"\t\tПорт отправки", &MGConfig::gw_client_send_port},
+    {"\t\tИмя сервера для TLS", &MGConfig::gw_client_tls_server},
+};
+constexpr ReportRow<MGConfig> gw_server_rows[] = {
+    {"\t\tIP адрес получения", &MGConfig::gw_server_recv_ip},
+    {"\t\tПорт получения", &MGConfig::gw_server_recv_port},
+};
+
+constexpr const char* internal_label = "Наименование внутреннего адреса";
+constexpr const char* virtual_label = "Наименование виртуального адреса";
+
+void add_device(MGInfo& info, const MGDev& dev) {
+    add_rows(info, dev, device_rows);
+    if (dev.is_local) add_rows(info, dev, local_rows);
+    if (dev.is_router) {
+        add_list(info, "\t\t\t", internal_label, dev.adrs, &MGListAdrs::name,
+                 [&](const MGListAdrs& address) { add_rows(info, address, internal_rows); });
+        add_list(info, "\t\t\t", virtual_label, dev.virt, &MGListAdrs::name,
+                 [&](const MGListAdrs& address) { add_rows(info, address, virtual_rows); });
+    }
+    add_rows(info, dev, packet_rows);
+    if (!dev.ip_select) return;
+    for (const Protocol& protocol : protocols)
+        info.AddRow((std::string("\t\t\tПоддерживать ") + protocol.word).c_str(), dev.*protocol.chosen);
+}
+
+void add_gw_client(MGInfo& info, const MGConfig& config) {
+    add_head(info, "\t\tИнициализация TLS шлюза клиента");
+    add_device(info, config.gw_client);
+    add_rows(info, config, gw_client_rows);
+}
+
+void add_gw_server(MGInfo& info, const MGConfig& config) {
+    add_head(info, "\t\tИнициализация TLS шлюза сервера");
+    add_rows(info, config, gw_server_rows);
+    add_list(info, "\t\t\t", subject_label, config.gw_admit, &MGAdmit::subject);
+    add_device(info, config.gw_server);
+}
+
+// --- File client and file server ---
+
+constexpr ReportRow<MGConfig> fc_rows[] = {
+    {"\t\tIP адрес", &MGConfig::fc_ip}, {"\t\tДоменное имя", &MGConfig::fc_domen},
+    {"\t\tПорт", &MGConfig::fc_port},   {"\t\tИмя сервера для TLS", &MGConfig::fc_tls_server},
+    {"\t\tЛогин", &MGConfig::fc_login},
+};
+constexpr ReportRow<MGConfig> fs_rows[] = {
+    {"\t\tIP адрес", &MGConfig::fs_ip},
+    {"\t\tПорт", &MGConfig::fs_port},
+};
+
+// The queues, numbered behind `indent`, their rows one tab deeper.
+void add_queues(MGInfo& info, const std::string& indent, const std::vector<MGQueue>& list) {
+    add_list(info, indent.c_str(), "Идентификатор очереди", list, &MGQueue::id, [&](const MGQueue& queue) {
+        const auto add = [&](const char* label, const std::string& value) {
+            info.AddRow((indent + "\t" + label).c_str(), value);
+        };
+        add("Каталог входящих", queue.in_dir);
+        add("Каталог исходящих", queue.out_dir);
+        add("Выдавать подпись", yes_or_no(queue.out_sign));
+        add("Сохранять квитанции в каталог", yes_or_no(queue.save_ticket));
+        add("Каталог квитанций", queue.ticket_dir);
+        add("Выдавать подпись квитанций", yes_or_no(queue.out_ticket_sign));
+    });
+}
+
+void add_file_client(MGInfo& info, const MGConfig& config) {
+    add_head(info, "\t\tИнициализация TLS Файл-клиента");
+    add_rows(info, config, fc_rows);
+    info.AddRow("\t\tНаличие пароля", yes_or_no(!config.fc_hash.empty()));
+    add_queues(info, "\t\t\t", config.fc_queue);
+}
+
+void add_file_server(MGInfo& info, const MGConfig& config) {
+    add_head(info, "\t\tИнициализация TLS Файл-сервера");
+    add_rows(info, config, fs_rows);
+    add_list(info, "\t\t\t", "Наименование клиента", config.fs_allow, &MGAllow::name, [&](const MGAllow& client) {
+        info.AddRow("\t\t\t\tДоступ", yes_or_no(client.active));
+        info.AddRow("\t\t\t\tЛогин", client.login);
+        info.AddRow("\t\t\t\tНаличие пароля", yes_or_no(!client.hash.empty()));
+        add_list(info, "\t\t\t\t\t", subject_label, client.admit, &MGAdmit::subject);
+        add_queues(info, "\t\t\t\t\t", client.queue);
+    });
+}
+
+} // namespace
+
+void print_selected_profile(const MGProfile& profile) {
+    at_edge("print_selected_profile", [&] {
+        const MGConfig& config = profile.config;
+        MGInfo info;
+        add_rows(info, profile, profile_rows);
+        add_rows(info, config, general_rows);
+        add_modes_with_actions(info, config);
+        if (config.client_radio) add_client(info, config);
+        if (config.server_radio) add_server(info, config);
+        if (config.gw_client_radio) add_gw_client(info, config);
+        if (config.gw_server_radio) add_gw_server(info, config);
+        if (config.fc_radio) add_file_client(info, config);
+        if (config.fs_radio) add_file_server(info, config);
+        LogFileGlobal.PrintInfoInResultFile(info, false);
+    });
+}
+
+// --- The shorter report of a device ---
+
+void print_info_dev(MGInfo& info, const MGDev& dev) {
+    at_edge("print_info_dev", [&] {
+        info.AddRow("Имя сетевого интерфейса", dev.internal_device);
+        info.AddRow("Имя виртуального интерфейса", dev.device);
+        if (dev.is_router) {
+            info.AddRow("Режим маршрутизатора", yes_or_no(true));
+            print_info_adrs_virt(info, dev.adrs, dev.virt);
+        }
+        if (dev.is_local) {
+            info.AddRow("Локальный режим", yes_or_no(true));
+            info.AddRow("Локальный адрес", dev.local_adr);
+            info.AddRow("Виртуальный адрес", dev.virtual_adr);
+        }
+        if (dev.ip_all) info.AddRow("Использовать все IP пакеты", yes_or_no(true));
+        if (dev.ip_select) {
+            std::string chosen;
+            create_ip_prot_str(dev, chosen);
+            info.AddRow("Использовать выборочные IP пакеты", yes_or_no(true));
+            info.AddRow("Поддерживать", chosen);
+        }
+    });
+}
+
+void print_info_adrs_virt(MGInfo& info, const std::vector<MGListAdrs>& adrs, const std::vector<MGListAdrs>& virt) {
+    at_edge("print_info_adrs_virt", [&] {
+        const auto add = [&](const char* label, const std::string& value) {
+            if (!value.empty()) info.AddRow(label, value);
+        };
+        add_list(info, "\t", internal_label, adrs, &MGListAdrs::name, [&](const MGListAdrs& address) {
+            add("\t\tIP адрес", address.ip);
+            add("\t\tДоменное имя", address.domen);
+            add("\t\tПодсеть", address.net);
+        });
+        add_list(info, "\t", virtual_label, virt, &MGListAdrs::name,
+                 [&](const MGListAdrs& address) { add("\t\tIP адрес", address.ip); });
+    });
+}
+
+void create_ip_prot_str(const MGDev& dev, std::string& text) {
+    at_edge("create_ip_prot_str", [&] {
+        text.clear();
+        for (const Protocol& protocol : protocols)
+            if (dev.*protocol.chosen) text += std::string(" ") + protocol.word;
+    });
+}
