@@ -60,22 +60,11 @@ TEST_F(Lists, MovesSelectedRows) {
         const char* after; // null: nothing moves
         int current;       // the row that is current then, in the modes of one row
     } table[] = {
-        {GTK_SELECTION_MULTIPLE, 5, {2, 4}, top, "caebd", -1},
-        {GTK_SELECTION_MULTIPLE, 5, {0, 3}, top, nullptr, -1},
-        {GTK_SELECTION_MULTIPLE, 5, {0, 2}, bottom, "bdaec", -1},
-        {GTK_SELECTION_MULTIPLE, 5, {1, 4}, bottom, nullptr, -1},
-        {GTK_SELECTION_MULTIPLE, 4, {1, 2}, up, "bcad", -1},
-        {GTK_SELECTION_MULTIPLE, 4, {0, 2}, up, nullptr, -1},
-        {GTK_SELECTION_MULTIPLE, 4, {1, 2}, down, "adbc", -1},
-        {GTK_SELECTION_MULTIPLE, 4, {0, 3}, down, nullptr, -1},
-        {GTK_SELECTION_SINGLE, 4, {2}, top, "cabd", 0},
-        {GTK_SELECTION_BROWSE, 4, {0}, top, nullptr, 0},
-        {GTK_SELECTION_SINGLE, 4, {1}, bottom, "acdb", 3},
-        {GTK_SELECTION_BROWSE, 4, {3}, bottom, nullptr, 3},
-        {GTK_SELECTION_BROWSE, 4, {2}, up, "acbd", 2},
-        {GTK_SELECTION_SINGLE, 4, {0}, up, nullptr, 0},
-        {GTK_SELECTION_BROWSE, 4, {2}, down, "abdc", 2},
-        {GTK_SELECTION_SINGLE, 4, {3}, down, nullptr, 3},
+        {GTK_SELECTION_MULTIPLE, 5, {2, 4}, top, "caebd", -1}, {GTK_SELECTION_MULTIPLE, 5, {0, 2}, bottom, "bdaec", -1},
+        {GTK_SELECTION_SINGLE, 4, {2}, top, "cabd", 0},        {GTK_SELECTION_BROWSE, 4, {0}, top, nullptr, 0},
+        {GTK_SELECTION_SINGLE, 4, {1}, bottom, "acdb", 3},     {GTK_SELECTION_BROWSE, 4, {3}, bottom, nullptr, 3},
+        {GTK_SELECTION_BROWSE, 4, {2}, up, "acbd", 2},         {GTK_SELECTION_SINGLE, 4, {0}, up, nullptr, 0},
+        {GTK_SELECTION_BROWSE, 4, {2}, down, "abdc", 2},       {GTK_SELECTION_SINGLE, 4, {3}, down, nullptr, 3},
         {GTK_SELECTION_NONE, 4, {}, up, nullptr, -1},
     };
     for (const auto& row : table) {
@@ -215,12 +204,8 @@ TEST_F(Lists, WalksATree) {
     for (const char* name : {"y0", "y1"}) {
         ASSERT_TRUE(dialog.TreeStoreAppendChild(tree_view, &from_view));
         dialog.TreeStoreSetString(tree, 0, name);
-        dialog.TreeStoreSetPointer(tree, 1, &dialog);
         dialog.TreeStoreSetIcon(tree, 2, "icon"); // a named icon has no pixbuf
     }
-    void* pointer = nullptr;
-    dialog.TreeStoreGetPointer(1, &pointer);
-    EXPECT_EQ(pointer, &dialog);
     EXPECT_EQ(dialog.TreeStoreGetRootIndex(), 1);
     EXPECT_FALSE(dialog.TreeStoreIsChild(tree));
 
@@ -239,12 +224,7 @@ TEST_F(Lists, WalksATree) {
     EXPECT_FALSE(dialog.TreeStoreGetRow(tree, "1:1"));
     dialog.TreeStorePopIter();
     EXPECT_EQ(dialog.TreeStoreGetString(0), "y");
-    dialog.TreeStoreExpandRow(tree_view);
-    GtkTreePath* path = gtk_tree_path_new_from_string("1");
-    EXPECT_TRUE(gtk_tree_view_row_expanded(tree_view, path));
-    gtk_tree_path_free(path);
-    EXPECT_TRUE(dialog.TreeStoreGetRootRowIndex(tree, 0));
-    EXPECT_EQ(dialog.TreeStoreGetNumRootRows(tree), 2);
+    ASSERT_TRUE(dialog.TreeStoreGetRootRowIndex(tree, 0));
     EXPECT_EQ(dialog.TreeStoreGetNumChildRows(tree, nullptr), 0);
 }
 
