@@ -67,6 +67,8 @@ TEST(ProfileReport, ListsTheModesThatAreOnInTheirOrder) {
     EXPECT_EQ(report_of(all), all_modes);
     for (const char* password : {"init_fc.пароль", "console.пароль", "allow.пароль"})
         EXPECT_EQ(all_modes.find(password), std::string::npos) << password;
+    all.config.fc_hash.clear();
+    EXPECT_NE(report_of(all).find("init_fc.login\n\t\tНаличие пароля: Нет\n"), std::string::npos);
 }
 
 TEST(DeviceReport, TellsOnlyWhatIsInForce) {
@@ -76,15 +78,13 @@ TEST(DeviceReport, TellsOnlyWhatIsInForce) {
     router.adrs.push_back({"", "", "", "пустой"});
     router.virt[1].ip.clear();
     EXPECT_EQ(device_report(router), golden("device_router.txt"));
-}
 
-TEST(DeviceReport, NamesTheChosenProtocols) {
-    MGDev dev;
-    dev.ip_igmp = dev.ip_esp = dev.ip_ah = dev.ip_pmi = dev.ip_sctp = true;
+    router.ip_icmp = router.ip_tcp = router.ip_udp = true; // the others are chosen
     std::string text = "old";
-    create_ip_prot_str(dev, text);
+    create_ip_prot_str(router, text);
     EXPECT_EQ(text, " icmp igmp tcp udp esp ah pmi sctp");
-    dev.ip_icmp = dev.ip_igmp = dev.ip_tcp = dev.ip_udp = dev.ip_esp = dev.ip_ah = dev.ip_pmi = dev.ip_sctp = false;
-    create_ip_prot_str(dev, text);
+    router = MGDev();
+    router.ip_icmp = router.ip_tcp = router.ip_udp = false; // so are none
+    create_ip_prot_str(router, text);
     EXPECT_EQ(text, "");
 }
