@@ -61,7 +61,11 @@ class Desktop:
         os.close(write)
         with os.fdopen(read) as number:
             os.environ["DISPLAY"] = ":" + number.readline().strip()
-        os.environ.update(HOME=str(self.home), LC_ALL="C.UTF-8", GTK_THEME="Adwaita", GDK_BACKEND="x11")
+        os.environ.update(HOME=str(self.home), XDG_RUNTIME_DIR=str(self.folder), LC_ALL="C.UTF-8",
+                          GTK_THEME="Adwaita", GDK_BACKEND="x11")
+        # The accessibility bus is a socket of one fixed name there: sessions that share the place take it from each
+        # other.
+        self.run("dbus-update-activation-environment", "XDG_RUNTIME_DIR")
         for name in ("NO_AT_BRIDGE", "WAYLAND_DISPLAY", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"):
             os.environ.pop(name, None)
         self.manager = subprocess.Popen(["openbox"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
