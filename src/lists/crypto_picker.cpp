@@ -12,8 +12,6 @@
 
 namespace {
 
-constexpr uint32_t no_more_profiles = 0xe0d5001a;
-
 // The columns of the list, the fields that a choice fills and the entries that show them.
 const struct {
     std::string MGCrypto::*value;
@@ -46,13 +44,13 @@ public:
     Provider& operator=(const Provider&) = delete;
 
     // Fills the record with the profile of this index; false past the last one.
-    bool query(MGErr& err, int index, MGCrypto& crypto) {
+    bool query(MGErr& err, uint32_t index, MGCrypto& crypto) {
         mem_blk blocks[4];
         const uint32_t code = query_profile_(context_, &blocks[0], &blocks[1], &blocks[2], &blocks[3], index);
-        if (code == no_more_profiles) return false;
+        if (code == trelm_no_more_profiles) return false;
         if (code != 0) {
             err.num_param = code;
-            err.err_code = index;
+            err.err_code = static_cast<int32_t>(index);
             fail(err, "Ошибка получения криптографического профиля", "TRELM_QueryRegistryProfileEx");
         }
         crypto.name = Ansi1251toUtf8(take(blocks[0]));
@@ -78,10 +76,10 @@ private:
 
     MGFile library_; // unloads the library after the context is gone
     void* context_ = nullptr;
-    uint32_t (*init_minimal_)(void** context) = nullptr;
-    uint32_t (*query_profile_)(void* context, mem_blk*, mem_blk*, mem_blk*, mem_blk*, int index) = nullptr;
-    void (*free_mem_)(void* context, void* data) = nullptr;
-    void (*uninitialize_)(void* context) = nullptr;
+    decltype(&TRELM_InitMinimal) init_minimal_ = nullptr;
+    decltype(&TRELM_QueryRegistryProfileEx) query_profile_ = nullptr;
+    decltype(&TRELM_FreeMem) free_mem_ = nullptr;
+    decltype(&TRELM_Uninitialize) uninitialize_ = nullptr;
 };
 
 void choose_crypto_profile() {
@@ -114,7 +112,7 @@ void get_trelm_context(std::vector<MGCrypto>& list) {
         err.mess_1 = "Ошибка функции получения списка криптографических профилей";
         err.func_1 = "get_trelm_context";
         Provider provider(err);
-        for (int index = 0;; ++index) {
+        for (uint32_t index = 0;; ++index) {
             MGCrypto crypto;
             if (!provider.query(err, index, crypto)) break;
             list.push_back(std::move(crypto));

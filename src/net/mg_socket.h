@@ -33,6 +33,7 @@ inline constexpr int32_t MGSK_EXIT_LIMIT_INACTIVE = 6; // the time of inactivity
 inline constexpr int32_t MGSK_EXIT_RESET_TIMEOUT = 7;  // the life of the connection is up
 
 class MGIp;
+class MGTrelm;
 
 // The flag by which another thread tells a conversation to end.
 class MGSignal {
@@ -246,6 +247,39 @@ public:
     // memset to 0 and memcpy.
     static void ClearMem(void* data, size_t size);
     static void CopyMem(void* to, const void* from, size_t size);
+
+    // --- tls_transport: the framed exchange over the TLS session of an MGTrelm; with TLS turned off, over the bare
+    //     connection. A failure on the way ends the session: a new connection and a new handshake are needed. To end a
+    //     wait there are the peer's close (MGExit 1), the exit flag (2; signal may be null), and the limits. A client
+    //     calls Connect and TlsClientAuth, a server RecvAccept and TlsServerAuth, then each as many messages as it
+    //     likes. ---
+
+    // Makes the session and shakes hands on m_sock with the server of that name, or returns true at once when TLS is
+    // off. False if the connection to the server has failed. MGExit 1, 2, 4, 5; the clock of the limit on
+    // authentication starts with the first wait.
+    bool TlsClientAuth(MGSignal* signal, MGTrelm& trelm, const std::string& server, bool option);
+    // The same as server on m_recv_sock.
+    void TlsServerAuth(MGSignal* signal, MGTrelm& trelm, bool option);
+    // The peer's certificate; empty when TLS is off.
+    void TlsServerAuthCert(MGTrelm& trelm, std::vector<uint8_t>& cert);
+    // Encrypts and sends; nothing for empty data. MGExit 1, 4.
+    void TlsConnSend(int sock, MGTrelm& trelm, const std::vector<uint8_t>& in_data);
+    // Receives and decrypts until out_data holds at least only_equal bytes, with 0 until data came once. Empties
+    // out_data first unless is_add. The limit on inactivity counts from the beginning and anew whenever something came.
+    // MGExit 1, 2, 4, 6.
+    void TlsConnRecv(int sock, MGSignal* signal, MGTrelm& trelm, uint64_t only_equal, std::vector<uint8_t>& out_data,
+                     bool is_add);
+    void TlsSendCode(MGTrelm& trelm, int sock, uint64_t code);
+    // Throws err if what came isn't a code. With TLS off two codes that arrive together are none.
+    uint64_t TlsRecvCode(MGErr& err, MGSignal* signal, MGTrelm& trelm, int sock);
+    // One message as sender. Sends nothing for empty data. False instead of an MGExit.
+    bool TlsSendData(MGTrelm& trelm, MGSignal* signal, int sock, const std::vector<uint8_t>& data);
+    // One message as receiver, with the limits of RecvData; gives true. After a failure data is empty.
+    bool TlsRecvData(MGTrelm& trelm, MGSignal* signal, int sock, std::vector<uint8_t>& data, uint64_t only_equal,
+                     uint64_t less_then);
+    // One Recv of at most 17408 bytes, with TLS of one record only, which replace data or, with is_add, go to its end.
+    // MGExit 1 when the peer has closed.
+    void RecvAuth(int sock, MGTrelm& trelm, std::vector<uint8_t>& data, bool is_add);
 
     // --- tun_raw: whole IP packets, read from a TUN device and sent through a raw socket. ---
 

@@ -1,0 +1,331 @@
+#include "net/mg_trelm.h"
+#include "support/error_of.h"
+#include "support/provider/stand_in.h"
+#include "support/temp_dir.h"
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+
+namespace {
+
+const std::string none;
+
+std::vector<uint8_t> bytes(const std::string& text) {
+    return {text.begin(), text.end()};
+}
+
+std::string text(const std::vector<uint8_t>& data) {
+    return {data.begin(), data.end()};
+}
+
+void start(MGTrelm& trelm) {
+    trelm.InitLib();
+    trelm.InitConnect(0, none, none, none, none);
+    trelm.Initialize();
+}
+
+// The two sides' sessions, shaken hands without a network.
+void shake_hands(MGTrelm& client, MGTrelm& server, bool options = true) {
+    client.TlsCreate("vorma.test", options, false);
+    server.TlsCreate("", false, options);
+    std::vector<uint8_t> flight;
+    client.TlsHandshake({}, flight);
+    for (bool done = false; !done;) {
+        server.TlsHandshake(flight, flight);
+        if (!flight.empty()) client.TlsHandshake(flight, flight);
+        done = client.TlsComplete() && server.TlsComplete();
+    }
+}
+
+// Published with SHA-256.
+const std::string long_message = "abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq";
+const char long_message_hash[] = "248d6a61d20638b8e5c026930c3e6039a33ce45964ff2167f6ecedd419db06c1";
+
+} // namespace
+
+TEST(MGTrelm, StaysUnloadedWithoutTheLibraryOrAFunctionOfIt) {
+    const ProviderTest provider;
+    const TempDir dir;
+    MGTrelm trelm;
+    const auto is_refused = [&](const char* func_1, const std::string& missing) {
+        SCOPED_TRACE(missing);
+        const MGErr err = error_of([&] { trelm.InitLib(); });
+        EXPECT_EQ(err.func_1, func_1);
+        EXPECT_EQ(err.str_param, missing);
+        EXPECT_FALSE(trelm.functions.InitMinimal);
+        EXPECT_FALSE(dlopen(provider_library.c_str(), RTLD_LAZY | RTLD_NOLOAD));
+    };
+    provider_library = dir.path("absent.so");
+    is_refused("LoadLibrary", provider_library);
+#define CHECK_FUNCTION(name)                                                                                           \
+    ProviderTest::lack("TRELM_" #name, dir.path(#name));                                                               \
+    is_refused("GetLibFunc", "TRELM_" #name);
+    TRELM_FUNCTIONS(CHECK_FUNCTION)
+#undef CHECK_FUNCTION
+}
+
+// A whole life with every kind of call; each of its calls fails once.
+TEST(MGTrelm, EveryFailureOfTheProviderIsToldAndLeavesNothing) {
+    struct Row {
+        const char* func_2;
+        const char* func_1;
+        const char* mess_1;
+        const char* mess_2;
+    };
+    const char* const init = "Ошибка функции инициализации криптографического контекста";
+    const char* const sign = "Ошибка выполнения отсоединенной подписи файла";
+    const char* const verify = "Ошибка проверки отсоединенной подписи файла";
+    const Row rows[] = {
+        {"TRELM_InitMinimal", "MGTrelm::Initialize", init,
+         "Ошибка получения минимального криптографического контекста"},
+        {"TRELM_InitializeEx", "MGTrelm::Initialize", init, "Ошибка получения криптографического контекста"},
+        {"TRELM_TlsSessionCreate", "MGTrelm::TlsCreate", "Ошибка создания TLS контекста",
+         "Ошибка функции получения TLS контекста"},
+        {"TRELM_TlsSessionDestroy", "MGTrelm::TlsDestroy", "Ошибка создания TLS контекста",
+         "Ошибка функции удаления TLS контекста"},
+        {"TRELM_TlsSessionHandshake", "MGTrelm::TlsHandshake", "Ошибка TLS аутентификации",
+         "Ошибка функции TLS аутентификации"},
+        {"TRELM_TlsSessionComplete", "MGTrelm::TlsComplete", "Ошибка проверки завершения TLS аутентификации",
+         "Ошибка функции проверки завершения TLS аутентификации"},
+        {"TRELM_TlsSessionQuery", "MGTrelm::TlsQuery", "Ошибка получения данных TLS аутентификации",
+         "Ошибка функции получения данных TLS аутентификации"},
+        {"TRELM_TlsSessionWrite", "MGTrelm::TlsWrite", "Ошибка зашифрования данных TLS",
+         "Ошибка функции зашифрования данных TLS"},
+        {"TRELM_TlsSessionRead", "MGTrelm::TlsRead", "Ошибка расшифрования данных TLS",
+         "Ошибка функции расшифрования данных TLS"},
+        {"TRELM_CmsStrDetSignInitMem", "SignFileDetached", sign, "Ошибка функции инициализации отсоединенной подпси"},
+        {"TRELM_CmsStrDetSignUpdateMem", "SignFileDetached", sign, "Ошибка функции вычисления подписи"},
+        {"TRELM_CmsStrDetSignFinalMem", "SignFileDetached", sign, "Ошибка функции получения подписи"},
+        {"TRELM_CmsStrDetVerifyInitMem", "VerifyFileDetached", verify,
+         "Ошибка функции инициализации проверки отсоединенной подпси"},
+        {"TRELM_StrHashInitMem", "VerifyFileDetached", verify, "Ошибка функции инициализации хэширования"},
+        {"TRELM_CmsStrDetVerifyUpdateMem", "VerifyFileDetached", verify, "Ошибка функции вычисления проверки подписи"},
+        {"TRELM_StrHashUpdateMem", "VerifyFileDetached", verify, "Ошибка функции вычисления хэширования"},
+        {"TRELM_CmsStrDetVerifyFinalMem", "VerifyFileDetached", verify,
+         "Ошибка функции получения результата проверки подписи"},
+        {"TRELM_StrHashFinalMem", "VerifyFileDetached", verify, "Ошибка функции вычисления хэширования"},
+    };
+    const TempDir dir;
+    dir.write("file", long_message);
+    std::vector<uint8_t> hash;
+    const auto live = [&](MGTrelm& client) {
+        MGTrelm server;
+        start(client);
+        start(server);
+        shake_hands(client, server);
+        std::vector<uint8_t> out;
+        server.TlsQuery(1, out);
+        EXPECT_NE(text(out).find("vorma.test"), std::string::npos);
+        client.TlsWrite(bytes("secret"), out);
+        EXPECT_EQ(text(out).find("secret"), std::string::npos);
+        EXPECT_TRUE(server.TlsRead(out, out, false));
+        EXPECT_EQ(text(out), "secret");
+        client.TlsDestroy();
+        client.SignFileDetached(dir.path("file"), dir.path("signature"), 20);
+        hash = {1};
+        client.VerifyFileDetached(dir.path("file"), dir.path("signature"), 20, hash);
+    };
+    std::set<std::string> failed;
+    for (int call = 1;; ++call) {
+        SCOPED_TRACE(call);
+        const ProviderTest provider;
+        provider_stand_in.fail_call = call;
+        provider_stand_in.place_fails = call % 7 == 0;
+        MGErr err;
+        MGTrelm trelm;
+        try {
+            live(trelm);
+        } catch (const MGErr& thrown) {
+            err = thrown;
+        }
+        const std::string function = provider_stand_in.failed;
+        if (function.empty()) break;
+        if (err.func_1.empty()) { // a destructor met the failure
+            EXPECT_EQ(function, "TRELM_TlsSessionDestroy");
+            continue;
+        }
+        failed.insert(function);
+        const Row* row =
+            std::find_if(std::begin(rows), std::end(rows), [&](const Row& r) { return r.func_2 == function; });
+        ASSERT_NE(row, std::end(rows)) << function;
+        EXPECT_EQ(err.func_2, row->func_2);
+        EXPECT_EQ(err.func_1, row->func_1);
+        EXPECT_EQ(err.mess_1, row->mess_1);
+        EXPECT_EQ(err.mess_2, row->mess_2);
+        EXPECT_EQ(err.uint32_param, stand_in_failure);
+        EXPECT_EQ(err.err_description, "Сбой E0700ABC");
+        const bool tls = err.func_1.find("::Tls") != std::string::npos;
+        EXPECT_EQ(static_cast<uint32_t>(err.err_code), tls ? 0xf42d327d : 0);
+        const bool told = function != "TRELM_InitMinimal" && !provider_stand_in.place_fails;
+        EXPECT_EQ(err.opt_param, told ? "Ключ" : "");
+        EXPECT_EQ(err.str_param, told ? "Файл:[ядро.c], Строка:[4711]" : "");
+        EXPECT_EQ(err.ext_param, told ? "№ 7" : "");
+        if (function == "TRELM_InitializeEx" && !trelm.context) {
+            EXPECT_EQ(provider_stand_in.place_asked, trelm.min_context);
+        }
+        const bool file = err.func_1.find("FileDetached") != std::string::npos;
+        EXPECT_EQ(err.ext_2_param, file ? dir.path("file") : "");
+        EXPECT_EQ(err.ext_3_param, file ? dir.path("signature") : "");
+        if (err.func_1 == "VerifyFileDetached") {
+            EXPECT_TRUE(hash.empty());
+        }
+        EXPECT_EQ(trelm.m_file_handle, -1);
+    }
+    EXPECT_EQ(failed.size(), std::size(rows));
+}
+
+TEST(MGTrelm, SaysWhatTheCallerAsksFor) {
+    const ProviderTest provider;
+    MGTrelm trelm;
+    trelm.InitLib();
+    const std::string a = "a", b = "b", c = "c", d = "d";
+    for (const std::string* fourth : {&none, &d}) {
+        trelm.InitConnect(7, a, b, c, *fourth);
+        trelm.Initialize(); // again: the former contexts go back
+        EXPECT_EQ(provider_stand_in.connect_asked, fourth == &d ? "7 a b c d" : "7 a b c (null)");
+        EXPECT_EQ(provider_stand_in.live.size(), 2u);
+    }
+    for (const char* name : {"vorma.test", ""})
+        for (const bool option : {true, false}) {
+            trelm.TlsCreate(name, option, option);
+            trelm.TlsDestroy();
+            trelm.TlsDestroy();
+        }
+    EXPECT_EQ(provider_stand_in.sessions_asked,
+              (std::vector<std::string>{"vorma.test 65", "vorma.test 1", "(null) 24", "(null) 20"}));
+    trelm.Clear();
+    EXPECT_FALSE(trelm.IsInitialize());
+    EXPECT_FALSE(dlopen(provider_library.c_str(), RTLD_LAZY | RTLD_NOLOAD));
+}
+
+TEST(MGTrelm, ReadsWhatIsWholeAndKeepsWhatWasRead) {
+    const ProviderTest provider;
+    MGTrelm client, server;
+    start(client);
+    start(server);
+    shake_hands(client, server, false);
+    std::vector<uint8_t> record, got = bytes("so far ");
+    client.TlsWrite(bytes("one"), record);
+    const std::vector<uint8_t> head(record.begin(), record.begin() + 7), tail(record.begin() + 7, record.end());
+    EXPECT_FALSE(server.TlsRead(head, got, false));
+    EXPECT_EQ(text(got), "so far ");
+    EXPECT_TRUE(server.TlsRead(tail, got, true));
+    EXPECT_EQ(text(got), "so far one");
+    EXPECT_FALSE(server.TlsRead({}, got, false));
+    client.TlsWrite(bytes("two"), record);
+    EXPECT_TRUE(server.TlsRead(record, got, false));
+    EXPECT_EQ(text(got), "two");
+    server.TlsQuery(1, got);
+    EXPECT_TRUE(got.empty()); // a client that showed no certificate
+}
+
+TEST(MGTrelm, SharedContextIsReleasedOnceByItsOwner) {
+    const ProviderTest provider;
+    MGTrelm owner;
+    start(owner);
+    {
+        MGTrelm copy, copy_of_copy;
+        start(copy); // what it had goes back
+        owner.CopyTrelm(copy);
+        owner.CopyTrelm(owner);
+        copy.CopyTrelm(copy_of_copy);
+        EXPECT_EQ(provider_stand_in.live.size(), 2u);
+        shake_hands(copy, copy_of_copy);
+        copy.Clear();
+        EXPECT_FALSE(copy.IsInitialize());
+        start(copy); // on its own feet again
+        EXPECT_FALSE(copy.shared);
+        EXPECT_EQ(provider_stand_in.live.size(), 2u + 2u + 1u);
+    }
+    EXPECT_EQ(provider_stand_in.live.size(), 2u);
+    MGTrelm other;
+    owner.CopyTrelm(other);
+    shake_hands(owner, other);
+}
+
+TEST(MGTrelm, ASessionThatCannotBeEndedKeepsNothingElse) {
+    const ProviderTest provider;
+    const TempDir dir;
+    {
+        MGTrelm trelm;
+        trelm.SetLogFile(dir.path("log").c_str());
+        start(trelm);
+        for (int i = 0; i < 2; ++i) {
+            trelm.TlsCreate("vorma.test", false, false);
+            provider_stand_in.fail_function = "TRELM_TlsSessionDestroy";
+            if (i == 1) break; // the destructor meets it
+            EXPECT_EQ(error_of([&] { trelm.Clear(); }).func_2, "TRELM_TlsSessionDestroy");
+            EXPECT_EQ(ProviderTest::complaints(), "");
+            EXPECT_FALSE(trelm.functions.InitMinimal);
+            start(trelm);
+        }
+    }
+    EXPECT_NE(dir.read("log").find("TRELM_TlsSessionDestroy"), std::string::npos);
+}
+
+TEST(MGTrelm, SignsAndVerifiesFiles) {
+    const ProviderTest provider;
+    const TempDir dir;
+    MGTrelm trelm;
+    start(trelm);
+    const struct {
+        std::string content;
+        const char* hash;
+    } rows[] = {
+        {long_message, long_message_hash},
+        {"abc", "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad"},
+        {"", "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"},
+    };
+    const std::string file = dir.path("file"), signature = dir.path("signature");
+    std::vector<uint8_t> hash;
+    for (const auto& row : rows)
+        for (const uint32_t buffer_size : {1u, 7u, 56u, 4096u}) {
+            SCOPED_TRACE(testing::Message() << row.content << " in pieces of " << buffer_size);
+            dir.write("file", row.content);
+            trelm.SignFileDetached(file, signature, buffer_size);
+            trelm.VerifyFileDetached(file, signature, buffer_size, hash);
+            std::string hex;
+            MGFile::BinToHex(hash, hex);
+            EXPECT_EQ(hex, row.hash);
+            EXPECT_EQ(provider_stand_in.hash_asked, "1.2.643.7.1.1.2.2");
+        }
+
+    dir.write("file", "another content");
+    for (const bool no_cause : {false, true}) {
+        provider_stand_in.no_cause = no_cause;
+        const MGErr err = error_of([&] { trelm.VerifyFileDetached(file, signature, 4, hash); });
+        EXPECT_EQ(err.mess_2, "Ошибка проверки подписи");
+        EXPECT_EQ(err.func_2, "TRELM_CmsStrDetVerifyFinalMem");
+        EXPECT_EQ(err.uint32_param, no_cause ? trelm_bad_signature : stand_in_bad_digest);
+        EXPECT_EQ(err.uint32_2_param, no_cause ? 0u : 2u);
+        EXPECT_EQ(err.err_description, no_cause ? "Сбой E0700019" : "Сбой E0700ABE");
+        EXPECT_TRUE(hash.empty());
+    }
+    // Failures of the file system and of the caller, with the provider at work.
+    const std::string absent = dir.path("absent/file");
+    EXPECT_EQ(error_of([&] { trelm.SignFileDetached(dir.path(), signature, 4); }).func_1, "ReadFileBufEx");
+    EXPECT_EQ(error_of([&] { trelm.SignFileDetached(file, absent, 4); }).func_1, "WriteFile");
+    EXPECT_EQ(error_of([&] { trelm.SignFileDetached(file, signature, 0); }).err_description, "buffer_size");
+    EXPECT_EQ(error_of([&] { trelm.VerifyFileDetached(dir.path(), signature, 4, hash); }).func_1, "ReadFileBufEx");
+    EXPECT_EQ(error_of([&] { trelm.VerifyFileDetached(file, absent, 4, hash); }).func_1, "ReadFile");
+    EXPECT_EQ(trelm.m_file_handle, -1);
+    EXPECT_EQ(provider_stand_in.live.size(), 2u);
+}
+
+TEST(MGTrelm, ConvertsTexts) {
+    std::string out = "x";
+    const char name[] = "\xCF\xF0\xEE\xF4\xE8\xEB\xFC No\xB9 1";
+    MGTrelm::conv_trelm_ansy1251_to_lower_utf8(name, out);
+    EXPECT_EQ(out, "профиль no№ 1");
+    MGTrelm::conv_trelm_ansy1251_to_lower_utf8_len(name, 4, out);
+    EXPECT_EQ(out, "проф");
+    MGTrelm::conv_trelm_ansy1251_to_lower_utf8(nullptr, out);
+    EXPECT_EQ(out, "");
+    EXPECT_EQ(Utf8toAnsi1251("Профиль No№ 1"), name);
+    EXPECT_EQ(Utf8toAnsi1251("a漢b"), "a"); // as far as it can be converted
+    mem_blk block;
+    EXPECT_EQ(MGTrelm::MemBlkToString(block), "");
+    block = {3, const_cast<char*>(name)}; // no zero byte behind it
+    EXPECT_EQ(MGTrelm::MemBlkToString(block), "Про");
+}
