@@ -1,0 +1,207 @@
+// The actions of a profile: the list and the vector stay equal whatever the user does, and each level of copies drops
+// what it is told to drop.
+#include "editor_fixture.h"
+
+#include "editor/action_list.h"
+
+#include <algorithm>
+#include <random>
+
+namespace {
+
+using testing::HasSubstr;
+using Selection = std::vector<int>;
+
+MGAction action(int type, const std::string& name) {
+    MGAction made;
+    made.active = true;
+    made.type = action_types[type].token;
+    made.name = name;
+    return made;
+}
+
+// dialog_config without its loop, on a working copy of the test's own.
+class ActionList : public EditorTest {
+protected:
+    ActionList() {
+        dialog->user_data = &working;
+        dialog->Show();
+    }
+    UiWindow window() const { return UiWindow(dialog->window); }
+    void show_rows(int count) {
+        for (int row = 0; row < count; ++row) {
+            working.actions.push_back(action(row % 5, "строка " + std::to_string(row)));
+            working.actions.back().console.prog = "prog " + std::to_string(row); // goes where its row goes
+        }
+        show_actions(*dialog, working.actions);
+    }
+    void press(const std::string& button, const Selection& selected) const {
+        window().select("active_view", selected);
+        window().click("button_active_" + button);
+    }
+    // Presses a button that opens dialog_active, and answers that.
+    void answer(const std::string& button, const Selection& selected, const char* title, const MGAction& given,
+                bool confirm) const {
+        UiScript script;
+        script.when("dialog_active", [&](UiWindow active) {
+            EXPECT_EQ(active.title(), title);
+            active.set_combo("combo_active_type", given.type);
+            active.set_entry("entry_active_name", given.name);
+            active.click(confirm ? "button_active_ok" : "button_active_cancel");
+        });
+        press(button, selected);
+    }
+
+    MGConfig working;
+    OpenDialog dialog{ConfigDialog, "dialog_config", ""};
+};
+
+// Moves the selected elements one after the other, as the list is told to move its rows.
+void move_in_model(std::vector<MGAction>& model, Selection selected, const std::string& button) {
+    if (selected.empty()) return;
+    const int top = -selected.front(), bottom = static_cast<int>(model.size()) - 1 - selected.back();
+    const bool up = button == "top" || button == "up";
+    if ((up ? top : bottom) == 0) return;
+    const int step = button == "top" ? top : button == "up" ? -1 : button == "down" ? 1 : bottom;
+    if (!up) std::ranges::reverse(selected);
+    for (const int row : selected) {
+        const MGAction moved = model[static_cast<size_t>(row)];
+        model.erase(model.begin() + row);
+        model.insert(model.begin() + row + step, moved);
+    }
+}
+
+TEST_F(ActionList, StoreAndVectorFollowAPlainModel) {
+    std::mt19937 random(20240607);
+    const auto below = [&](size_t limit) { return static_cast<int>(random() % limit); };
+    const char* const moves[] = {"top", "up", "down", "bottom"};
+    show_rows(9);
+    std::vector<MGAction> model = working.actions;
+    for (int operation = 0; operation < 400; ++operation) {
+        Selection selected;
+        for (int row = 0, part = below(6); row < static_cast<int>(model.size()); ++row)
+            if (below(6) < part) selected.push_back(row);
+        const bool one = selected.size() == 1, confirm = below(4) != 0;
+        const MGAction given = action(below(std::size(action_types)), "действие " + std::to_string(operation));
+        const int kind = below(15);
+        SCOPED_TRACE("operation " + std::to_string(operation) + " of kind " + std::to_string(kind));
+        if (kind == 0 || (kind == 1 && selected.empty())) {
+            answer(kind == 0 ? "add" : "insert", selected, "Окно добавления нового действия", given, confirm);
+            if (confirm) model.push_back(given);
+        } else if (kind < 3 && one) {
+            answer("insert", selected, "Окно вставки нового действия", given, confirm);
+            if (confirm) model.insert(model.begin() + selected[0], given);
+        } else if (kind == 3 && one) {
+            MGAction& changed = model[static_cast<size_t>(selected[0])];
+            answer("replace", selected, "Окно изменение существующего действия", given, confirm);
+            if (confirm) changed.type = given.type, changed.name = given.name;
+        } else if (kind == 4 && model.size() > 6 && !selected.empty()) {
+            UiScript script;
+            script.question(HasSubstr("удалить"), confirm ? GTK_RESPONSE_YES : GTK_RESPONSE_NO);
+            press("delete", selected);
+            for (auto row = selected.rbegin(); confirm && row != selected.rend(); ++row)
+                model.erase(model.begin() + *row);
+        } else if (kind < 8) {
+            const int row = below(model.size());
+            window().toggle_cell("active_view", row);
+            model[static_cast<size_t>(row)].active ^= true;
+        } else {
+            press(moves[kind % 4], selected);
+            move_in_model(model, selected, moves[kind % 4]);
+        }
+        Rows rows;
+        for (const MGAction& row : model)
+            rows.push_back({row.active ? "1" : "0", get_action_txt_type(row.type), row.name});
+        ASSERT_EQ(working.actions, model);
+        ASSERT_EQ(window().table("active_view"), rows);
+    }
+}
+
+TEST_F(ActionList, AsksAndTellsByTheNumberOfSelectedRows) {
+    show_rows(21);
+    const Rows rows = window().table("active_view");
+    Selection selected;
+    for (const auto& [count, question] : {std::pair(1, "это 1 выбранное правило?"),
+                                          {4, "эти 4 выбранных правила?"},
+                                          {5, "эти 5 выбранных правил?"},
+                                          {21, "эти 21 выбранных правил?"}}) {
+        while (static_cast<int>(selected.size()) < count) selected.push_back(static_cast<int>(selected.size()));
+        UiScript script;
+        script.question(std::string("Вы действительно хотите удалить ") + question, GTK_RESPONSE_NO);
+        press("delete", selected);
+    }
+    UiScript script;
+    script.remark("Выбраны несколько строк.\nДля вставки нового правила необходимо выбрать только одну строку.");
+    script.remark("Выбраны несколько строк.\nДля изменения данных необходимо выбрать только одну строку.");
+    for (const char* button : {"insert", "replace"}) press(button, {3, 5});
+    for (const char* button : {"replace", "delete", "top", "bottom"}) press(button, {}); // nothing is selected
+    EXPECT_EQ(window().table("active_view"), rows);
+}
+
+TEST_F(ActionList, AnActionNeedsATypeAndAName) {
+    working.actions = {action(0, "")};
+    working.actions[0].type = "none";
+    show_actions(*dialog, working.actions);
+    UiScript script;
+    const auto click = [&](const char* id) {
+        script.when("dialog_active", [=](UiWindow active) { active.click(id); });
+    };
+    click("button_active_customize");
+    script.remark("Для нажатия кнопки \"Настроить\" требуется установить значение поля \"Тип действия :\"");
+    click("button_active_ok");
+    script.remark("Не выбран тип действия");
+    script.when("dialog_active", [](UiWindow active) {
+        GtkWidget* focus = gtk_window_get_focus(GTK_WINDOW(active.widget()));
+        EXPECT_TRUE(focus && gtk_widget_is_ancestor(focus, active.find("combo_active_type")));
+        active.set_combo("combo_active_type", "EXIST");
+    });
+    click("button_active_ok");
+    script.remark("Запещен ввод пустых строк.");
+    script.when("dialog_active", [](UiWindow active) { EXPECT_EQ(active.focus(), "entry_active_name"); });
+    click("button_active_cancel");
+    window().activate_row("active_view", 0); // a double click is a change
+    EXPECT_EQ(working.actions[0].type, "none");
+}
+
+// The editor itself, down to the parameters of an action.
+using ActionLevels = EditorTest;
+
+TEST_F(ActionLevels, CancelDropsWhatItsLevelAndThoseBelowConfirmed) {
+    const struct {
+        bool parameters, action, profile;
+        const char *type, *file; // what the profile has in the end
+    } table[] = {
+        {true, true, true, "SENDFILE", "new 0"}, // the file names tell the rows apart
+        {false, true, true, "SENDFILE", "kept"},
+        {true, false, true, "COPYFILE", "kept"},
+        {true, true, false, "COPYFILE", "kept"},
+    };
+    show({"own"});
+    for (const auto& row : table) {
+        const std::string file = "new " + std::to_string(&row - table);
+        config().actions = {action(2, "имя")};
+        config().actions[0].send.file = "kept";
+        UiScript script;
+        script.when("dialog_config", [](UiWindow window) { window.activate_row("active_view", 0); });
+        script.when("dialog_active", [](UiWindow window) {
+            window.set_combo("combo_active_type", "SENDFILE");
+            window.click("button_active_customize");
+        });
+        script.when("dialog_send", [&](UiWindow window) {
+            window.set_entry("entry_send_domen", "localhost");
+            window.set_entry("entry_send_catalog", "/");
+            window.set_entry("entry_send_file", file);
+            window.click(row.parameters ? "button_send_ok" : "button_send_cancel");
+        });
+        script.when("dialog_active",
+                    [&](UiWindow window) { window.click(row.action ? "button_active_ok" : "button_active_cancel"); });
+        script.when("dialog_config",
+                    [&](UiWindow window) { window.click(row.profile ? "button_config_ok" : "button_config_cancel"); });
+        configure();
+        EXPECT_EQ(config().actions[0].type, row.type) << file;
+        EXPECT_EQ(config().actions[0].send.file, row.file) << file;
+        EXPECT_EQ(std::ranges::count(init_active_file, file), row.parameters) << "a history keeps what was confirmed";
+    }
+}
+
+} // namespace

@@ -1,0 +1,243 @@
+// The editor of a profile: what its widgets show, what "Сохранить" checks and commits, and what it makes on disk.
+#include "editor_fixture.h"
+
+#include <sstream>
+
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+using ProfileEditor = EditorTest;
+constexpr const char *ok = "button_config_ok", *cancel = "button_config_cancel";
+
+std::string shown(UiWindow window, const std::string& id) {
+    GtkWidget* widget = window.find(id);
+    if (GTK_IS_SPIN_BUTTON(widget)) return std::to_string(static_cast<int>(window.spin(id)));
+    if (GTK_IS_ENTRY(widget)) return window.entry(id);
+    if (GTK_IS_COMBO_BOX(widget)) return window.combo(id);
+    if (GTK_IS_LABEL(widget)) return window.label(id);
+    return window.toggle(id) ? "1" : "0";
+}
+
+std::string front_page(UiWindow window) {
+    GtkNotebook* notebook = GTK_NOTEBOOK(window.find("notebook_config"));
+    GtkWidget* page = gtk_notebook_get_nth_page(notebook, gtk_notebook_get_current_page(notebook));
+    return gtk_notebook_get_tab_label_text(notebook, page);
+}
+
+// What the widgets show of every_widget.xml, whose values tell where they stand in the file.
+constexpr const char* every_widget = R"(
+    config_profile_id=every_widget spin_timeout_inactivity=86400 spin_sleep_second=102 spin_sleep_millisecond=1000
+    spin_send_timeout=104 spin_recv_timeout=105 entry_catalog_log=log.catalog spin_size_log=1048576
+    check_ext_debug_log=1 entry_error_catalog=error.catalog entry_error_file=error.file
+    entry_crypto_profile=crypto.name entry_psp=crypto.psp entry_lsp=crypto.lsp entry_ldap=crypto.ldap
+    spin_tls_limit_auth=106 spin_tls_limit_inactive=107 spin_tls_reset_timeout=108
+    entry_catalog_archive_in=catalog_archive_in entry_catalog_archive_out=catalog_archive_out
+    entry_catalog_error_in=catalog_error_in combo_mode_same_file=ERROR entry_sub_dir=sub_dir combo_ticket_type=TXT
+    spin_time_hour=21 spin_time_minute=59 spin_period_hour=8760 spin_period_minute=60 entry_init_catalog=file.catalog
+    entry_mask_file=file.mask_file entry_recv_ip=10.1.0.1 spin_recv_port=20114 entry_recv_catalog=recv.catalog
+    entry_modify_catalog=modify.catalog entry_modify_file=modify.file entry_client_recv_ip=10.1.0.2
+    spin_client_recv_port=20125 entry_client_send_ip=10.1.0.3 entry_client_send_domen=client.send_domen
+    spin_client_send_port=20126 entry_client_tls_server=client.tls_server entry_server_recv_ip=10.1.0.4
+    spin_server_recv_port=20127 entry_server_send_ip=10.1.0.5 entry_server_send_domen=server.send_domen
+    spin_server_send_port=20128 entry_gw_client_internal_dev=gw_client.internal_device
+    entry_gw_client_send_dev=gw_client.device radio_gw_client_local=1 radio_gw_client_ip_select=1
+    entry_gw_client_local_adr=10.1.0.6 entry_gw_client_virtual_adr=10.1.1.1/24 entry_gw_client_send_ip=10.1.0.7
+    entry_gw_client_send_domen=gw_client.send_domen spin_gw_client_send_port=20131
+    entry_gw_client_tls_server=gw_client.tls_server entry_gw_server_recv_ip=10.1.0.8 spin_gw_server_recv_port=20132
+    entry_gw_server_internal_dev=gw_server.internal_device entry_gw_server_send_dev=gw_server.device
+    entry_gw_server_local_adr=10.1.0.9 entry_gw_server_virtual_adr=10.1.2.1/24 entry_fc_ip=10.1.0.10
+    entry_fc_domen=fc.domen spin_fc_port=20133 entry_fc_tls_server=fc.tls_server entry_fc_login=fc.login
+    entry_fc_password=init_fc.пароль radio_init_fs=1 entry_fs_ip=10.1.0.11 spin_fs_port=20134)";
+
+TEST_F(ProfileEditor, ShowsEveryFieldInItsWidgetAndReadsItBack) {
+    std::filesystem::copy_file(EVERY_WIDGET_DIR "/every_widget.xml", context.config_dir + "/every_widget.xml");
+    show({"every_widget"});
+    read_profile_file(Context, 0);
+    const MGConfig stored = config();
+    configure([&](UiWindow window) {
+        std::istringstream table(every_widget);
+        for (std::string row; table >> row;)
+            EXPECT_EQ(row.substr(0, row.find('=') + 1) + shown(window, row.substr(0, row.find('='))), row);
+        EXPECT_EQ(window.table("active_view"),
+                  (Rows{{"1", "Отправка файла", "action0.name"}, {"0", "", "action1.name"}}));
+        // From here on the widgets alone know the plain values; lists stay in the working copy.
+        MGConfig& working = *static_cast<MGConfig*>(ConfigDialog->user_data);
+        MGConfig lists;
+        lists.actions = working.actions;
+        lists.admit = working.admit;
+        lists.gw_admit = working.gw_admit;
+        lists.fc_queue = working.fc_queue;
+        lists.fs_allow = working.fs_allow;
+        for (MGDev MGConfig::*side : {&MGConfig::gw_client, &MGConfig::gw_server}) {
+            (lists.*side).adrs = (working.*side).adrs;
+            (lists.*side).virt = (working.*side).virt;
+        }
+        working = lists;
+        window.click(ok);
+    });
+    EXPECT_EQ(config(), stored);
+    EXPECT_EQ(on_disk(), context.profiles);
+}
+
+TEST_F(ProfileEditor, ProposesCatalogsOfItsOwnWhichExistFromThenOn) {
+    show({"own"});
+    config().log_catalog = "/kept";
+    std::filesystem::remove(context.error_in_dir);
+    std::ofstream(context.error_in_dir) << "a file";
+    const std::string base = context.base_dir;
+    UiScript script;
+    script.refusal(HasSubstr(context.error_in_dir)); // and the dialog opens all the same
+    script.when("dialog_config", [&](UiWindow window) {
+        EXPECT_EQ(window.entry("entry_catalog_log"), "/kept");
+        EXPECT_EQ(window.entry("entry_catalog_archive_in"), base + "/archive/in/own");
+        EXPECT_EQ(window.entry("entry_catalog_archive_out"), base + "/archive/out/own");
+        EXPECT_EQ(window.entry("entry_catalog_error_in"), base + "/error/in/own");
+        window.click(cancel);
+    });
+    configure();
+    for (const char* made : {"/archive/in/own", "/archive/out/own", "/signal/own", "/result/own", "/tmp/own"})
+        EXPECT_TRUE(std::filesystem::is_directory(base + made)) << made;
+    EXPECT_FALSE(std::filesystem::exists(base + "/log/own"));
+    EXPECT_EQ(LogFileGlobal.m_result_dir, base + "/result/own/");
+    EXPECT_EQ(config().catalog_archive_in, "") << "a proposal that was not confirmed";
+}
+
+TEST_F(ProfileEditor, CancelDropsAllAndTheFirstSaveFillsEmptyChoices) {
+    show({"own"});
+    config().ext_debug_log = true; // with debug_log off
+    const MGConfig before = config();
+    configure([](UiWindow window) {
+        window.set_entry("entry_error_file", "другой");
+        window.set_toggle("radio_init_fs", true);
+        window.close();
+    });
+    EXPECT_EQ(config(), before);
+    EXPECT_THAT(config_files(), IsEmpty());
+    configure([](UiWindow window) {
+        EXPECT_TRUE(window.toggle("check_ext_debug_log") && !window.sensitive("check_ext_debug_log"));
+        window.click(ok);
+    });
+    EXPECT_EQ(config().mode_same_file, "ADD_NUM");
+    EXPECT_EQ(config().ticket_type, "XML");
+    EXPECT_EQ(config().sub_dir, "%%YYYY%%/%%MM%%/%%DD%%/%%LOGIN%%/%%QUEUE%%/%%TIME%%/");
+    EXPECT_TRUE(config().ext_debug_log && config().error_file.empty());
+    const BrokenDisk broken(context.config_dir);
+    UiScript script;
+    script.when("dialog_config", [](UiWindow window) {
+        window.set_entry("entry_error_file", "новый");
+        window.click(ok);
+    });
+    script.refusal(HasSubstr("vormaqs_config.xml"));
+    configure();
+    EXPECT_EQ(config().error_file, "новый") << "memory keeps what could not be saved";
+}
+
+TEST_F(ProfileEditor, WidgetsFollowTheirCheck) {
+    const struct {
+        const char* check;
+        bool MGConfig::*flag;
+        std::vector<const char*> followers;
+    } table[] = {
+        {"check_debug_log", &MGConfig::debug_log, {"check_ext_debug_log"}},
+        {"check_error_save", &MGConfig::need_save, {"entry_error_catalog", "entry_error_file"}},
+        {"check_crypto_init",
+         &MGConfig::crypto_init,
+         {"button_store_fill", "entry_crypto_profile", "entry_psp", "entry_lsp", "entry_ldap", "check_without_key",
+          "check_preloading_key"}},
+    };
+    show({"own"});
+    for (const bool stored : {false, true}) {
+        for (const auto& row : table) config().*row.flag = stored;
+        configure([&](UiWindow window) {
+            for (const auto& row : table)
+                for (const bool on : {stored, !stored, stored}) {
+                    window.set_toggle(row.check, on);
+                    for (const char* id : row.followers) EXPECT_EQ(window.sensitive(id), on) << id << stored << on;
+                }
+            for (const char* check : {"check_ext_debug_log", "check_debug_log"}) window.set_toggle(check, true);
+            for (const bool on : {false, true}) window.set_toggle("check_debug_log", on);
+            EXPECT_FALSE(window.toggle("check_ext_debug_log")) << "went off with the other";
+            window.click(cancel);
+        });
+    }
+}
+
+TEST_F(ProfileEditor, RefusesThirteenAddressesOneAfterTheOther) {
+    const std::string ip = "необходимо задать IP адрес в формате xxx.xxx.xxx.xxx";
+    const std::string net = "необходимо задать IP адрес и подсеть в формате xxx.xxx.xxx.xxx/nn";
+    const struct {
+        const char *mode, *tab, *section, *entry, *bad;
+        const std::string& demand;
+        const char* good;
+    } checks[] = {
+        {"recv", "Инициализация", "Получение файла по сети", "recv_ip", "10.0.0", ip, "   "},
+        {"client", "TLS посредник", "TLS клиент", "client_recv_ip", "10.0.0.256", ip, "10.0.0.255"},
+        {"client", "TLS посредник", "TLS клиент", "client_send_ip", "10.0.0.99999999999", ip, "0.0.0.0"},
+        {"server", "TLS посредник", "TLS сервер", "server_recv_ip", "localhost", ip, ""},
+        {"server", "TLS посредник", "TLS сервер", "server_send_ip", "10.0.0.1 ", ip, "10.0.0.1"},
+        {"gw_client", "TLS шлюз", "Шлюз клиента", "gw_client_send_ip", "10..0.1", ip, "10.0.0.1"},
+        {"gw_server", "TLS шлюз", "Шлюз сервера", "gw_server_recv_ip", "1", ip, "10.0.0.1"},
+        {"gw_client", "TLS шлюз", "Шлюз клиента", "gw_client_local_adr", "10.0.0.1/24", ip, "10.0.0.1"},
+        {"gw_client", "TLS шлюз", "Шлюз клиента", "gw_client_virtual_adr", "10.0.0.1", net, "10.0.0.1/24"},
+        {"gw_server", "TLS шлюз", "Шлюз сервера", "gw_server_local_adr", "-1.0.0.1", ip, "10.0.0.1"},
+        {"gw_server", "TLS шлюз", "Шлюз сервера", "gw_server_virtual_adr", "10.0.0.1/99999999999", net, "10.0.0.1/0"},
+        {"fc", "TLS файл", "Файл-клиента", "fc_ip", "a.b.c.d", ip, "10.0.0.1"},
+        {"fs", "TLS файл", "Файл-сервера", "fs_ip", "1.2.3.4.5", ip, "10.0.0.1"},
+    };
+    show({"own"});
+    UiScript script;
+    script.when("dialog_config", [&](UiWindow window) {
+        for (const auto& row : checks) window.set_entry(std::string("entry_") + row.entry, row.bad);
+        window.set_entry("entry_gw_server_internal_dev", "dev200");
+    });
+    for (const auto& row : checks) {
+        const std::string entry = std::string("entry_") + row.entry;
+        script.when("dialog_config", [&row](UiWindow window) {
+            window.set_toggle(std::string("radio_init_") + row.mode, true); // only then the entry can have the focus
+            window.click(ok);
+        });
+        script.remark(std::string("В закладке (") + row.tab + ") в разделе (" + row.section + ") " + row.demand);
+        script.when("dialog_config", [&row, entry](UiWindow window) {
+            EXPECT_EQ(front_page(window), row.tab);
+            EXPECT_EQ(window.focus(), entry);
+            window.set_entry(entry, row.good);
+        });
+    }
+    script.when("dialog_config", [](UiWindow window) { window.click(ok); });
+    configure();
+    EXPECT_EQ(on_disk().at(0).config.recv_ip, "   ");
+    configure([](UiWindow window) { // what was confirmed is offered from now on
+        EXPECT_THAT(window.combo_rows("combo_fs_ip"), Contains("10.0.0.255"));
+        EXPECT_THAT(window.combo_rows("combo_fs_ip"), Contains("   "));
+        EXPECT_THAT(window.combo_rows("combo_fc_ip"), Not(Contains("10.0.0.255")));
+        EXPECT_THAT(window.combo_rows("combo_gw_client_virtual_adr"), Contains("10.0.0.1/0"));
+        EXPECT_THAT(window.combo_rows("combo_gw_client_internal_dev"), Not(Contains("dev200")));
+        window.click(cancel);
+    });
+}
+
+TEST_F(ProfileEditor, ChoosesACatalogAndAFileThatKeepsItsBareName) {
+    show({"own"});
+    home.write("file.txt", "");
+    UiScript script;
+    const auto press = [&](const char* icon, const char* title, const std::string& path, const std::string& expected) {
+        script.when("dialog_config", [=](UiWindow window) { window.press_icon(icon); });
+        path.empty() ? script.cancel_chooser(title) : script.choose(title, path);
+        script.when("dialog_config", [=](UiWindow window) { EXPECT_EQ(window.entry(icon), expected) << icon; });
+    };
+    press("entry_mask_file", "Окно выбора имени файла", "", "");
+    press("entry_init_catalog", "Окно выбора каталога", context.tmp_dir, context.tmp_dir);
+    press("entry_mask_file", "Окно выбора имени файла", home.path("file.txt"), "file.txt");
+    press("entry_mask_file", "Окно выбора имени файла", "", "file.txt");
+    script.when("dialog_config", [&](UiWindow window) {
+        EXPECT_EQ(window.entry("entry_init_catalog"), context.tmp_dir) << "the file lies elsewhere";
+        window.click(cancel);
+    });
+    configure();
+}
+
+} // namespace

@@ -1,0 +1,174 @@
+// The main window: its list, the memory and the disk after each operation.
+#include "editor_fixture.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::IsSupersetOf;
+
+constexpr int default_column = 0, active_column = 1;
+
+class ProfileList : public EditorTest {
+protected:
+    Rows rows() const { return main().table("profile_view"); }
+    void expect_saved(const Rows& expected) {
+        EXPECT_EQ(rows(), expected);
+        EXPECT_EQ(on_disk(), context.profiles);
+        Rows memory;
+        for (const MGProfile& profile : context.profiles)
+            memory.push_back({profile.is_default ? "1" : "0", profile.name, profile.id, profile.active ? "1" : "0"});
+        EXPECT_EQ(memory, expected);
+    }
+    std::string master_file(const char* reserve = "") const {
+        return home.read(std::string(".selunara/vormaqs/config/vormaqs_config.xml") + reserve);
+    }
+    // What dialog_enter_2 is answered with; a null text stays as it is.
+    static std::function<void(UiWindow)> enter(const char* name, const char* id, const char* button = "ok") {
+        return [=](UiWindow window) {
+            if (name) window.set_entry("entry_enter_2_name", name);
+            if (id) window.set_entry("entry_enter_2_id", id);
+            window.click(std::string("button_enter_2_") + button);
+        };
+    }
+};
+
+TEST_F(ProfileList, StartsWithOneProfileThatIsOnDiskFromTheFirstSaveOn) {
+    init_profile_dialog();
+    EXPECT_EQ(rows(), (Rows{{"1", "Профиль системы Архивирования", "vormaqs_profile_0", "0"}}));
+    EXPECT_THAT(config_files(), IsEmpty());
+    main().toggle_cell("profile_view", 0, active_column);
+    expect_saved({{"1", "Профиль системы Архивирования", "vormaqs_profile_0", "1"}});
+    EXPECT_THAT(config_files(), testing::ElementsAre("vormaqs_config.xml", "vormaqs_profile_0.xml"));
+}
+
+TEST_F(ProfileList, CreatesAProfileOnceNameAndIdAreRight) {
+    show({"first", "second"});
+    main().toggle_cell("profile_view", 1, active_column); // a first save
+    const std::string before = master_file();
+    const char* const blank = "Запещен ввод пустых строк.";
+    const char* const no_id = "Идентификатор содержит недопустимые символы или нарушен его формат.\n"
+                              "Разрешается латинский алфавита в нижнем регистре, цифры и символ подчеркивания.";
+    const char* const taken = "Такой идентификатор уже существует в другом профиле.\nИзмените значение идентификатора.";
+    const struct {
+        const char *name, *id, *message, *focus;
+    } refused[] = {
+        {" \t", "Third", blank, "entry_enter_2_name"},  {"Третий", " ", blank, "entry_enter_2_id"},
+        {"Третий", "Third", no_id, "entry_enter_2_id"}, {"Третий", "the-third", no_id, "entry_enter_2_id"},
+        {"Третий", "ид", no_id, "entry_enter_2_id"},    {"Третий", "second", taken, "entry_enter_2_id"},
+    };
+    UiScript script;
+    script.when("dialog_enter_2", [](UiWindow window) {
+        EXPECT_EQ(window.label("label_enter_2_profile"), "Создание профиля");
+        EXPECT_EQ(window.entry("entry_enter_2_name") + window.entry("entry_enter_2_id"), "");
+        EXPECT_THAT(window.combo_rows("combo_enter_2_name"), IsSupersetOf({"Имя first", "Имя second"}));
+        EXPECT_THAT(window.combo_rows("combo_enter_2_id"), IsSupersetOf({"first", "second"}));
+    });
+    for (const auto& row : refused) {
+        script.when("dialog_enter_2", enter(row.name, row.id));
+        row.message == blank ? script.remark(row.message) : script.refusal(row.message);
+        script.when("dialog_enter_2", [&row](UiWindow window) { EXPECT_EQ(window.focus(), row.focus) << row.id; });
+    }
+    script.when("dialog_enter_2", enter("Третий", "third_3"));
+    main().click("button_profile_create");
+    EXPECT_EQ(Enter2Dialog, nullptr);
+    expect_saved(
+        {{"1", "Имя first", "first", "0"}, {"0", "Имя second", "second", "1"}, {"0", "Третий", "third_3", "0"}});
+    EXPECT_EQ(master_file("~"), before);
+    EXPECT_EQ(config_files().size(), 4u + 3u) << "of what was new there is no copy";
+}
+
+TEST_F(ProfileList, RenamesWithoutTouchingTheId) {
+    show({"first", "second"});
+    main().select("profile_view", {1});
+    UiScript script;
+    script.when("dialog_enter_2", [](UiWindow window) {
+        EXPECT_EQ(window.label("label_enter_2_profile"), "Переименование профиля");
+        EXPECT_EQ(window.entry("entry_enter_2_name"), "Имя second");
+        EXPECT_EQ(window.entry("entry_enter_2_id"), "second");
+        EXPECT_FALSE(window.sensitive("entry_enter_2_id") || window.sensitive("combo_enter_2_id"));
+    });
+    script.when("dialog_enter_2", enter("<Второй & другой>", nullptr));
+    main().click("button_profile_rename");
+    expect_saved({{"1", "Имя first", "first", "0"}, {"0", "<Второй & другой>", "second", "0"}});
+}
+
+TEST_F(ProfileList, DeletesAfterAQuestionAndPassesTheDefaultMarkOn) {
+    show({"a", "b", "c"});
+    const struct {
+        int row;
+        const char* question;
+        Rows left;
+    } deletions[] = {
+        {1, "Вы действительно хотите удалить этот профиль (b)?", {{"1", "Имя a", "a", "0"}, {"0", "Имя c", "c", "0"}}},
+        {0, "Вы действительно хотите удалить этот профиль (a)?", {{"1", "Имя c", "c", "0"}}},
+        {0, "Вы действительно хотите удалить этот профиль (c)?", {}},
+    };
+    for (const auto& row : deletions) {
+        UiScript script;
+        script.question(row.question, GTK_RESPONSE_YES);
+        main().select("profile_view", {row.row});
+        main().click("button_profile_delete");
+        expect_saved(row.left);
+    }
+    EXPECT_TRUE(config_files().count("c.xml")) << "a deleted profile's file stays";
+    for (const char* button : {"rename", "delete", "configure"}) // with nothing selected they say and do nothing
+        main().click(std::string("button_profile_") + button);
+    UiScript script;
+    script.when("dialog_enter_2", enter("Новый", "d"));
+    main().click("button_profile_create");
+    expect_saved({{"1", "Новый", "d", "0"}});
+}
+
+TEST_F(ProfileList, CancelLeavesAllAsItWas) {
+    show({"first", "second"});
+    const std::vector<MGProfile> profiles = context.profiles;
+    const Rows shown = rows();
+    UiScript script;
+    script.when("dialog_enter_2", enter("Другое", "other", "cancel"))
+        .when("dialog_enter_2", enter("Другое", nullptr, "cancel"));
+    script.question(HasSubstr("(second)"), GTK_RESPONSE_NO);
+    script.when("dialog_settings", [](UiWindow window) {
+        EXPECT_EQ(window.entry("entry_log_editor"), "/usr/bin/kate");
+        window.set_entry("entry_log_editor", "/other");
+        window.click("button_settings_cancel");
+    });
+    script.when("dialog_about", [](UiWindow window) {
+        EXPECT_EQ(window.label("label_about"), "Конфигурационная программа Архиватора\nВерсия 1.0.1");
+        window.close();
+    });
+    main().select("profile_view", {1});
+    for (const char* id : {"button_profile_create", "button_profile_rename", "button_profile_delete",
+                           "menuitem_settings", "menuitem_about"})
+        main().click(id);
+    main().toggle_cell("profile_view", 0, default_column); // the default mark can't be clicked away
+    EXPECT_EQ(context.profiles, profiles);
+    EXPECT_EQ(context.editor_path, "/usr/bin/kate");
+    EXPECT_EQ(rows(), shown);
+    EXPECT_THAT(config_files(), IsEmpty());
+}
+
+TEST_F(ProfileList, SavesOnceForEachRowThatTheDefaultMarkPassesAndKeepsWhatCannotBeSaved) {
+    show({"a", "b", "c"});
+    const Rows moved = {{"0", "Имя a", "a", "0"}, {"0", "Имя b", "b", "0"}, {"1", "Имя c", "c", "0"}};
+    {
+        const BrokenDisk broken(context.config_dir);
+        UiScript script;
+        for (int save = 0; save < 3; ++save) script.refusal(HasSubstr("vormaqs_config.xml"));
+        main().toggle_cell("profile_view", 2, default_column);
+        EXPECT_TRUE(script.finished());
+        EXPECT_EQ(rows(), moved);
+    }
+    EXPECT_THAT(home.read(".selunara/vormaqs/log/vormaqscfg.log"), HasSubstr("____ERROR____"));
+    EXPECT_THAT(config_files(), IsEmpty());
+    UiScript script;
+    script.when("dialog_settings", [](UiWindow window) {
+        window.set_entry("entry_log_editor", "");
+        window.click("button_settings_ok");
+    });
+    main().click("menuitem_settings"); // the next save, of whatever, writes all of it
+    expect_saved(moved);
+    EXPECT_THAT(master_file(), HasSubstr("<editor path=\"\"/>"));
+}
+
+} // namespace
