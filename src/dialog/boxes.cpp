@@ -2,7 +2,50 @@
 #include "dialog/gtk_owner.h"
 #include "dialog/mg_dialog.h"
 
+#include <algorithm>
+#include <cstring>
+
 namespace {
+
+// A box of this many rows of this many characters fits a small screen, its buttons too.
+constexpr glong box_rows = 24;
+constexpr glong row_length = 60;
+constexpr glong line_limit = 8 * row_length;
+
+// The text as far as a box can show it; "…" stands for what is left out. The toolkit lays a text out as a whole, so
+// that the megabytes which an error may quote from a bent file would stop the program. The log keeps them.
+std::string fitting(const char* text) {
+    const GtkText valid(g_utf8_make_valid(text, -1));
+    std::string shown;
+    glong rows = 0;
+    const char* line = valid.get();
+    while (*line && rows < box_rows) {
+        const char* end = strchrnul(line, '\n');
+        const glong length = g_utf8_strlen(line, end - line);
+        const glong kept = std::min(length, line_limit);
+        shown.append(line, static_cast<const char*>(g_utf8_offset_to_pointer(line, kept)));
+        if (kept < length) shown += "…";
+        if (*end) shown += *end++;
+        rows += 1 + kept / row_length;
+        line = end;
+    }
+    if (*line) shown += "…";
+    return shown;
+}
+
+// Lets the box's text break inside a word, since a path or a quoted value can be wider than the screen; without
+// hyphens, which would seem a part of it.
+void break_long_words(GtkMessageDialog* box) {
+    PangoAttrList* attributes = pango_attr_list_new();
+    pango_attr_list_insert(attributes, pango_attr_insert_hyphens_new(FALSE));
+    GList* labels = gtk_container_get_children(GTK_CONTAINER(gtk_message_dialog_get_message_area(box)));
+    for (GList* item = labels; item; item = item->next) {
+        gtk_label_set_line_wrap_mode(GTK_LABEL(item->data), PANGO_WRAP_WORD_CHAR);
+        gtk_label_set_attributes(GTK_LABEL(item->data), attributes);
+    }
+    g_list_free(labels);
+    pango_attr_list_unref(attributes);
+}
 
 GtkOwnWindow make_chooser(GtkWidget* window, const char* title, GtkFileChooserAction action) {
     return GtkOwnWindow(gtk_file_chooser_dialog_new(title, GTK_WINDOW(window), action, "Отменить", GTK_RESPONSE_CANCEL,
@@ -21,8 +64,9 @@ std::string bare_name(const std::string& path) {
 
 int32_t MGDialog::MessageBox(const char* title, const char* text, GtkMessageType type, GtkButtonsType buttons) {
     if (!window) return -1;
-    const GtkOwnWindow box(
-        gtk_message_dialog_new(GTK_WINDOW(window), GTK_DIALOG_MODAL, type, buttons, "%s", text ? text : ""));
+    const GtkOwnWindow box(gtk_message_dialog_new(GTK_WINDOW(window), GTK_DIALOG_MODAL, type, buttons, "%s",
+                                                  fitting(text ? text : "").c_str()));
+    break_long_words(GTK_MESSAGE_DIALOG(box.get()));
     if (title) gtk_window_set_title(GTK_WINDOW(box.get()), title);
     return gtk_dialog_run(GTK_DIALOG(box.get()));
 }

@@ -131,7 +131,8 @@ public:
 
     // --- Boxes ---
 
-    // Shows `text` as it stands in a modal box over this window; gives back its response, -1 without a window.
+    // Shows `text` as it stands in a modal box over this window; gives back its response, -1 without a window. Of a
+    // text that no screen could hold it shows the beginning of each line, and of many lines the first.
     int32_t MessageBox(const char* title, const char* text, GtkMessageType type, GtkButtonsType buttons);
 
     // A file chooser over this window. The response, -1 without a window; on GTK_RESPONSE_ACCEPT `file_name` is the

@@ -180,6 +180,30 @@ TEST(MGDialog, ABoxShowsItsTextAsItStands) {
     EXPECT_FALSE(ask_yes_no(nullptr, text));
 }
 
+TEST(MGDialog, ABoxOfAnyTextFitsTheScreen) {
+    const auto dialog = make();
+    const std::string megabytes(9 << 20, 'x'), cut = std::string(480, 'x') + "…\n", lines(5000, '\n');
+    const struct {
+        std::string text, shown;
+    } rows[] = {
+        {"первая\n" + megabytes + "\nпоследняя\n", "первая\n" + cut + "последняя\n"},
+        {lines + "я", std::string(24, '\n') + "…"},
+        {cut + cut + cut + cut, cut + cut + cut + "…"},
+        {"/home/\xFF", "/home/\uFFFD"},
+    };
+    for (const auto& row : rows) {
+        UiScript script;
+        script.refusal(testing::Truly([&](const std::string& shown) {
+            int width = 0, height = 0;
+            gtk_window_get_size(GTK_WINDOW(modal_window()), &width, &height);
+            EXPECT_LT(width, 800);
+            EXPECT_LT(height, 700);
+            return shown == row.shown;
+        }));
+        show_refusal(dialog.get(), row.text.c_str());
+    }
+}
+
 TEST(MGDialog, FileChoosersGiveNamesOnAcceptanceOnly) {
     const auto dialog = make();
     const TempDir dir;
