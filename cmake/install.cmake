@@ -9,6 +9,7 @@ install(FILES data/vormaqscfg.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/appli
 install(FILES data/vormaqscfg.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo COMPONENT editor)
 install(FILES data/vormaqscfg.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT editor)
 install(FILES data/ru/vormaqscfg.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/ru/man1 COMPONENT editor)
+install(DIRECTORY docs/ru DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT editor)
 
 # The picture is drawn from the vector file: rsvg-convert -w 128 data/vormaqscfg.svg -o data/vormaqscfg.png
 set(icons ${CMAKE_INSTALL_DATADIR}/icons/hicolor)
