@@ -1,4 +1,4 @@
-// The texts of the tokens.
+// The texts of tokens and flags.
 #include "config/records.h"
 
 #include <span>
@@ -23,4 +23,8 @@ std::string get_type_ticket_name(const std::string& token) {
 
 std::string get_action_txt_type(const std::string& token) {
     return text_of(token, action_types);
+}
+
+const char* yes_or_no(bool value) {
+    return value ? "Да" : "Нет";
 }

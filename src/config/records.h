@@ -319,3 +319,6 @@ inline constexpr TokenText action_types[] = {
 std::string get_same_file_txt_mode(const std::string& token);
 std::string get_type_ticket_name(const std::string& token);
 std::string get_action_txt_type(const std::string& token);
+
+// "Да" or "Нет", as lists and reports show a flag.
+const char* yes_or_no(bool value);

@@ -263,10 +263,6 @@ void fill_admit_allow(MGDialog* dialog, GtkListStore* store, bool reset_mark, co
     dialog->ListStoreSetString(store, 4, yes_or_no(allow.active));
 }
 
-const char* yes_or_no(bool value) {
-    return value ? "Да" : "Нет";
-}
-
 extern "C" {
 
 // dialog_config

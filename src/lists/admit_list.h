@@ -23,6 +23,3 @@ bool find_num_in_allow(const std::vector<MGAllow>& list, const std::string& mask
 void fill_admit_user(MGDialog* dialog, GtkListStore* store, bool reset_mark, const MGAdmit& user, unsigned mode);
 void fill_admit_queue(MGDialog* dialog, GtkListStore* store, bool reset_mark, const MGQueue& queue, unsigned mode);
 void fill_admit_allow(MGDialog* dialog, GtkListStore* store, bool reset_mark, const MGAllow& allow, unsigned mode);
-
-// "Да" or "Нет".
-const char* yes_or_no(bool value);

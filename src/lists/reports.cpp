@@ -6,9 +6,9 @@
 #include "app/mg_context.h"
 #include "app/mg_err.h"
 #include "dialog/make_dialog.h"
-#include "lists/admit_list.h"
 #include "lists/admit_modes.h"
 #include "lists/handlers.h"
+#include "net/profile_report.h"
 #include "runtime/mg_info.h"
 
 #include <csignal>
@@ -62,16 +62,8 @@ void add_queues(MGInfo& info, const std::vector<MGQueue>& list, const std::strin
     const std::string row_indent = indent.empty() ? "" : indent + "\t";
     unsigned number = 0;
     for (const MGQueue& queue : list) {
-        const auto add = [&](const char* name, const std::string& value) {
-            info.AddRow((indent + "\t" + name).c_str(), value);
-        };
         info.AddNumRow(row_indent.c_str(), ++number, "Идентификатор очереди", queue.id);
-        add("Каталог входящих", queue.in_dir);
-        add("Каталог исходящих", queue.out_dir);
-        add("Выдавать подпись", yes_or_no(queue.out_sign));
-        add("Сохранять квитанции в каталог", yes_or_no(queue.save_ticket));
-        add("Каталог квитанций", queue.ticket_dir);
-        add("Выдавать подпись квитанций", yes_or_no(queue.out_ticket_sign));
+        add_queue_rows(info, indent + "\t", queue);
     }
 }
 

@@ -39,10 +39,6 @@ void add_head(MGInfo& info, const char* label) {
     info.AddRow(label, true);
 }
 
-const char* yes_or_no(bool value) {
-    return value ? "Да" : "Нет";
-}
-
 // A numbered row for each of `list`, from 1, with its `name` as value, and below it what add_rest(row) adds.
 template <class Row, class AddRest>
 void add_list(MGInfo& info, const char* indent, const char* label, const std::vector<Row>& list, std::string Row::*name,
@@ -334,17 +330,8 @@ constexpr ReportRow<MGConfig> fs_rows[] = {
 
 // The queues, numbered behind `indent`, their rows one tab deeper.
 void add_queues(MGInfo& info, const std::string& indent, const std::vector<MGQueue>& list) {
-    add_list(info, indent.c_str(), "Идентификатор очереди", list, &MGQueue::id, [&](const MGQueue& queue) {
-        const auto add = [&](const char* label, const std::string& value) {
-            info.AddRow((indent + "\t" + label).c_str(), value);
-        };
-        add("Каталог входящих", queue.in_dir);
-        add("Каталог исходящих", queue.out_dir);
-        add("Выдавать подпись", yes_or_no(queue.out_sign));
-        add("Сохранять квитанции в каталог", yes_or_no(queue.save_ticket));
-        add("Каталог квитанций", queue.ticket_dir);
-        add("Выдавать подпись квитанций", yes_or_no(queue.out_ticket_sign));
-    });
+    add_list(info, indent.c_str(), "Идентификатор очереди", list, &MGQueue::id,
+             [&](const MGQueue& queue) { add_queue_rows(info, indent + "\t", queue); });
 }
 
 void add_file_client(MGInfo& info, const MGConfig& config) {
@@ -383,6 +370,16 @@ void print_selected_profile(const MGProfile& profile) {
         if (config.fs_radio) add_file_server(info, config);
         LogFileGlobal.PrintInfoInResultFile(info, false);
     });
+}
+
+void add_queue_rows(MGInfo& info, const std::string& indent, const MGQueue& queue) {
+    const auto add = [&](const char* label, const std::string& value) { info.AddRow((indent + label).c_str(), value); };
+    add("Каталог входящих", queue.in_dir);
+    add("Каталог исходящих", queue.out_dir);
+    add("Выдавать подпись", yes_or_no(queue.out_sign));
+    add("Сохранять квитанции в каталог", yes_or_no(queue.save_ticket));
+    add("Каталог квитанций", queue.ticket_dir);
+    add("Выдавать подпись квитанций", yes_or_no(queue.out_ticket_sign));
 }
 
 // --- The shorter report of a device ---
