@@ -358,8 +358,8 @@ void MGIp::Pseudo(unsigned char* buf) const {
 
 uint16_t MGIp::CheckSum(const uint16_t* data, int words, const unsigned char* odd_byte, const uint16_t* pseudo) {
     uint32_t sum = 0;
-    auto add = [&sum](const uint16_t* from,
-                      int count) { // byte by byte: the words of a packet may stand at odd addresses
+    // Byte by byte: the words of a packet may stand at odd addresses.
+    const auto add = [&sum](const uint16_t* from, int count) {
         const auto* bytes = reinterpret_cast<const uint8_t*>(from);
         for (int i = 0; i < count; ++i) sum += get16(bytes + 2 * i);
     };

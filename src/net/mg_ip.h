@@ -53,8 +53,8 @@ public:
     uint32_t m_ack = 0;
     uint8_t m_tcp_len = 0; // header length in 32-bit words
     uint8_t m_tcp_reserved = 0;
-    uint16_t m_tcp_flags =
-        0; // NS 0x100, CWR 0x80, ECE 0x40, URG 0x20, ACK 0x10, PSH 0x08, RST 0x04, SYN 0x02, FIN 0x01
+    // NS 0x100, CWR 0x80, ECE 0x40, URG 0x20, ACK 0x10, PSH 0x08, RST 0x04, SYN 0x02, FIN 0x01
+    uint16_t m_tcp_flags = 0;
     uint16_t m_window = 0;
     uint16_t m_urgent = 0;
     std::vector<MGIpOpt> m_options; // in packet order

@@ -6,7 +6,6 @@
 #include "runtime/numbered_names.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <fcntl.h>
 #include <functional>
 #include <unistd.h>
@@ -106,12 +105,9 @@ void MGFile::ReadFileBuf(size_t size, std::vector<uint8_t>& data) {
         if (m_file_handle < 0) fail(err, "Файл не был открыт", "( m_file_handle < 0 )");
         err.num_param = static_cast<int64_t>(size);
         data.resize(size);
-        if (!read_whole(m_file_handle, data.data(), size)) {
-            const int code = errno;
-            data.clear();
-            errno = code;
-            fail_errno(err, "Ошибка чтения данных", "read");
-        }
+        if (read_whole(m_file_handle, data.data(), size)) return;
+        data.clear();
+        fail_short(err, "Ошибка чтения данных", "read");
     });
 }
 

@@ -499,6 +499,3 @@ public:
 // The guard without an MGFile; is_run_program asks for the service of a profile.
 void protection_reloading(const std::string& name, bool release);
 bool is_run_program(const std::string& profile_id);
-
-// The words for a mode of a taken name in the listing of a profile; empty for any other value.
-std::string get_same_file_txt_mode(const std::string& mode);

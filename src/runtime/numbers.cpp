@@ -70,7 +70,7 @@ std::string MGFile::Int16toString(int16_t number) {
 
 std::string MGFile::GetUint32Format(uint32_t number, const char* format) {
     return at_edge("MGFile::GetUint32Format", [&] {
-        char text[128];
+        char text[128] = ""; // stays so for a format that printf refuses
         std::snprintf(text, sizeof text, format, number);
         return std::string(text);
     });

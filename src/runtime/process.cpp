@@ -4,6 +4,7 @@
 #include "runtime/owners.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstddef>
 #include <cstdlib>
@@ -42,7 +43,9 @@ void take_guard(const char* function, const std::string& name, bool release) {
     if (!release) guard.release(); // stays open, and nobody knows it any more: it only occupies the name
 }
 
+// errno is cleared before the call: a failure need not set it.
 [[noreturn]] void fail_dl(MGErr& err, const char* mess_2, const char* func_2) {
+    err.err_code = errno;
     const char* description = dlerror();
     err.err_description = description ? description : "(null)";
     fail(err, mess_2, func_2);
@@ -218,6 +221,7 @@ void MGFile::LoadLib(const char* file) {
         err.func_1 = "LoadLibrary";
         err.str_param = file;
         UnloadLib();
+        errno = 0;
         m_lib = dlopen(file, RTLD_LAZY);
         if (!m_lib) fail_dl(err, "Ошибка подключения динамической библиотеки", "dlopen");
     });
@@ -230,6 +234,7 @@ void* MGFile::GetLibFunc(const char* name) {
         err.func_1 = "GetLibFunc";
         err.str_param = name;
         dlerror(); // forgets an earlier failure
+        errno = 0;
         // A null handle would stand for the whole process, not for "no library".
         void* function = m_lib ? dlsym(m_lib, name) : nullptr;
         if (!function) fail_dl(err, "Ошибка получения доступа к функции динамической библиотеки", "dlsym");
