@@ -1,13 +1,18 @@
 #include "app/log.h"
+
+#include "runtime/mg_info.h"
 #include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <cstring>
-#include <filesystem>
+#include <map>
 #include <regex>
+#include <sstream>
+#include <thread>
 
 namespace {
 
@@ -34,6 +39,14 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
+const std::string date = "20\\d\\d-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\n";
+
+MGInfo report(const std::string& text) {
+    MGInfo info;
+    info.AddRow(text.c_str(), "____EMPTY____");
+    return info;
+}
+
 class Log : public testing::Test {
 protected:
     Log() {
@@ -41,6 +54,22 @@ protected:
         err.mess_1 = "operation 100%s";
         err.mess_2 = "step";
         err.str_param = "file";
+        log.SetLogFile(dir.path("log").c_str());
+    }
+
+    // The lines of a log without empty ones, each marker without the date that follows it.
+    Lines lines_of(const std::string& name) const {
+        Lines lines;
+        std::istringstream stream(dir.read(name));
+        for (std::string line; std::getline(stream, line);) {
+            if (line.starts_with("____")) line.resize(line.find("____", 4) + 4);
+            if (!line.empty()) lines.push_back(line);
+        }
+        return lines;
+    }
+    auto count(const std::string& name, const std::string& line) const {
+        const Lines lines = lines_of(name);
+        return std::count(lines.begin(), lines.end(), line);
     }
 
     const TempDir dir;
@@ -48,10 +77,7 @@ protected:
     MGErr err;
 };
 
-const std::string date = "20\\d\\d-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\n";
-
 TEST_F(Log, EntriesHaveTheirForm) {
-    log.SetLogFile(dir.path("log").c_str());
     log.PrintErrInLogFile(err);
     log.SetProfileId("mail");
     log.PrintErrInLogFile(err);
@@ -66,7 +92,6 @@ TEST_F(Log, EntriesHaveTheirForm) {
 }
 
 TEST_F(Log, DebugErrorsAndTheSystemLogAreSwitchedOn) {
-    log.SetLogFile(dir.path("log").c_str());
     err.debug_only = true;
     log.SetDebugLog(false, true);
     log.PrintErrInLogFile(err);
@@ -86,19 +111,115 @@ TEST_F(Log, WhatCannotBeWrittenEndsInTheSystemLog) {
         return "3 mgfile:PrintLogFile:AddStringToFile:(" + file + "):[" + std::to_string(code) + "]:[" +
                std::strerror(code) + "]";
     };
-    std::filesystem::create_symlink("/no/where", dir.path("dangling"));
-    const std::pair<std::string, std::string> rows[] = {
-        {"", "3 mgfile:PrintLogFile:log_file.empty()"}, {dir.path("none/log"), lost(dir.path("none/log"), ENOENT)},
-        {dir.path(), lost(dir.path(), EISDIR)},         {dir.path("dangling"), lost(dir.path("dangling"), ENOENT)},
-        {"/dev/full", lost("/dev/full", ENOSPC)},
-    };
+    const std::pair<std::string, std::string> rows[] = {{"", "3 mgfile:PrintLogFile:log_file.empty()"},
+                                                        {dir.path("none/log"), lost(dir.path("none/log"), ENOENT)},
+                                                        {"/dev/full", lost("/dev/full", ENOSPC)}};
     for (const auto& [file, line] : rows) {
         syslog_lines.clear();
         log.SetLogFile(file.c_str());
-        log.PrintErrInLogFile(err);
-        log.PrintErrInLogFile(err);
+        for (int again = 0; again < 2; ++again) log.PrintErrInLogFile(err);
         EXPECT_EQ(syslog_lines, Lines({line, line})) << file;
     }
+}
+
+TEST_F(Log, RotatesOnlyAboveTheLimit) {
+    const struct {
+        int max_size;
+        size_t size;
+        bool rotated;
+    } rows[] = {{1, 1024, false}, {1, 1025, true}, {2, 2048, false}, {0, 5000, false}};
+    log.SetLogFile(dir.path("a.b.log").c_str());
+    log.SetProgVersion("version 1\n");
+    for (const auto& row : rows) {
+        const std::string old(row.size, 'x');
+        dir.write("a.b.log", old);
+        log.SetLogMaxSize(row.max_size);
+        log.PrintInfoInLogFile(report("new"));
+        EXPECT_EQ(lines_of("a.b.log"), row.rotated ? Lines({"____INFO____", "version 1", "____INFO____", "new"})
+                                                   : Lines({old, "____INFO____", "new"}));
+    }
+    EXPECT_EQ(dir.read("a.b~1.log"), std::string(1025, 'x'));
+}
+
+TEST_F(Log, RotatesToTheNextNumber) {
+    EXPECT_EQ(MGFile::SameFileName("archive.tar.gz", 3) + MGFile::SameFileName(".conf", 1), "archive.tar~3.gz~1.conf");
+    for (int i = 1; i <= 40; ++i) {
+        const std::string name = "a~" + std::to_string(i) + ".log";
+        EXPECT_EQ(MGFile::MaxSameFileName(dir.path(), "a.log"), name);
+        dir.write(name, "");
+    }
+}
+
+TEST_F(Log, RotatingLosesAndTearsNoEntryOfEightThreads) {
+    constexpr int threads = 8, entries = 150;
+    log.SetLogMaxSize(1);
+    log.SetProgVersion("version\n");
+    const auto text = [](int number) { return "entry " + std::to_string(number) + std::string(40, '.'); };
+    std::vector<std::thread> writers;
+    for (int t = 0; t < threads; ++t)
+        writers.emplace_back([&, t] {
+            for (int i = 0; i < entries; ++i) log.PrintInfoInLogFile(report(text(t * entries + i)));
+        });
+    for (std::thread& writer : writers) writer.join();
+
+    std::map<std::string, int> found;
+    int rotated = -1; // all files but the present log
+    for (const auto& file : std::filesystem::directory_iterator(dir.path())) {
+        const std::string name = file.path().filename();
+        for (const std::string& line : lines_of(name)) ++found[line];
+        EXPECT_TRUE(name == "log" || file.file_size() > 1024) << name;
+        ++rotated;
+    }
+    EXPECT_GT(rotated, 50);
+    EXPECT_EQ(found["version"], rotated);
+    EXPECT_EQ(found["____INFO____"], threads * entries + rotated);
+    for (int i = 0; i < threads * entries; ++i) EXPECT_EQ(found[text(i)], 1) << i;
+    EXPECT_EQ(found.size(), 2U + threads * entries);
+}
+
+// Each log with its operation and its switch; a directory in the place of the rotated log makes the rotation fail.
+TEST_F(Log, ReportsGoToTheirLogAndReportAFailedRotation) {
+    const struct {
+        std::string name, report;
+        std::string MGFile::*file;
+        void (MGFile::*info)(const MGInfo&);
+        void (MGFile::*debug)(const MGInfo&, bool);
+    } rows[] = {{"in", "log", &MGFile::m_log_file_input, &MGFile::PrintInfoInLogFileInput, nullptr},
+                {"out", "log", &MGFile::m_log_file_output, &MGFile::PrintInfoInLogFileOutput, nullptr},
+                {"debug", "debug", &MGFile::m_debug_log_file, nullptr, &MGFile::PrintDebugLogFile},
+                {"d_in", "debug", &MGFile::m_debug_log_file_input, nullptr, &MGFile::PrintDebugLogFileInput},
+                {"d_out", "debug", &MGFile::m_debug_log_file_output, nullptr, &MGFile::PrintDebugLogFileOutput}};
+    for (const auto& row : rows) log.*row.file = dir.path(row.name);
+    for (const auto& row : rows) {
+        for (const char* name : {"log", "debug"}) dir.write(name, "");
+        dir.write(row.name, std::string(1025, 'x'));
+        std::filesystem::create_directory(dir.path(row.name + "~1"));
+        for (const bool on : {false, true}) {
+            log.SetLogMaxSize(on);
+            log.TurnOffLogFileInput(!on);
+            log.TurnOffLogFileOutput(!on);
+            log.SetDebugLog(true, on);
+            row.info ? (log.*row.info)(report("text")) : (log.*row.debug)(report("text"), true);
+            EXPECT_EQ(count(row.name, "text"), on) << row.name;
+        }
+        EXPECT_EQ(count(row.name, row.info ? "____INFO____" : "____DEBUG____"), 1) << row.name;
+        EXPECT_EQ(count(row.report, "____ERROR____"), 1) << row.name;
+    }
+}
+
+TEST_F(Log, RepeatsAreWrittenThreeTimesWithinTheHour) {
+    log.SetProtectRepeat(true);
+    const auto written = [&](const char* argument, int32_t code) { // after that error: entries in the log
+        err.str_param = argument;
+        err.err_code = code; // makes no other error
+        log.PrintErrInLogFile(err);
+        return count("log", "____ERROR____");
+    };
+    for (int code = 1; code <= 5; ++code) EXPECT_EQ(written("a", code), std::min(code, 3));
+    EXPECT_EQ(written("b", 0), 4);
+    log.m_repeat_begin = time(nullptr) - 3601;
+    EXPECT_EQ(written("a", 0), 5);
+    EXPECT_EQ(log.m_repeat_errors.size(), 1U);
 }
 
 } // namespace

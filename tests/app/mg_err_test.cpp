@@ -22,43 +22,31 @@ MGErr full_error() {
     return err;
 }
 
-TEST(MGErrText, HoldsWhatIsSetInItsOrder) {
-    MGErr none, first, second;
-    first.mess_1 = "a";
-    second.mess_2 = "b";
-    const struct {
-        const MGErr& err;
-        const char *text, *debug, *syslog;
-    } rows[] = {
-        {none, "", "", ""},
-        {first, "a\n", "", "a "},
-        {second, "b\n", "", "b"},
-        {full_error(), "a\nb\n",
-         "c\nd\ne\nf\ng\nh\ni\n18446744073709551615\n2\n3\n255 [0x000000FF]\n-1 [0xFFFFFFFF]\n-2\nj\n", "a b"},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(row.err.GetString(), std::string(row.text) + row.debug);
-        EXPECT_EQ(row.err.GetTextString(), row.text);
-        EXPECT_EQ(row.err.GetSyslogString(), row.syslog);
-    }
+TEST(MGErr, TextHoldsWhatIsSetInItsOrder) {
+    EXPECT_EQ(MGErr().GetString(), "");
+    EXPECT_EQ(full_error().GetString(),
+              "a\nb\nc\nd\ne\nf\ng\nh\ni\n18446744073709551615\n2\n3\n255 [0x000000FF]\n-1 [0xFFFFFFFF]\n-2\nj\n");
+    EXPECT_EQ(full_error().GetTextString(), "a\nb\n");
+    MGErr first, second;
+    first.mess_1 = second.mess_2 = "x";
+    EXPECT_EQ(first.GetSyslogString() + "|" + second.GetSyslogString(), "x |x");
 }
 
-TEST(MGErrRepeat, IsJudgedByChecksumsAndTexts) {
+TEST(MGErr, RepeatIsJudgedByChecksumsAndTexts) {
     MGErr other = full_error();
     other.num_param = other.num_2_param = other.num_3_param = other.err_code = 7;
     other.mess_1 = other.mess_2 = other.func_1 = other.func_2 = other.err_description = "x";
     EXPECT_TRUE(full_error().RepeatCompare(other));
+    const auto differs = [&](auto field, auto value) {
+        MGErr changed = other;
+        changed.*field = value;
+        return !full_error().RepeatCompare(changed);
+    };
     for (auto text :
-         {&MGErr::opt_param, &MGErr::str_param, &MGErr::ext_param, &MGErr::ext_2_param, &MGErr::ext_3_param}) {
-        MGErr differs = other;
-        differs.*text = "x";
-        EXPECT_FALSE(full_error().RepeatCompare(differs));
-    }
-    for (auto crc : {&MGErr::crc_mess_1, &MGErr::crc_mess_2, &MGErr::crc_func_1, &MGErr::crc_func_2}) {
-        MGErr differs = other;
-        differs.*crc = 1;
-        EXPECT_FALSE(full_error().RepeatCompare(differs));
-    }
+         {&MGErr::opt_param, &MGErr::str_param, &MGErr::ext_param, &MGErr::ext_2_param, &MGErr::ext_3_param})
+        EXPECT_TRUE(differs(text, "x"));
+    for (auto crc : {&MGErr::crc_mess_1, &MGErr::crc_mess_2, &MGErr::crc_func_1, &MGErr::crc_func_2})
+        EXPECT_TRUE(differs(crc, 1U));
 }
 
 TEST(Edge, TurnsForeignExceptionsIntoErrors) {

@@ -7,7 +7,8 @@
 
 #include <cerrno>
 #include <functional>
-#include <map>
+#include <set>
+#include <sstream>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -25,13 +26,18 @@ extern "C" off_t lseek(int fd, off_t offset, int whence) noexcept {
 
 namespace {
 
-using Files = std::map<std::string, std::string>;
+// The files of a directory in the order of their names, "a.txt=content b.txt=content ".
+std::string files_of(const TempDir& dir) {
+    std::set<std::string> files;
+    for (const auto& entry : std::filesystem::directory_iterator(dir.path())) files.insert(entry.path().filename());
+    std::string text;
+    for (const std::string& name : files) text += name + "=" + dir.read(name) + " ";
+    return text;
+}
 
-Files files_of(const TempDir& dir) {
-    Files files;
-    for (const auto& entry : std::filesystem::directory_iterator(dir.path()))
-        files[entry.path().filename()] = dir.read(entry.path().filename());
-    return files;
+void put_files(const TempDir& dir, const std::string& text) {
+    std::istringstream words(text);
+    for (std::string word; words >> word;) dir.write(word.substr(0, word.find('=')), word.substr(word.find('=') + 1));
 }
 
 TEST(LongCopy, CarriesEveryPieceOver) {
@@ -44,7 +50,7 @@ TEST(LongCopy, CarriesEveryPieceOver) {
         EXPECT_EQ(dir.read("to"), text.substr(0, size));
     }
     MGFile::MoveLongFile(dir.path("from"), dir.path("moved"));
-    EXPECT_EQ(files_of(dir), Files({{"moved", text}, {"to", text}}));
+    EXPECT_EQ(files_of(dir), "moved=0123456789 to=0123456789 ");
 }
 
 TEST(LongCopy, TellsWhereItWasCutShort) {
@@ -80,65 +86,52 @@ TEST(LongCopy, TellsWhereItWasCutShort) {
     EXPECT_FALSE(std::filesystem::exists(target));
 }
 
-TEST(SameName, IsDecidedByTheMode) {
+TEST(SameName, IsDecidedByTheModeOrByRotation) {
     const struct {
         const char* mode;
-        bool taken;
-        std::string result; // empty: refused
-        Files files;
-    } rows[] = {{"ADD_NUM", false, "a.txt", {{"a.txt", "new"}}},
-                {"ADD_NUM", true, "a~1.txt", {{"a.txt", "old"}, {"a~1.txt", "new"}}},
-                {"REPLACE", true, "a.txt", {{"a.txt", "new"}}},
-                {"ERROR", false, "a.txt", {{"a.txt", "new"}}},
-                {"ERROR", true, "", {{"a.txt", "old"}}}};
+        int copies;                          // above 0: rotation
+        const char *before, *result, *after; // without a result it is refused
+    } rows[] = {
+        {"ADD_NUM", 0, "", "a.txt", "a.txt=new "},
+        {"ADD_NUM", 0, "a.txt=0", "a~1.txt", "a.txt=0 a~1.txt=new "},
+        {"REPLACE", 0, "a.txt=0", "a.txt", "a.txt=new "},
+        {"ERROR", 0, "", "a.txt", "a.txt=new "},
+        {"ERROR", 0, "a.txt=0", "", "a.txt=0 "},
+        {"ERROR", 2, "", "a.txt", "a.txt=new "},
+        {"ERROR", 2, "a.txt=0 a~1.txt=1 a~2.txt=2", "a.txt", "a.txt=new a~2.txt=2 a~3.txt=0 "},
+        {"ERROR", 1, "a~9.txt=9 a~10.txt=10 a~x.txt=x", "a.txt", "a.txt=new a~10.txt=10 a~x.txt=x "},
+    };
     for (const auto& row : rows) {
-        const TempDir from, to, written;
+        SCOPED_TRACE(std::string(row.mode) + " " + row.before);
+        const TempDir from, to;
         from.write("a.txt", "new");
-        from.write("a.txt.p7d", "sign");
-        for (const TempDir* dir : {&to, &written})
-            if (row.taken) dir->write("a.txt", "old");
-        std::string result, path;
-        Files with_sign = row.files;
+        put_files(to, row.before);
+        std::string result;
         try {
-            const auto* data = reinterpret_cast<const uint8_t*>("new");
-            path = MGFile().WriteSameFile(written.path("a.txt"), data, 3, row.mode, false);
+            MGFile().CopySameFile(from.path(), to.path(), "a.txt", result, row.mode, false, true, 3, false,
+                                  row.copies > 0, row.copies);
         } catch (const MGErr& err) {
-            EXPECT_EQ(err.str_param, written.path("a.txt"));
+            EXPECT_EQ(err.func_2, "(mode_same == ERROR)");
         }
-        try {
-            MGFile().CopySameFile(from.path(), to.path(), "a.txt", result, row.mode, true, true, 3, false, false, 5);
-            with_sign[result + ".p7d"] = "sign";
-        } catch (const MGErr& err) {
-            EXPECT_EQ(err.mess_2, "Файл с таким именем уже существует в каталоге назначения");
-        }
-        EXPECT_EQ(result, row.result) << row.mode;
-        EXPECT_EQ(path, row.result.empty() ? "" : written.path(row.result)) << row.mode;
-        EXPECT_EQ(files_of(to), with_sign) << row.mode;
-        EXPECT_EQ(files_of(written), row.files) << row.mode;
+        EXPECT_EQ(result, row.result);
+        EXPECT_EQ(files_of(to), row.after);
     }
 }
 
-TEST(Rotation, KeepsTheNewestCopies) {
-    const struct {
-        int copies;
-        Files before, after;
-    } rows[] = {{2, {}, {{"a.txt", "new"}}},
-                {2,
-                 {{"a.txt", "0"}, {"a~1.txt", "1"}, {"a~2.txt", "2"}},
-                 {{"a.txt", "new"}, {"a~2.txt", "2"}, {"a~3.txt", "0"}}},
-                {1,
-                 {{"a~9.txt", "9"}, {"a~10.txt", "10"}, {"a~x.txt", "x"}},
-                 {{"a.txt", "new"}, {"a~10.txt", "10"}, {"a~x.txt", "x"}}}};
-    for (const auto& row : rows) {
-        const TempDir from, to;
-        from.write("a.txt", "new");
-        for (const auto& [name, content] : row.before) to.write(name, content);
-        std::string result;
-        MGFile().CopySameFile(from.path(), to.path(), "a.txt", result, "ERROR", false, false, 0, false, true,
-                              row.copies);
-        EXPECT_EQ(result, "a.txt");
-        EXPECT_EQ(files_of(to), row.after) << row.copies;
-    }
+TEST(SameName, HoldsForASignatureAndForData) {
+    const TempDir from, to;
+    put_files(from, "a.txt=new a.txt.p7d=sign");
+    put_files(to, "a.txt=old");
+    MGFile file;
+    std::string result;
+    file.CopySameFile(from.path(), to.path(), "a.txt", result, "ADD_NUM", true, false, 0, false, false, 0);
+    const auto write = [&](const char* mode) {
+        return file.WriteSameFile(to.path("a.txt"), reinterpret_cast<const uint8_t*>(mode), 3, mode, false);
+    };
+    EXPECT_EQ(write("ADD_NUM"), to.path("a~2.txt"));
+    EXPECT_EQ(error_of([&] { write("ERROR"); }).str_param, to.path("a.txt"));
+    EXPECT_EQ(files_of(to), "a.txt=old a~1.txt=new a~1.txt.p7d=sign a~2.txt=ADD ");
+    EXPECT_EQ(write("REPLACE"), to.path("a.txt"));
 }
 
 } // namespace

@@ -62,10 +62,9 @@ TEST(Encodings, TextInBinaryEndsInItsOnlyZeroByte) {
     EXPECT_TRUE(MGFile::GetUtf8StringFromBinary({0}, text) && text.empty());
     for (const Bytes& data : {Bytes(), Bytes{'a'}, Bytes{'a', 0, 0}, Bytes{'a', 0, 'b', 0}, Bytes{0xD0, 0}}) {
         text = "old";
-        EXPECT_FALSE(MGFile::GetUtf8StringFromBinary(data, text));
+        EXPECT_EQ(error_of([&] { MGFile::GetUtf8StringFromBinaryExt(data, text); }).mess_1,
+                  "Ошибка преобразования данных в строку");
         EXPECT_EQ(text, "");
-        EXPECT_EQ(error_of([&] { MGFile::GetUtf8StringFromBinaryExt(data, text); }).func_1,
-                  "GetUtf8StringFromBinaryExt");
     }
 }
 

@@ -11,6 +11,7 @@
 
 namespace {
 
+using testing::UnorderedElementsAre;
 using Names = std::vector<std::string>;
 
 // The waits of the code under test: counted, not waited for. What happens meanwhile is up to a test.
@@ -33,18 +34,10 @@ TEST(Listing, TakesThePlainFilesThatMatch) {
     Names list;
     std::filesystem::create_directory(dir.path("sub.txt"));
     for (const char* name : {"a.txt", "B.TXT", "я.txt", "c.doc"}) dir.write(name, name);
-    const struct {
-        const char* mask;
-        bool case_sensitive;
-        Names names;
-    } rows[] = {{"*", true, {"a.txt", "B.TXT", "я.txt", "c.doc"}},
-                {"*.txt", true, {"a.txt", "я.txt"}},
-                {"?.txt", false, {"a.txt", "B.TXT", "я.txt"}},
-                {"", true, {}}};
-    for (const auto& row : rows) {
-        file.GetListFilesFromDir(dir.path(), row.mask, row.case_sensitive, list);
-        EXPECT_THAT(list, testing::UnorderedElementsAreArray(row.names)) << row.mask;
-    }
+    file.GetListFilesFromDir(dir.path(), "*.txt", true, list);
+    EXPECT_THAT(list, UnorderedElementsAre("a.txt", "я.txt"));
+    file.GetListFilesFromDir(dir.path(), "?.txt", false, list);
+    EXPECT_THAT(list, UnorderedElementsAre("a.txt", "B.TXT", "я.txt"));
     file.GetListFullFilesFromDir(dir.path() + "/", "c*", true, list);
     EXPECT_EQ(list, Names({dir.path("c.doc")}));
     EXPECT_EQ(error_of([&] { file.ReadDir(); }).func_2, "m_dir == NULL"); // a listing leaves none open

@@ -20,14 +20,10 @@ TEST(Utf8, WalkEndsAtWhatIsNoCharacter) {
         {"\x7F\xDF\xBF\xEF\xBF\xBF\xF7\xBF\xBF\xBF", 4, true},         // the last of each length
         {"\xC0\x80\xE0\x80\x80\xF0\x80\x80\x80\xED\xA0\x80", 4, true}, // overlong forms and a surrogate
         {"Прив\xD0", 4, false},                                        // ends inside a character
-        {"a\xE2\x82", 1, false},
         {"a\xF0\x9F\x98", 1, false},
         {"a\x80z", 1, false}, // a tail without a head
         {"a\xF8\x80\x80\x80\x80z", 1, false},
-        {"a\xFFz", 1, false},
-        {"a\xD0zz", 1, false}, // a head without its tail
-        {"a\xE2\x82zz", 1, false},
-        {"a\xF0\x9F\xC0\x80zz", 1, false},
+        {"a\xE2\x82zz", 1, false}, // a head without its tail
         {std::string("a\0z", 3), 1, false},
     };
     for (const auto& row : rows) {
@@ -44,11 +40,7 @@ TEST(Utf8, CutsAtCharacters) {
     } rows[] = {{"Привет", 2, "ивет|Прив|Пр"},
                 {"Привет", 0, "Привет|Привет|"},
                 {"я", 9, "||я"},
-                {"abя\xFF"
-                 "cd",
-                 2,
-                 "я\xFF"
-                 "cd|a|ab"}};
+                {"abя\xFFz", 2, "я\xFFz|a|ab"}};
     for (const auto& row : rows) {
         std::string shifted = row.text, cut = row.text, kept = row.text;
         MGFile::ShiftBeginUtf8(shifted, row.n);
@@ -74,9 +66,7 @@ TEST(Utf8, CaseIsOfLatinAndRussianLettersOnly) {
         ASSERT_EQ(MGFile::LowerUtf8(utf8(c)), utf8(has_case ? std::towlower(c) : c)) << c;
     }
     std::setlocale(LC_CTYPE, "C");
-    EXPECT_EQ(MGFile::UpperUtf8("Straße ёлка \xFF abc"), "STRAßE ЁЛКА \xFF abc");
-    EXPECT_TRUE(MGFile::CompareUtf8("ПРИВЕТ z", "привет Z", false));
-    EXPECT_FALSE(MGFile::CompareUtf8("ПРИВЕТ", "привет", true));
+    EXPECT_EQ(MGFile::UpperUtf8("ёлка \xFF abc"), "ЁЛКА \xFF abc");
 }
 
 } // namespace
