@@ -33,7 +33,7 @@
 
 // All null, or all fetched.
 struct trelm_functions {
-#define TRELM_MEMBER(name) decltype(&TRELM_##name) name = nullptr;
+#define TRELM_MEMBER(name) decltype(&TRELM_##name) name = nullptr; // NOLINT(bugprone-macro-parentheses)
     TRELM_FUNCTIONS(TRELM_MEMBER)
 #undef TRELM_MEMBER
 };

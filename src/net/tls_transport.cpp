@@ -63,7 +63,6 @@ void in_session(MGSocket& socket, MGTrelm& trelm, Steps& steps, Body&& body) {
     try {
         body();
     } catch (...) {
-        steps.state("ERROR");
         if (!socket.IsTurnOffTls()) {
             try {
                 trelm.TlsDestroy();
@@ -71,6 +70,7 @@ void in_session(MGSocket& socket, MGTrelm& trelm, Steps& steps, Body&& body) {
                 socket.PrintErrInLogFile(second);
             }
         }
+        steps.state("ERROR");
         throw;
     }
     steps.state("END");
