@@ -1,0 +1,97 @@
+// The profile editor as the list dialogs find it: its window with the real buttons, on a configuration of the test.
+#pragma once
+
+#include "app/globals.h"
+#include "app/log.h"
+#include "config/records.h"
+#include "dialog/make_dialog.h"
+#include "support/temp_dir.h"
+#include "support/ui_script.h"
+
+#include <sstream>
+
+class ListsTest : public testing::Test {
+protected:
+    ListsTest() {
+        LogFileGlobal.SetLogFile(dir.path("editor.log").c_str());
+        ConfigDialog = make_dialog("dialog_config");
+        ConfigDialog->user_data = &config;
+        ConfigDialog->Show();
+    }
+    ~ListsTest() override {
+        delete ConfigDialog;
+        ConfigDialog = nullptr;
+    }
+
+    // Presses a button of the profile editor; the script, told before, answers the dialog that it opens.
+    static void open(const char* button) { UiWindow(ConfigDialog->window).click(button); }
+
+    TempDir dir;
+    MGConfig config;
+    UiScript script;
+};
+
+// What a user gives: "entry_ip=10.0.0.1;check_active=1;spin_port=7".
+inline void enter(UiWindow window, const std::string& input) {
+    std::istringstream fields(input);
+    for (std::string field; std::getline(fields, field, ';');) {
+        const std::string id = field.substr(0, field.find('=')), value = field.substr(id.size() + 1);
+        if (id.starts_with("entry_")) window.set_entry(id, value);
+        if (id.starts_with("check_")) window.set_toggle(id, value == "1");
+        if (id.starts_with("spin_")) window.set_spin(id, std::stod(value));
+    }
+}
+
+// A press of OK on a record filled so far: the box and the focus that it leads to. Without a text it is accepted.
+struct Check {
+    std::string input;
+    const char* text = nullptr;
+    const char* focus = "";
+    bool refusal = false; // the box is titled "Ошибка"
+};
+
+inline void expect_checks(UiScript& script, const char* dialog, const char* ok, const std::vector<Check>& checks) {
+    for (const Check& check : checks) {
+        script.when(dialog, [=](UiWindow window) {
+            enter(window, check.input);
+            window.click(ok);
+            if (check.text) {
+                EXPECT_EQ(window.focus(), check.focus) << check.text;
+            }
+        });
+        if (check.text) check.refusal ? script.refusal(check.text) : script.remark(check.text);
+    }
+}
+
+inline std::string column_titles(UiWindow window, const std::string& view) {
+    std::string titles;
+    GtkTreeView* tree = GTK_TREE_VIEW(window.find(view));
+    for (int index = 0; GtkTreeViewColumn* column = gtk_tree_view_get_column(tree, index); ++index)
+        titles += (index ? "|" : "") + std::string(gtk_tree_view_column_get_title(column));
+    return titles;
+}
+
+// Each row of the view's store in one text, "mark|cell|cell".
+inline std::vector<std::string> rows_of(UiWindow window, const std::string& view) {
+    std::vector<std::string> rows;
+    for (const auto& cells : window.table(view)) {
+        rows.push_back(cells[0]);
+        for (size_t column = 1; column < cells.size(); ++column) rows.back() += "|" + cells[column];
+    }
+    return rows;
+}
+
+inline std::string marks(UiWindow window, const std::string& view) {
+    std::string result;
+    for (const std::string& row : rows_of(window, view)) result += row[0];
+    return result;
+}
+
+// The selected row, -1 for none.
+inline int selected_row(UiWindow window, const std::string& view) {
+    GList* rows =
+        gtk_tree_selection_get_selected_rows(gtk_tree_view_get_selection(GTK_TREE_VIEW(window.find(view))), nullptr);
+    const int row = rows ? gtk_tree_path_get_indices(static_cast<GtkTreePath*>(rows->data))[0] : -1;
+    g_list_free_full(rows, [](gpointer path) { gtk_tree_path_free(static_cast<GtkTreePath*>(path)); });
+    return row;
+}

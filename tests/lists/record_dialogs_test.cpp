@@ -1,0 +1,152 @@
+// The dialogs of one record: what they refuse and in which order, what they take over, and a name from a certificate.
+#include "lists/lists_fixture.h"
+
+#include <cstdlib>
+
+namespace {
+
+constexpr const char* blank = "Запещен ввод пустых строк.";
+constexpr const char* one_of_two = "Нужно указать IP адрес или доменное имя";
+constexpr const char* no_id = "Идентификатор содержит недопустимые символы или нарушен его формат.\n"
+                              "Разрешается латинский алфавита в нижнем регистре, цифры и символ подчеркивания.";
+constexpr const char* queue_exists = "Такая очередь уже существует.\nИзмените значение идентификатора.";
+constexpr const char* login_exists = "Такой логин уже существует.\nИзмените значение логина.";
+
+struct RecordDialog {
+    const char *opener, *view, *dialog, *ok;
+};
+const RecordDialog dialogs[] = {
+    {"button_admission_list", "admit_view", "dialog_subject", "button_subject_ok"},
+    {"button_gw_admission_list", "admit_view_2", "dialog_subject_2", "button_subject_ok_2"},
+    {"button_fc_queue", "queue_view", "dialog_queue", "button_subject_ok_1"},
+    {"button_fs_allow", "allow_view", "dialog_allow", "button_allow_ok"},
+};
+
+// What each of them refuses of a new record, and how the next press of OK mends it. The last one is accepted.
+const std::vector<Check> checks[] = {
+    {{"check_use_next_send=1;entry_subject_name= \t", blank, "entry_subject_name"},
+     {"entry_subject_name=CN=Петров,O=ООО Ромашка", one_of_two, "entry_subject_send_ip"},
+     {"entry_subject_send_ip=10.0.0.1;entry_subject_send_domen=a.example", one_of_two, "entry_subject_send_ip"},
+     {"entry_subject_send_ip=10.0.0.256;entry_subject_send_domen=",
+      "Необходимо задать IP адрес в формате NNN.NNN.NNN.NNN", "entry_subject_send_ip"},
+     {"entry_subject_send_ip=10.0.0.1", "Необходимо задать номер порта для соединения", "spin_subject_send_port"},
+     {"spin_subject_send_port=65535"}},
+    {{"", blank, "entry_subject_name_2"}, {"entry_subject_name_2=CN=new"}},
+    {{"check_use_ticket_dir=1;check_use_out_sign=1", blank, "entry_id_queue"},
+     {"entry_id_queue=q-3", no_id, "entry_id_queue", true},
+     {"entry_id_queue=taken", queue_exists, "entry_id_queue", true},
+     {"entry_id_queue=123456789", blank, "entry_in_dir"},
+     {"entry_in_dir=/in", blank, "entry_out_dir"},
+     {"entry_out_dir=/out", blank, "entry_ticket_dir"},
+     {"entry_ticket_dir=/t"}},
+    {{"", blank, "entry_allow_name"},
+     {"entry_allow_name=Клиент", blank, "entry_allow_login"}, // a name may repeat
+     {"entry_allow_login=Login", no_id, "entry_allow_login", true},
+     {"entry_allow_login=taken", login_exists, "entry_allow_login", true},
+     {"entry_allow_login=123456789"}}, // a password may be missing
+};
+// The same of a record as it is shown for a change: it is not in its own way.
+const std::vector<Check> changes[] = {
+    {{""}},
+    {{""}},
+    {{"entry_id_queue=taken", queue_exists, "entry_id_queue", true}, {"entry_id_queue=123456789"}},
+    {{"entry_allow_login=taken", login_exists, "entry_allow_login", true}, {"entry_allow_login=123456789"}},
+};
+
+class RecordDialogsTest : public ListsTest {
+protected:
+    // In the list: presses a button, and takes the list over once the record dialog has ended.
+    void press(const char* button, const char* view = nullptr) {
+        script.when("dialog_admit", [=](UiWindow window) {
+            if (view) window.select(view, {0});
+            window.click(button);
+            window.click("button_admit_ok");
+        });
+    }
+};
+
+TEST_F(RecordDialogsTest, TakesARecordOnceAllIsRightAndShowsItAgain) {
+    config.fc_queue.emplace_back().id = "taken";
+    config.fs_allow.emplace_back().login = "taken";
+    config.fs_allow[0].name = "Клиент";
+    MGConfig expected = config;
+    // The checksums are the published one of "123456789" and zlib's.
+    expected.admit = {{"CN=Петров,O=ООО Ромашка", true, "10.0.0.1", "", 65535, 0xdda712a9}};
+    expected.gw_admit = {{"CN=new", false, "", "", 0, 0x8f43a850}};
+    expected.fc_queue.push_back({"123456789", "/in", "/out", true, true, "/t", false, 0xcbf43926});
+    expected.fs_allow.push_back({true, "Клиент", "123456789", "", {}, {}, 0xcbf43926});
+    for (size_t kind = 0; kind < std::size(dialogs); ++kind) {
+        press("button_admit_add");
+        expect_checks(script, dialogs[kind].dialog, dialogs[kind].ok, checks[kind]);
+        open(dialogs[kind].opener);
+    }
+    EXPECT_TRUE(config == expected);
+
+    std::swap(config.fc_queue[0], config.fc_queue[1]);
+    std::swap(config.fs_allow[0], config.fs_allow[1]);
+    config.fs_allow[0].active = false;
+    config.fs_allow[0].hash = "secret";
+    expected = config;
+    for (size_t kind = 0; kind < std::size(dialogs); ++kind) {
+        press("button_admit_rename", dialogs[kind].view);
+        expect_checks(script, dialogs[kind].dialog, dialogs[kind].ok, changes[kind]);
+        open(dialogs[kind].opener);
+    }
+    EXPECT_TRUE(config == expected);
+}
+
+TEST_F(RecordDialogsTest, JudgesAConnectionOnlyIfItIsUsedAndRemembersWhatWasAccepted) {
+    init_send_ip = {"10.0.0.1"};
+    init_send_domen = {"a.example"};
+    for (const char* button : {"button_subject_cancel", "button_subject_ok"}) {
+        press("button_admit_add");
+        script.when("dialog_subject", [=](UiWindow window) {
+            EXPECT_EQ(window.combo_rows("combo_subject_send_ip"), History{"10.0.0.1"});
+            EXPECT_EQ(window.combo_rows("combo_subject_send_domen"), History{"a.example"});
+            enter(window, "entry_subject_name=x;entry_subject_send_ip=no address;entry_subject_send_domen=a.example");
+            for (const bool on : {false, true, false}) {
+                window.set_toggle("check_use_next_send", on);
+                for (const char* id : {"combo_subject_send_ip", "entry_subject_send_ip", "combo_subject_send_domen",
+                                       "entry_subject_send_domen", "spin_subject_send_port"})
+                    EXPECT_EQ(window.sensitive(id), on) << id;
+            }
+            window.click(button);
+        });
+        open("button_admission_list");
+    }
+    EXPECT_EQ(init_send_ip, (History{"10.0.0.1", "no address"}));
+    EXPECT_EQ(init_send_domen, History{"a.example"});
+    ASSERT_EQ(config.admit.size(), 1);
+    EXPECT_EQ(config.admit[0].ip, "no address");
+}
+
+TEST_F(RecordDialogsTest, TakesTheOwnersNameFromACertificateFile) {
+    const std::string make = "cd " + dir.path() +
+                             "&& openssl req -x509 -newkey rsa:2048 -nodes -keyout /dev/null -utf8 -out pem.cer "
+                             "-subj '/C=RU/O=ООО Ромашка/CN=Петров Иван' 2>/dev/null "
+                             "&& openssl x509 -in pem.cer -outform DER -out der.cer";
+    ASSERT_EQ(std::system(make.c_str()), 0);
+    const char* rows[][4] = {
+        {"button_admission_list", "dialog_subject", "entry_subject_name", "button_subject_cancel"},
+        {"button_gw_admission_list", "dialog_subject_2", "entry_subject_name_2", "button_subject_cancel_2"}};
+    for (const auto& [opener, dialog, entry, cancel] : rows) {
+        press("button_admit_add");
+        script.when(dialog, [&, entry = entry, cancel = cancel](UiWindow window) {
+            constexpr const char* title = "Окно выбора имени файла с сертификатом";
+            script.cancel_chooser(title);
+            window.press_icon(entry);
+            script.choose(title, dir.path("der.cer"));
+            window.press_icon(entry);
+            EXPECT_EQ(window.entry(entry), "CN=Петров Иван,O=ООО Ромашка,C=RU");
+            script.choose(title, dir.path("pem.cer"));
+            script.refusal(testing::HasSubstr("Не получилось разобрать формат сертификата"));
+            window.press_icon(entry);
+            EXPECT_EQ(window.entry(entry), "CN=Петров Иван,O=ООО Ромашка,C=RU");
+            window.click(cancel);
+        });
+        open(opener);
+    }
+    EXPECT_THAT(dir.read("editor.log"), testing::HasSubstr("Не получилось разобрать формат сертификата"));
+}
+
+} // namespace

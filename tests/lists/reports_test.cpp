@@ -1,0 +1,184 @@
+// Reports of the lists byte for byte, the dialog that tells where they lie, and the viewer that opens them.
+#include "lists/reports.h"
+
+#include "app/mg_context.h"
+#include "lists/lists_fixture.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+// A list and its report behind the line of the date.
+struct Report {
+    const char* opener;
+    const char* window; // the middle of its ids: "admit" or "adrs"
+    const char* of;     // as the dialog calls what is listed
+    const char* text;
+};
+
+const Report reports[] = {
+    {"button_admission_list", "admit", "допущенных пользователей", R"(Список допущенных пользователей
+Количество пользователей: 2
+1 Имя владельца сертификата: CN=Один
+	IP адрес отправки: 10.0.0.1
+	Доменное имя отправки: 
+	Порт отправки: 65535
+2 Имя владельца сертификата: CN=Два
+)"},
+    {"button_gw_admission_list", "admit", "допущенных пользователей", R"(Список допущенных пользователей
+Количество пользователей: 1
+1 Имя владельца сертификата: CN=Один
+)"},
+    {"button_fc_queue", "admit", "очередей", R"(Список очередей
+Количество очередей: 1
+1 Идентификатор очереди: q1
+	Каталог входящих: /in
+	Каталог исходящих: /out
+	Выдавать подпись: Да
+	Сохранять квитанции в каталог: Нет
+	Каталог квитанций: /tickets
+	Выдавать подпись квитанций: Нет
+)"},
+    {"button_fs_allow", "admit", "клиентов", R"(Список клиентов
+Количество клиентов: 2
+1 Наименование клиента: Первый
+	Доступ: Да
+	Логин: first
+	Пароль: Да
+	Список допущенных пользователей
+	Количество пользователей: 2
+		1 Имя владельца сертификата: CN=Один
+		2 Имя владельца сертификата: CN=Два
+	Список очередей
+	Количество очередей: 1
+		1 Идентификатор очереди: q1
+		Каталог входящих: /in
+		Каталог исходящих: /out
+		Выдавать подпись: Да
+		Сохранять квитанции в каталог: Нет
+		Каталог квитанций: /tickets
+		Выдавать подпись квитанций: Нет
+2 Наименование клиента: Второй
+	Доступ: Нет
+	Логин: second
+	Пароль: Нет
+	Список допущенных пользователей
+	Количество пользователей: 0
+	Список очередей
+	Количество очередей: 0
+)"},
+    {"button_gw_client_list_adrs", "adrs", "внутренних адресов", R"(Список внутренних адресов
+Количество адресов: 1
+1 Наименование: шлюз
+	IP адрес: 10.0.0.1
+	Доменное имя: a.example
+	Подсеть: 10.0.0.0/24
+)"},
+    {"button_gw_server_list_adrs", "adrs", "внутренних адресов", "Список внутренних адресов\nКоличество адресов: 0\n"},
+    {"button_gw_server_list_virtual", "adrs", "виртуальных адресов", R"(Список виртуальных адресов
+Количество адресов: 1
+1 Наименование: шлюз
+	IP адрес: 10.0.0.1
+)"},
+};
+
+class ReportsTest : public ListsTest {
+protected:
+    ReportsTest() {
+        std::filesystem::create_directory(dir.path("result"));
+        LogFileGlobal.SetResultDir(dir.path("result").c_str());
+        Context = &context;
+        config.admit = {{"CN=Один", true, "10.0.0.1", "", 65535}, {"CN=Два", false, "10.0.0.2", "", 1}};
+        config.gw_admit = {config.admit[0]};
+        config.fc_queue = {{"q1", "/in", "/out", true, false, "/tickets", false}};
+        config.fs_allow = {{true, "Первый", "first", "secret", config.admit, config.fc_queue},
+                           {false, "Второй", "second", "", {}, {}}};
+        config.gw_client.adrs = config.gw_server.virt = {{"10.0.0.1", "a.example", "10.0.0.0/24", "шлюз"}};
+    }
+    ~ReportsTest() override { Context = nullptr; }
+
+    // Opens the list and presses "Распечатать"; `answer` tells the script what that leads to.
+    void print(const Report& report, const std::function<void()>& answer) {
+        const std::string window_name = report.window;
+        script.when("dialog_" + window_name, [=](UiWindow window) {
+            window.click("button_" + window_name + "_print");
+            window.click("button_" + window_name + "_cancel");
+        });
+        answer();
+        open(report.opener);
+        EXPECT_EQ(ResultDialog, nullptr);
+    }
+
+    MGContext context;
+};
+
+TEST_F(ReportsTest, WritesEachListAnewAndTellsWhereItLies) {
+    for (const Report& report : reports) {
+        SCOPED_TRACE(report.opener);
+        const std::string file = report.window + std::string("_list.result"), of = report.of;
+        print(report, [&] {
+            script.when("dialog_result", [&](UiWindow window) {
+                EXPECT_EQ(window.title(), "Окно просмотра списка " + of);
+                EXPECT_EQ(window.label("label_result_name"), "Распечатать список всех " + of);
+                EXPECT_EQ(window.label("label_result_message"),
+                          "Для просмотра распечатки списка " + of + " нажмите \"Посмотреть\"");
+                EXPECT_EQ(window.entry("entry_result_file"), file);
+                EXPECT_EQ(window.entry("entry_result_dir"), dir.path("result/"));
+                window.click("button_result_ok");
+            });
+        });
+        const std::string text = dir.read("result/" + file);
+        const size_t date_end = text.find('\n') + 1;
+        EXPECT_THAT(text.substr(0, date_end), testing::MatchesRegex("Дата и время создания: [0-9]{4}-[0-9]{2}-[0-9]{2} "
+                                                                    "[0-9]{2}:[0-9]{2}:[0-9]{2}\n"));
+        EXPECT_EQ(text.substr(date_end), report.text);
+    }
+}
+
+TEST_F(ReportsTest, TellsWhenTheFileCannotBeWritten) {
+    std::filesystem::remove(dir.path("result"));
+    print(reports[0], [&] { script.refusal(testing::HasSubstr("admit_list.result")); });
+    print(reports[4], [&] { script.refusal(testing::HasSubstr("adrs_list.result")); });
+    EXPECT_THAT(dir.read("editor.log"), testing::HasSubstr("adrs_list.result"));
+}
+
+// The viewer of this test survives a hangup and tells its arguments through a pipe.
+TEST_F(ReportsTest, OpensAReportInTheViewerAndLeavesNoZombie) {
+    dir.write("viewer", "#!/bin/sh\nkill -HUP $$\necho $# $1 >" + dir.path("pipe"));
+    std::filesystem::permissions(dir.path("viewer"), std::filesystem::perms::owner_all);
+    ASSERT_EQ(mkfifo(dir.path("pipe").c_str(), 0600), 0);
+    const int pipe =
+        ::open(dir.path("pipe").c_str(), O_RDWR | O_CLOEXEC); // also written to here, so that it never ends
+    print(reports[0], [&] {
+        script.when("dialog_result", [&](UiWindow window) {
+            for (const char* name : {"", " \t", "/no/such/program", "/usr"}) {
+                context.editor_path = name;
+                script.remark(*name == '/' ? "В файловой системе нет такой программы: " + context.editor_path
+                                           : "Отсутствует имя запускаемой программы или оно не задано в конфигурации");
+                window.click("button_result_view");
+            }
+            context.editor_path = dir.path("viewer");
+            for (int time = 0; time < 2; ++time) { // the dialog stays
+                window.click("button_result_view");
+                pollfd ready = {pipe, POLLIN, 0};
+                char told[4096] = "";
+                EXPECT_EQ(poll(&ready, 1, 20000), 1);
+                EXPECT_GT(read(pipe, told, sizeof told - 1), 0);
+                EXPECT_EQ(told, "1 " + dir.path("result/admit_list.result\n"));
+            }
+            window.click("button_result_cancel");
+        });
+    });
+    close(pipe);
+    std::signal(SIGCHLD, SIG_DFL);
+    start_program(dir.path("result"), ""); // what can't be executed ends at once, and is not told
+    EXPECT_EQ(waitpid(-1, nullptr, 0), -1);
+    EXPECT_EQ(errno, ECHILD);
+}
+
+} // namespace
