@@ -3,11 +3,11 @@
 // socket.
 #include "net/mg_ip.h"
 #include "net/mg_socket.h"
+#include "support/error_of.h"
 
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <functional>
 #include <gtest/gtest.h>
 #include <linux/if_tun.h>
 #include <net/if.h>
@@ -113,15 +113,11 @@ TEST_F(TunRaw, PacketsArriveWholeOrAreFragmentedSoThatAnotherStackPutsThemTogeth
     }
 }
 
-// What `body` threw: function, step, options, main argument, errno.
-std::string thrown_by(const std::function<void()>& body) {
-    try {
-        body();
-    } catch (const MGErr& err) {
-        return err.func_1 + " " + err.func_2 + "|" + err.opt_param + "|" + err.str_param + "|" +
-               std::to_string(err.err_code);
-    }
-    return "";
+// What `body` threw: function, step, options, errno.
+template <class Body>
+std::string thrown_by(Body body) {
+    const MGErr err = error_of(body);
+    return err.func_1 + " " + err.func_2 + "|" + err.opt_param + "|" + std::to_string(err.err_code);
 }
 
 TEST_F(TunRaw, RefusesWithNothingSent) {
@@ -131,11 +127,11 @@ TEST_F(TunRaw, RefusesWithNothingSent) {
     Bytes with_options = ip.m_buf, too_long = ip.m_buf, marker(ip.m_buf.begin(), ip.m_buf.begin() + 100);
     with_options[0] = 0x46;
     too_long.resize(65536);
-    EXPECT_EQ(thrown_by([&] { send(short_one); }), "SendTo (len_buf < 20)|||0");
-    EXPECT_EQ(thrown_by([&] { send(with_options); }), "SendTo (ihl != 5)|||0");
-    EXPECT_EQ(thrown_by([&] { send(too_long); }), "SendTo ( len_buf > 0xFFFF )|||" + std::to_string(EMSGSIZE));
+    EXPECT_EQ(thrown_by([&] { send(short_one); }), "SendTo (len_buf < 20)||0");
+    EXPECT_EQ(thrown_by([&] { send(with_options); }), "SendTo (ihl != 5)||0");
+    EXPECT_EQ(thrown_by([&] { send(too_long); }), "SendTo ( len_buf > 0xFFFF )||" + std::to_string(EMSGSIZE));
     set_up("near", "10.9.0.1", 1000); // now a fragment is too long as well
-    EXPECT_EQ(thrown_by([&] { send(ip.m_buf); }), "SendTo sendto|||" + std::to_string(EMSGSIZE));
+    EXPECT_EQ(thrown_by([&] { send(ip.m_buf); }), "SendTo sendto||" + std::to_string(EMSGSIZE));
     make_packet(ip, 1500, data);
     EXPECT_EQ(send(ip.m_buf), 0u);
     send(marker);
@@ -155,10 +151,10 @@ TEST_F(TunRaw, TellsFailuresAndLeavesNoDescriptorOpen) {
     EXPECT_EQ(ioctl(near.GetTunSock(), TUNGETIFF, &ifr), 0);
     EXPECT_EQ(std::string(ifr.ifr_name).substr(0, 3), "tun");
 
-    EXPECT_EQ(thrown_by([&] { near.OpenTun("a/b"); }), "OpenTun ioctl(m_tun_sock, TUNSETIFF, &ifr)|a/b||22");
-    EXPECT_EQ(thrown_by([&] { near.InitSocket(AF_INET, -1, 0); }), "InitSocket socket|||22");
-    EXPECT_EQ(thrown_by([] { MGSocket::ReadTun(-1, nullptr, 0); }), "ReadTun read|||9");
-    EXPECT_EQ(thrown_by([] { MGSocket::SetIpHdrIncl(-1); }), "SetSockOpt setsockopt|||9");
+    EXPECT_EQ(thrown_by([&] { near.OpenTun("a/b"); }), "OpenTun ioctl(m_tun_sock, TUNSETIFF, &ifr)|a/b|22");
+    EXPECT_EQ(thrown_by([&] { near.InitSocket(AF_INET, -1, 0); }), "InitSocket socket||22");
+    EXPECT_EQ(thrown_by([] { MGSocket::ReadTun(-1, nullptr, 0); }), "ReadTun read||9");
+    EXPECT_EQ(thrown_by([] { MGSocket::SetIpHdrIncl(-1); }), "SetSockOpt setsockopt||9");
     EXPECT_EQ(near.GetTunSock(), -1);
     EXPECT_EQ(near.GetRawSock(), -1);
     EXPECT_EQ(descriptors(), before - 2);
