@@ -6,17 +6,56 @@
 
 namespace {
 
+// A CRC is a polynomial modulo 0xEDB88320, its lowest power in the highest bit.
+constexpr uint32_t crc_times_x(uint32_t crc) {
+    return crc & 1 ? crc >> 1 ^ 0xEDB88320u : crc >> 1;
+}
+
 constexpr std::array<uint32_t, 256> make_crc_table() {
     std::array<uint32_t, 256> table{};
     for (uint32_t i = 0; i < table.size(); ++i) {
         uint32_t value = i;
-        for (int bit = 0; bit < 8; ++bit) value = value & 1 ? value >> 1 ^ 0xEDB88320u : value >> 1;
+        for (int bit = 0; bit < 8; ++bit) value = crc_times_x(value);
         table[i] = value;
     }
     return table;
 }
 
 constexpr std::array<uint32_t, 256> crc_table = make_crc_table();
+
+constexpr uint32_t crc_of_byte(uint32_t crc, uint8_t byte) {
+    return crc_table[(crc ^ byte) & 0xFF] ^ crc >> 8;
+}
+
+constexpr uint32_t crc_product(uint32_t a, uint32_t b) {
+    uint32_t product = 0;
+    for (; a != 0; a <<= 1, b = crc_times_x(b))
+        if (a & 0x80000000u) product ^= b;
+    return product;
+}
+
+// Each byte waits for the lookup of the one before it. So a block is cut into lanes whose lookups don't wait for each
+// other; what a lane gives is then carried over the bytes of the next, which is one product.
+constexpr size_t crc_lanes = 8;
+constexpr size_t crc_lane_size = 2048;
+
+constexpr uint32_t make_crc_over_lane() {
+    uint32_t crc = 0x80000000u;
+    for (size_t bit = 0; bit < 8 * crc_lane_size; ++bit) crc = crc_times_x(crc);
+    return crc;
+}
+
+constexpr uint32_t crc_over_lane = make_crc_over_lane();
+
+uint32_t crc_of_block(uint32_t crc, const uint8_t* data) {
+    uint32_t lanes[crc_lanes] = {crc};
+    for (size_t i = 0; i < crc_lane_size; ++i)
+        for (size_t lane = 0; lane < crc_lanes; ++lane)
+            lanes[lane] = crc_of_byte(lanes[lane], data[lane * crc_lane_size + i]);
+    crc = 0;
+    for (const uint32_t lane : lanes) crc = crc_product(crc, crc_over_lane) ^ lane;
+    return crc;
+}
 
 constexpr std::string_view base64_alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr uint8_t not_base64 = 0xFF;
@@ -49,8 +88,10 @@ const uint8_t* bytes_of(const std::string& text) {
 } // namespace
 
 uint32_t MGFile::MakeCrc32(const uint8_t* data, size_t size) {
+    constexpr size_t block = crc_lanes * crc_lane_size;
     uint32_t crc = 0xFFFFFFFFu;
-    for (size_t i = 0; i < size; ++i) crc = crc_table[(crc ^ data[i]) & 0xFF] ^ crc >> 8;
+    for (; size >= block; data += block, size -= block) crc = crc_of_block(crc, data);
+    for (size_t i = 0; i < size; ++i) crc = crc_of_byte(crc, data[i]);
     return ~crc;
 }
 

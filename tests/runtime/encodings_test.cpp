@@ -14,7 +14,7 @@ using Bytes = std::vector<uint8_t>;
 TEST(Encodings, AreThoseOfZlibAndOfTheBase64Program) {
     const TempDir dir;
     std::mt19937 random(7);
-    for (size_t size : {0, 1, 2, 3, 4, 57, 58, 255, 1000, 65537}) {
+    for (size_t size : {0, 1, 2, 3, 4, 57, 58, 255, 20000, 65537}) {
         Bytes data(size), back = {1};
         for (uint8_t& byte : data) byte = static_cast<uint8_t>(random());
         EXPECT_EQ(MGFile::MakeCrc32Ext(data), crc32_z(0, data.data(), size)) << size;
