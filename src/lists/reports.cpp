@@ -12,7 +12,7 @@
 #include "runtime/mg_info.h"
 
 #include <csignal>
-#include <cstdlib>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -177,6 +177,7 @@ void start_program(const std::string& program, const std::string& argument) {
         _exit(0);
     }
     std::signal(SIGCHLD, SIG_IGN);
+    waitpid(child, nullptr, WNOHANG); // a child that ended before its end was ignored
 }
 
 extern "C" {
