@@ -28,6 +28,21 @@ constexpr XmlAttr<MGContext> editor_attrs[] = {
     {"path", &MGContext::editor_path},
 };
 
+// Undoes a save that failed half-way, as on a full disk. Otherwise the next save would take the stump for the earlier
+// content and copy it over the only whole one. Where the content can't be written back, renaming needs no room.
+void put_back(const std::string& file) {
+    const std::string reserve = file + "~";
+    std::string earlier, now;
+    MGFile::ReadFileString(reserve, earlier);
+    MGFile::ReadFileString(file, now);
+    if (now == earlier) return;
+    try {
+        MGFile::CopyFile(reserve, file);
+    } catch (const MGErr&) {
+        MGFile::RenameFile(reserve.c_str(), file.c_str());
+    }
+}
+
 } // namespace
 
 void read_config_file(MGContext* context) {
@@ -67,8 +82,7 @@ void write_config_file(MGContext* context) {
                    [&](xmlNode* node, const MGProfile& profile) { write_attrs(xml, node, profile, profile_attrs); });
         write_attrs(xml, xml.AddChildToNode(xml.AddChildToNode(root, "settings"), "editor"), *context, editor_attrs);
 
-        make_reserve_copy(context->config_file);
-        xml.SaveFile(context->config_file.c_str());
+        save_after_reserve_copy(xml, context->config_file);
     });
 }
 
@@ -76,4 +90,18 @@ void make_reserve_copy(const std::string& file) {
     at_edge("make_reserve_copy", [&] {
         if (MGFile::IsFile(file.c_str())) MGFile::CopyFile(file, file + "~");
     });
+}
+
+void save_after_reserve_copy(MGLibxml& xml, const std::string& file) {
+    const bool existed = MGFile::IsFile(file.c_str());
+    make_reserve_copy(file);
+    try {
+        xml.SaveFile(file.c_str());
+    } catch (const MGErr&) {
+        try {
+            if (existed) put_back(file);
+        } catch (const MGErr&) { // the first error says what is wrong
+        }
+        throw;
+    }
 }

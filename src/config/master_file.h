@@ -12,6 +12,7 @@
 #include <string>
 
 class MGContext;
+class MGLibxml;
 
 // Reads config_file into version, release, quantity, profiles (appends; each with the default settings until its own
 // file is read) and editor_path. Throws MGErr; what was read up to then stays in the context.
@@ -23,3 +24,7 @@ void write_config_file(MGContext* context);
 // Copies the file to its name with "~" behind, over what stands there; does nothing where there is no such file.
 // Throws MGErr: the writer stops then, and the file keeps its content.
 void make_reserve_copy(const std::string& file);
+
+// Writes the document in place, after a reserve copy. Throws MGErr; a save that fails half-way leaves the earlier
+// content in the file too.
+void save_after_reserve_copy(MGLibxml& xml, const std::string& file);

@@ -172,8 +172,6 @@ void write_profile_file(MGContext* context, int index) {
         const Writing writing{xml};
         Walk<Writing>{writing}.profile(root, profile.config);
 
-        const std::string file = profile_file_name(*context, profile);
-        make_reserve_copy(file);
-        xml.SaveFile(file.c_str());
+        save_after_reserve_copy(xml, profile_file_name(*context, profile));
     });
 }

@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <sys/resource.h>
+
 namespace {
 
 const std::string good = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
@@ -95,4 +98,26 @@ TEST_F(MasterFile, RefusesAndKeepsWhatWasRead) {
         EXPECT_EQ(context.profiles.size(), row.profiles);
         EXPECT_EQ(context.editor_path, "/usr/bin/kate");
     }
+}
+
+TEST_F(MasterFile, ASaveThatFailsHalfWayLosesNothing) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit;
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit small{4096, limit.rlim_max};
+
+    ASSERT_EQ(read("", ""), ErrorFields());
+    context.profiles.resize(1000);
+    for (const char* attempt : {"first", "second"}) {
+        SCOPED_TRACE(attempt);
+        setrlimit(RLIMIT_FSIZE, &small);
+        const ErrorFields err = error_of([&] { write_config_file(&context); });
+        setrlimit(RLIMIT_FSIZE, &limit);
+        EXPECT_EQ(err, ErrorFields({"Ошибка сохранения XML документа в файл", "Не удалось создать файл", "SaveFile",
+                                    "xmlSaveFormatFileEnc", dir.path("master.xml"), "", "", "0"}));
+        EXPECT_EQ(dir.read("master.xml"), good);
+        EXPECT_EQ(dir.read("master.xml~"), good);
+    }
+    write_config_file(&context);
+    EXPECT_EQ(dir.read("master.xml~"), good);
 }
