@@ -8,7 +8,7 @@ namespace {
 using ActionDialogs = EditorTest;
 
 std::string button(const std::string& dialog, const std::string& kind) {
-    return dialog == "exist" ? "button_copy_" + kind + "1" : "button_" + dialog + "_" + kind;
+    return dialog == "exist" ? "copy_" + kind + "1" : dialog + "_" + kind;
 }
 
 // While the dialog is open its record is emptied, so that the widgets alone know the values.
@@ -17,7 +17,7 @@ Record confirmed(bool (*edit)(Record&), const std::string& dialog, Record record
     UiScript script;
     script.when("dialog_" + dialog, [&](UiWindow window) {
         record = {};
-        window.click(button(dialog, "ok"));
+        window.click("button_" + button(dialog, "ok"));
     });
     EXPECT_TRUE(edit(record)) << dialog;
     return record;
@@ -84,19 +84,15 @@ TEST_F(ActionDialogs, RefuseOneFaultAfterTheOther) {
           {"exist_catalog", "from", blank, "exist_file"},
           {"exist_file", "f", "Пустая строка не должна содержать некорректные символы заполнения.", "exist_content"}}},
     };
-    for (const auto& row : table) {
-        const auto& [dialog, clicks] = row;
+    for (const auto& [dialog, clicks] : table) {
         UiScript script;
         for (const Click& click : clicks) {
-            script.when("dialog_" + dialog, [&](UiWindow window) {
-                window.set_entry("entry_" + click.entry, click.text);
-                window.click(button(row.first, "ok"));
-            });
+            script.when("dialog_" + dialog, type({{click.entry, click.text}}, button(dialog, "ok")));
             script.remark(click.message);
             script.when("dialog_" + dialog,
                         [&](UiWindow window) { EXPECT_EQ(window.focus(), "entry_" + click.focus) << click.text; });
         }
-        script.when("dialog_" + dialog, [&](UiWindow window) { window.click(button(row.first, "cancel")); });
+        script.when("dialog_" + dialog, type({}, button(dialog, "cancel")));
         expect_cancelled(dialog);
     }
 }

@@ -16,6 +16,15 @@
 
 using Rows = std::vector<std::vector<std::string>>;
 
+// What a window is answered with: these texts in its entries, then a press on the button.
+inline std::function<void(UiWindow)> type(std::vector<std::pair<std::string, std::string>> entries,
+                                          std::string button) {
+    return [=](UiWindow window) {
+        for (const auto& [entry, text] : entries) window.set_entry("entry_" + entry, text);
+        window.click("button_" + button);
+    };
+}
+
 class EditorTest : public testing::Test {
 protected:
     EditorTest() {
@@ -44,14 +53,10 @@ protected:
         init_profile_dialog();
     }
 
-    // Opens the editor on the first profile and does this in it, until one of its buttons is pressed.
-    void configure(const std::function<void(UiWindow)>& act) {
+    // Opens the editor on the first profile and answers it so, or as a script of the caller's does.
+    void configure(const std::function<void(UiWindow)>& answer = nullptr) {
         UiScript script;
-        script.when("dialog_config", act);
-        configure();
-    }
-    // The same with a script of its own.
-    void configure() {
+        if (answer) script.when("dialog_config", answer);
         main().select("profile_view", {0});
         main().click("button_profile_configure");
     }

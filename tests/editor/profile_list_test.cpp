@@ -23,14 +23,6 @@ protected:
     std::string master_file(const char* reserve = "") const {
         return home.read(std::string(".selunara/vormaqs/config/vormaqs_config.xml") + reserve);
     }
-    // What dialog_enter_2 is answered with; a null text stays as it is.
-    static std::function<void(UiWindow)> enter(const char* name, const char* id, const char* button = "ok") {
-        return [=](UiWindow window) {
-            if (name) window.set_entry("entry_enter_2_name", name);
-            if (id) window.set_entry("entry_enter_2_id", id);
-            window.click(std::string("button_enter_2_") + button);
-        };
-    }
 };
 
 TEST_F(ProfileList, StartsWithOneProfileThatIsOnDiskFromTheFirstSaveOn) {
@@ -65,11 +57,11 @@ TEST_F(ProfileList, CreatesAProfileOnceNameAndIdAreRight) {
         EXPECT_THAT(window.combo_rows("combo_enter_2_id"), IsSupersetOf({"first", "second"}));
     });
     for (const auto& row : refused) {
-        script.when("dialog_enter_2", enter(row.name, row.id));
+        script.when("dialog_enter_2", type({{"enter_2_name", row.name}, {"enter_2_id", row.id}}, "enter_2_ok"));
         row.message == blank ? script.remark(row.message) : script.refusal(row.message);
         script.when("dialog_enter_2", [&row](UiWindow window) { EXPECT_EQ(window.focus(), row.focus) << row.id; });
     }
-    script.when("dialog_enter_2", enter("Третий", "third_3"));
+    script.when("dialog_enter_2", type({{"enter_2_id", "third_3"}}, "enter_2_ok"));
     main().click("button_profile_create");
     EXPECT_EQ(Enter2Dialog, nullptr);
     expect_saved(
@@ -88,7 +80,7 @@ TEST_F(ProfileList, RenamesWithoutTouchingTheId) {
         EXPECT_EQ(window.entry("entry_enter_2_id"), "second");
         EXPECT_FALSE(window.sensitive("entry_enter_2_id") || window.sensitive("combo_enter_2_id"));
     });
-    script.when("dialog_enter_2", enter("<Второй & другой>", nullptr));
+    script.when("dialog_enter_2", type({{"enter_2_name", "<Второй & другой>"}}, "enter_2_ok"));
     main().click("button_profile_rename");
     expect_saved({{"1", "Имя first", "first", "0"}, {"0", "<Второй & другой>", "second", "0"}});
 }
@@ -115,7 +107,7 @@ TEST_F(ProfileList, DeletesAfterAQuestionAndPassesTheDefaultMarkOn) {
     for (const char* button : {"rename", "delete", "configure"}) // with nothing selected they say and do nothing
         main().click(std::string("button_profile_") + button);
     UiScript script;
-    script.when("dialog_enter_2", enter("Новый", "d"));
+    script.when("dialog_enter_2", type({{"enter_2_name", "Новый"}, {"enter_2_id", "d"}}, "enter_2_ok"));
     main().click("button_profile_create");
     expect_saved({{"1", "Новый", "d", "0"}});
 }
@@ -125,14 +117,10 @@ TEST_F(ProfileList, CancelLeavesAllAsItWas) {
     const std::vector<MGProfile> profiles = context.profiles;
     const Rows shown = rows();
     UiScript script;
-    script.when("dialog_enter_2", enter("Другое", "other", "cancel"))
-        .when("dialog_enter_2", enter("Другое", nullptr, "cancel"));
+    script.when("dialog_enter_2", type({{"enter_2_name", "Другое"}, {"enter_2_id", "other"}}, "enter_2_cancel"));
+    script.when("dialog_enter_2", type({{"enter_2_name", "Другое"}}, "enter_2_cancel"));
     script.question(HasSubstr("(second)"), GTK_RESPONSE_NO);
-    script.when("dialog_settings", [](UiWindow window) {
-        EXPECT_EQ(window.entry("entry_log_editor"), "/usr/bin/kate");
-        window.set_entry("entry_log_editor", "/other");
-        window.click("button_settings_cancel");
-    });
+    script.when("dialog_settings", type({{"log_editor", "/other"}}, "settings_cancel"));
     script.when("dialog_about", [](UiWindow window) {
         EXPECT_EQ(window.label("label_about"), "Конфигурационная программа Архиватора\nВерсия 1.0.1");
         window.close();
@@ -162,10 +150,7 @@ TEST_F(ProfileList, SavesOnceForEachRowThatTheDefaultMarkPassesAndKeepsWhatCanno
     EXPECT_THAT(home.read(".selunara/vormaqs/log/vormaqscfg.log"), HasSubstr("____ERROR____"));
     EXPECT_THAT(config_files(), IsEmpty());
     UiScript script;
-    script.when("dialog_settings", [](UiWindow window) {
-        window.set_entry("entry_log_editor", "");
-        window.click("button_settings_ok");
-    });
+    script.when("dialog_settings", type({{"log_editor", ""}}, "settings_ok"));
     main().click("menuitem_settings"); // the next save, of whatever, writes all of it
     expect_saved(moved);
     EXPECT_THAT(master_file(), HasSubstr("<editor path=\"\"/>"));

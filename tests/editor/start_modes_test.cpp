@@ -61,37 +61,36 @@ TEST_F(StartModes, ChoosingAModeOpensItsFrameAlone) {
     });
 }
 
-TEST_F(StartModes, StoresTheOneModeThatIsActive) {
-    std::vector<std::pair<std::set<size_t>, size_t>> table = {{{file, gw_client}, gw_client}, {{}, timer}};
-    for (size_t mode = 0; mode < std::size(modes); ++mode) table.push_back({{mode}, mode});
-    for (const auto& [flags, active] : table) {
-        edit(flags, {}, [&](UiWindow window) {
-            EXPECT_TRUE(window.toggle(modes[active].radio)) << active;
-            EXPECT_EQ(window.sensitive(modes[active].page.front()), !flags.empty()) << active;
-        });
-        for (size_t mode = 0; mode < std::size(modes); ++mode)
-            EXPECT_EQ(on_disk().at(0).config.*modes[mode].flag, mode == active) << modes[mode].radio << active;
-    }
-}
-
-TEST_F(StartModes, DependantsFollowTheStoredFlagsAtOpening) {
+TEST_F(StartModes, OpensByTheStoredFlagsAndStoresTheOneActiveMode) {
     const struct {
-        std::set<size_t> mode;
+        std::set<size_t> flags;
         Stored stored;
         const char* open;
+        size_t active;
     } table[] = {
-        {{recv}, {true, false, true}, "1000"},
-        {{server}, {false, true, true}, "0111"},
-        {{server}, {true, false, true}, "0000"},
-        {{server}, {true, true, false}, "0100"},
-        // Until a mode is clicked the flags alone decide in the frames that come after the stored mode's.
-        {{file}, {true, true, false}, "1100"},
-        {{client}, {true, true, true}, "0111"},
-        {{fs}, {true, true, true}, "0000"},
-        {{}, {true, true, true}, "1111"},
+        // Until a mode is clicked the stored flags alone decide in the frames behind that of the stored mode.
+        {{timer}, {true, false, true}, "1000", timer},
+        {{file}, {true, true, false}, "1100", file},
+        {{recv}, {false, true, true}, "0111", recv},
+        {{modify}, {true, true, false}, "0100", modify},
+        {{client}, {true, true, true}, "0111", client},
+        {{server}, {true, true, true}, "0111", server},
+        {{gw_client}, {true, true, true}, "0000", gw_client},
+        {{gw_server}, {true, true, true}, "0000", gw_server},
+        {{fc}, {true, true, true}, "0000", fc},
+        {{fs}, {true, true, true}, "0000", fs},
+        {{file, gw_client}, {}, "0000", gw_client},
+        {{}, {true, true, true}, "1111", timer},
     };
-    for (const auto& row : table)
-        edit(row.mode, row.stored, [&](UiWindow window) { EXPECT_EQ(dependants(window), row.open); });
+    for (const auto& row : table) {
+        edit(row.flags, row.stored, [&](UiWindow window) {
+            EXPECT_TRUE(window.toggle(modes[row.active].radio)) << row.active;
+            EXPECT_EQ(window.sensitive(modes[row.active].page.front()), !row.flags.empty()) << row.active;
+            EXPECT_EQ(dependants(window), row.open) << row.active;
+        });
+        for (size_t mode = 0; mode < std::size(modes); ++mode)
+            EXPECT_EQ(on_disk().at(0).config.*modes[mode].flag, mode == row.active) << modes[mode].radio << row.active;
+    }
 }
 
 TEST_F(StartModes, DependantsFollowTheirChecksAsTheUserClicks) {
