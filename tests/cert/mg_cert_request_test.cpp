@@ -3,7 +3,6 @@
 #include "cert/der_bytes.h"
 #include "cert/openssl_maker.h"
 
-#include <functional>
 #include <gtest/gtest.h>
 
 namespace {
@@ -49,15 +48,11 @@ void expect_request(MGCert& cert, const Bytes& request) {
     uint32_t version = 9, count = 0;
     EXPECT_TRUE(cert.GetVer(version) && version == 0);
     std::string_view name, second, third;
-    EXPECT_TRUE(cert.GetSubjectFullName(name));
-    EXPECT_EQ(name, "CN=Иванов,C=RU");
-    EXPECT_FALSE(cert.GetIssuerFullName(name));
+    EXPECT_TRUE(cert.GetSubjectFullName(name) && name == "CN=Иванов,C=RU");
     EXPECT_TRUE(cert.GetPublSignAlg(name, second, third) && name == "rsaEncryption");
-    EXPECT_FALSE(cert.GetPublInitAlg(name, second, third));
     const DER_S_UTC_TIME* time = nullptr;
     EXPECT_TRUE(cert.GetSigningTime(time) && time->year == 2021 && time->second == 58);
-    EXPECT_TRUE(cert.GetKeyUsage(2, name, second, third) && second == "keyEncipherment");
-    EXPECT_FALSE(cert.GetKeyUsage(0, name, second, third));
+    EXPECT_TRUE(cert.GetKeyUsage(2, name, second, third) && !cert.GetKeyUsage(0, name, second, third));
     EXPECT_TRUE(cert.GetNumberExtKeyUsage(count) && count == 1);
 }
 
@@ -65,21 +60,13 @@ TEST(MGCertRequest, BareAndInBothEnvelopes) {
     const Bytes request = make_request();
     const Bytes plain = envelope(request);
     const Bytes wrapped = envelope(item(0x30, join({item(0x81, hex("00")), item(0x82, request)})));
-    const struct {
-        const char* what;
-        const Bytes& input;
-        bool is_envelope;
-        std::function<uint32_t(MGCert&)> skip;
-    } rows[] = {
-        {"bare", request, false, [](MGCert&) { return 0u; }},
-        {"envelope of the request", plain, true, [](MGCert& cert) { return cert.SkipReqR2c(); }},
-        {"envelope of an item 2", wrapped, true, [](MGCert& cert) { return cert.SkipReqPse(); }},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
-        MGCert cert(row.input.data(), static_cast<uint32_t>(row.input.size()));
-        EXPECT_EQ(cert.IsReqPse(), row.is_envelope);
-        ASSERT_EQ(row.skip(cert), der_ok);
+    using Skip = uint32_t (MGCert::*)();
+    for (const auto& [input, skip] : {std::pair<const Bytes&, Skip>(request, nullptr),
+                                      {plain, &MGCert::SkipReqR2c},
+                                      {wrapped, &MGCert::SkipReqPse}}) {
+        MGCert cert(input.data(), static_cast<uint32_t>(input.size()));
+        EXPECT_EQ(cert.IsReqPse(), skip != nullptr);
+        EXPECT_EQ(skip ? (cert.*skip)() : der_ok, der_ok);
         expect_request(cert, request);
     }
 }
