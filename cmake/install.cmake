@@ -27,7 +27,8 @@ target_sources(vorma_runtime PUBLIC FILE_SET HEADERS BASE_DIRS src FILES
     src/cert/der_errors.h src/cert/der_memory.h src/cert/der_params.h src/cert/der_reader.h src/cert/mg_cert.h
     src/cert/oid_table.h
     src/config/scrambling.h
-    src/net/address_syntax.h src/net/mg_ip.h src/net/mg_socket.h src/net/provider.h)
+    src/net/address_syntax.h src/net/mg_ip.h src/net/mg_socket.h src/net/mg_trelm.h
+    src/net/provider.h)
 set_target_properties(vorma_runtime PROPERTIES EXPORT_NAME runtime)
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/vorma_runtime)
 install(TARGETS vorma_runtime EXPORT vorma_runtime
