@@ -1,6 +1,7 @@
 // Boxes that MGDialog opens over its window: messages and file choosers.
 #include "dialog/gtk_owner.h"
 #include "dialog/mg_dialog.h"
+#include "dialog/valid_text.h"
 
 #include <algorithm>
 #include <cstring>
@@ -15,7 +16,7 @@ constexpr glong line_limit = 8 * row_length;
 // The text as far as a box can show it; "…" stands for what is left out. The toolkit lays a text out as a whole, so
 // that the megabytes which an error may quote from a bent file would stop the program. The log keeps them.
 std::string fitting(const char* text) {
-    const GtkText valid(g_utf8_make_valid(text, -1));
+    const ValidText valid(text);
     std::string shown;
     glong rows = 0;
     const char* line = valid.get();

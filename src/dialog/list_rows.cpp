@@ -1,6 +1,7 @@
 // Members of MGDialog that work on the rows of a list store through the cursor.
 #include "dialog/mg_dialog.h"
 #include "dialog/rows.h"
+#include "dialog/valid_text.h"
 
 namespace {
 
@@ -58,7 +59,7 @@ void MGDialog::ListStoreInsert(GtkListStore* store, int32_t index) {
 }
 
 void MGDialog::ListStoreSetString(GtkListStore* store, int32_t column, const char* text) {
-    gtk_list_store_set(store, &list_iter, column, text, -1);
+    gtk_list_store_set(store, &list_iter, column, ValidText(text).get(), -1);
 }
 
 void MGDialog::ListStoreSetBoolean(GtkListStore* store, int32_t column, bool value) {

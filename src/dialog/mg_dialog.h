@@ -3,7 +3,8 @@
 // MGDialog throws nothing. A null id does nothing and gives the neutral value that the member names; an id that the
 // definition lacks gives the toolkit's critical warning, no effect and the toolkit's neutral value.
 // Rows are worked on through a cursor: a member that finds or makes a row leaves it current, and the next ones act on
-// it. Results by pointer are never null pointers unless said. Text is UTF-8. Used on the toolkit's thread only.
+// it. Results by pointer are never null pointers unless said. Text is UTF-8; what isn't reaches a widget as U+FFFD.
+// Used on the toolkit's thread only.
 #pragma once
 
 #include <gtk/gtk.h>

@@ -1,6 +1,7 @@
 // Members of MGDialog that work on the rows of a tree store through its cursor.
 #include "dialog/mg_dialog.h"
 #include "dialog/rows.h"
+#include "dialog/valid_text.h"
 
 void MGDialog::TreeStoreAppendRoot(GtkTreeStore* store) {
     gtk_tree_store_append(store, &tree_iter, nullptr);
@@ -84,7 +85,7 @@ void MGDialog::TreeStorePopIter() {
 }
 
 void MGDialog::TreeStoreSetString(GtkTreeStore* store, int32_t column, const char* text) {
-    gtk_tree_store_set(store, &tree_iter, column, text, -1);
+    gtk_tree_store_set(store, &tree_iter, column, ValidText(text).get(), -1);
 }
 
 void MGDialog::TreeStoreSetBoolean(GtkTreeStore* store, int32_t column, bool value) {

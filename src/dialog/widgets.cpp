@@ -1,10 +1,11 @@
 // Members of MGDialog that reach one widget by its id.
 #include "dialog/mg_dialog.h"
+#include "dialog/valid_text.h"
 
 // --- Labels, entries ---
 
 void MGDialog::SetLabel(const char* id, const char* text) {
-    if (id && text) gtk_label_set_text(GTK_LABEL(GetObject(id)), text);
+    if (id && text) gtk_label_set_text(GTK_LABEL(GetObject(id)), ValidText(text).get());
 }
 
 const char* MGDialog::GetLabel(const char* id) const {
@@ -12,7 +13,7 @@ const char* MGDialog::GetLabel(const char* id) const {
 }
 
 void MGDialog::SetEntry(const char* id, const char* text) {
-    if (id && text) gtk_entry_set_text(GTK_ENTRY(GetObject(id)), text);
+    if (id && text) gtk_entry_set_text(GTK_ENTRY(GetObject(id)), ValidText(text).get());
 }
 
 const char* MGDialog::GetEntry(const char* id) const {
@@ -31,7 +32,7 @@ void MGDialog::SetEntryInvisible(const char* id) {
 // --- Combo boxes ---
 
 void MGDialog::ComboBoxTextAppend(const char* id, const char* text) {
-    if (id && text) gtk_combo_box_text_append_text(GTK_COMBO_BOX_TEXT(GetObject(id)), text);
+    if (id && text) gtk_combo_box_text_append_text(GTK_COMBO_BOX_TEXT(GetObject(id)), ValidText(text).get());
 }
 
 void MGDialog::ComboBoxTextRemoveAll(const char* id) {
@@ -173,7 +174,7 @@ void MGDialog::SetNullProgressExt(const char* bar_id, const char* stop_id) {
 // --- Text buffer, file chooser button ---
 
 void MGDialog::SetBuffer(const char* id, const char* text) {
-    if (id && text) gtk_text_buffer_set_text(GTK_TEXT_BUFFER(GetObject(id)), text, -1);
+    if (id && text) gtk_text_buffer_set_text(GTK_TEXT_BUFFER(GetObject(id)), ValidText(text).get(), -1);
 }
 
 void MGDialog::SetBufferString(const char* id, const std::string& text) {
