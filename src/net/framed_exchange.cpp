@@ -91,9 +91,13 @@ bool MGSocket::RecvData(int sock, std::vector<uint8_t>& data, uint64_t only_equa
             const uint64_t size = RecvCode(sock);
             TestEqualAndLessForRecv(err, only_equal, less_then, size);
             SendCode(sock, 0);
+            ClearBeginTimeForInactive();
+            TestLimitInactive();
             // After a time-out the whole size is asked for again. The sender sends nothing further before our answer,
             // so that the next time-out ends the reading.
-            while (!RecvAll(sock, data, size, 0) && data.size() < size) {
+            for (size_t had = 0; !RecvAll(sock, data, size, 0) && data.size() < size; had = data.size()) {
+                if (data.size() > had) ClearBeginTimeForInactive();
+                TestLimitInactive();
             }
             if (data.size() < size) fail(err, too_little, "(data.size() < size)");
             if (data.size() > size) fail(err, too_much, "(data.size() > size)");

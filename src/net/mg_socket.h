@@ -234,7 +234,8 @@ public:
     // One message as sender. False, with nothing sent, if the socket has an error.
     bool SendData(int sock, const std::vector<uint8_t>& data);
     // One message as receiver; gives true. The size must be only_equal, or not above less_then, where that isn't 0;
-    // not both may be set. After a failure data is empty.
+    // not both may be set. The limit on inactivity ends the wait for the body too, and counts anew whenever a part of
+    // it has come. After a failure data is empty.
     bool RecvData(int sock, std::vector<uint8_t>& data, uint64_t only_equal, uint64_t less_then);
     bool RecvData(int sock, std::vector<uint8_t>& data);
     // Throw err: both limits are set; the size recv_byte breaks one.

@@ -1,5 +1,5 @@
 // A connection over the loopback, on a port given by the kernel: the tested object at one end, a descriptor that a test
-// plays the peer with at the other.
+// plays the peer with at the other. And what tests of connections share.
 #pragma once
 
 #include "net/mg_socket.h"
@@ -7,9 +7,15 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <sys/socket.h>
+#include <sys/time.h>
+#include <type_traits>
+
+inline const bool sigpipe_ignored = std::signal(SIGPIPE, SIG_IGN) != SIG_ERR;
 
 inline uint16_t port_of(int sock) {
     sockaddr_in addr{};
@@ -37,9 +43,10 @@ struct TcpPair {
     }
 
     void peer_sends(std::string_view bytes) {
-        EXPECT_EQ(send(peer.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL), static_cast<ssize_t>(bytes.size()));
+        EXPECT_EQ(send(peer.get(), bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
     }
-    void peer_closes() { peer.reset(); }
+    // The end of what it sends; it still reads.
+    void peer_closes() { shutdown(peer.get(), SHUT_WR); }
     // What the peer hasn't read is lost, and the other end is told so at once.
     void peer_resets() {
         const linger at_once{1, 0};
@@ -51,21 +58,52 @@ struct TcpPair {
         const timeval at_most{10, 0};
         setsockopt(peer.get(), SOL_SOCKET, SO_RCVTIMEO, &at_most, sizeof at_most);
         std::string bytes(expected + 1024, '\0');
-        ssize_t got = expected == 0 ? 0 : recv(peer.get(), bytes.data(), expected, MSG_WAITALL);
-        const size_t first = got > 0 ? static_cast<size_t>(got) : 0;
-        got = recv(peer.get(), bytes.data() + first, bytes.size() - first, MSG_DONTWAIT);
-        bytes.resize(first + (got > 0 ? static_cast<size_t>(got) : 0));
+        const ssize_t first = expected == 0 ? 0 : recv(peer.get(), bytes.data(), expected, MSG_WAITALL);
+        const size_t got = first > 0 ? static_cast<size_t>(first) : 0;
+        const ssize_t more = recv(peer.get(), bytes.data() + got, bytes.size() - got, MSG_DONTWAIT);
+        bytes.resize(got + (more > 0 ? static_cast<size_t>(more) : 0));
         return bytes;
     }
 };
 
-// The code of the MGExit that body throws, 0 if none.
-template <class Body>
-int exit_code_of(Body&& body) {
-    try {
-        body();
-    } catch (const MGExit& exit) {
-        return exit.GetCode();
-    }
-    return 0;
+// A code as it lies on the wire: little-endian on the machines that the service runs on.
+inline std::string code(uint64_t number) {
+    return {reinterpret_cast<const char*>(&number), sizeof number};
 }
+
+// How body ended: "true" or what it gave, "exit 1", or for an MGErr "Send: send, EPIPE".
+template <class Body>
+std::string outcome(Body&& body) {
+    try {
+        if constexpr (std::is_void_v<decltype(body())>)
+            body();
+        else if (!body())
+            return "false";
+        return "true";
+    } catch (const MGExit& exit) {
+        return "exit " + std::to_string(exit.GetCode());
+    } catch (const MGErr& err) {
+        const char* name = err.err_code > 0 ? strerrorname_np(err.err_code) : nullptr;
+        return err.func_1 + ": " + err.func_2 + (name ? std::string(", ") + name : "");
+    }
+}
+
+// While it lives, a signal handler interrupts the process's calls every two milliseconds.
+class SignalStorm {
+public:
+    SignalStorm() {
+        struct sigaction tick {};
+        tick.sa_handler = [](int) {};
+        sigaction(SIGALRM, &tick, &former_);
+        const itimerval every{{0, 2000}, {0, 2000}};
+        setitimer(ITIMER_REAL, &every, nullptr);
+    }
+    ~SignalStorm() {
+        const itimerval never{};
+        setitimer(ITIMER_REAL, &never, nullptr);
+        sigaction(SIGALRM, &former_, nullptr);
+    }
+
+private:
+    struct sigaction former_;
+};
