@@ -1,0 +1,94 @@
+#!/usr/bin/python3
+"""Bent files: the program tells in a box what the log holds, ends, and leaves every byte on disk as it was."""
+
+import pathlib
+import random
+import re
+import sys
+
+from driver import Desktop, Editor, wait_for
+
+MAIN = "Конфигурационная программа Резервного копирования"
+MASTER = """<config version="3" release="4" mark="VORQSCFG"><profiles quantity="1">
+  <profile default="1" name="Копия" id="every_field" active="0"/>
+</profiles><settings><editor path="/usr/bin/kate"/></settings></config>
+""".encode()
+PROFILE = (pathlib.Path(__file__).parent.parent / "config/every_field.xml").read_bytes()
+UNREADABLE = "Не удалось прочесть XML документ из файла"
+SURPLUS = "Количество правил для входящих сообщений в XML файле превышает значение, заданное в атрибуте"
+FEWER = "Количество правил для входящих сообщений в XML файле меньше, чем значение, заданное в атрибуте"
+
+
+def bend(content, what, by):
+    assert what.encode() in content, what
+    return content.replace(what.encode(), by.encode())
+
+
+# The master file and the profile's file, None for none; then lines that the message holds.
+REFUSED = [
+    (bend(MASTER, "config", "list"), PROFILE, "В XML файле не найден корневой узел", "config"),
+    (bend(MASTER, "VORQSCFG", "VORQSPRF"), PROFILE,
+     "XML файл не является конфигурационным файлом Резервного копирования", "str != MARK_VORMA_CONFIG"),
+    (bend(MASTER, 'quantity="1"', 'quantity="2"'), PROFILE, FEWER, "profile", "2"),
+    (bend(MASTER, "editor", "viewer"), PROFILE, "Не удалось найти подчиненный раздел", "editor"),
+    (MASTER[:len(MASTER) // 2], PROFILE, UNREADABLE),
+    (random.Random(1).randbytes(5000), PROFILE, UNREADABLE),
+    (MASTER, None, UNREADABLE),
+    (MASTER, b"", UNREADABLE),
+    (MASTER, bend(PROFILE, 'version="3"', 'version="2"'),
+     "Версия файла конфигурации не совпадает с версией файла профиля", "num != version", "2"),
+    (MASTER, bend(PROFILE, 'id="every_field"', 'id="other"'),
+     "Идентификатор профиля не совпадает с именем файла", "other", "every_field"),
+    (MASTER, bend(PROFILE, '<admit quantity="2"', '<admit quantity="1"'), SURPLUS, "user", "1"),
+    (MASTER, bend(PROFILE, " mask_file=", " mask="), "Не удалось получить значение свойства", "mask_file"),
+    (MASTER, bend(PROFILE, 'time_hour="110"', 'time_hour="%s"' % ("x" * 9000000)),
+     "Свойства не содержит числовое значение", "x" * 480 + "…"),
+]
+
+
+def contents(folder):
+    return {file.name: file.read_bytes() for file in folder.iterdir()}
+
+
+with Desktop() as desktop:
+    base = desktop.home / ".selunara/vormaqs"
+    config = base / "config"
+    log = base / "log/vormaqscfg.log"
+    files = [config / "vormaqs_config.xml", config / "every_field.xml"]
+    config.mkdir(parents=True)
+
+    for master, profile, step, *facts in REFUSED:
+        for file, content in zip(files, (master, profile)):
+            file.unlink(missing_ok=True)
+            if content is not None:
+                file.write_bytes(content)
+        log.unlink(missing_ok=True)
+        before = contents(config)
+        with Editor(desktop, sys.argv[1]) as editor:
+            box = editor.window("Ошибка")
+            shown = next(text for text in editor.texts(box, "label") if "\n" in text)
+            editor.press(box, "OK")
+        assert shown.splitlines()[1] == step and set(facts) <= set(shown.splitlines()), shown
+        assert contents(config) == before, step
+        entry = re.fullmatch(r"\n____ERROR____\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\n(.*)", log.read_text(), re.DOTALL)[1]
+        assert re.sub("(x{480})x+", r"\1…", entry) == shown, entry[:1000]  # the box is cut, the log is not
+
+    # A file that others wrote, and a save that fails: memory keeps the change, and the next save writes it.
+    files[1].write_bytes(re.sub(rb"(?s)(  <settings.*?\n)(.*)(</profile>)", rb"\2<new/>\1\3", PROFILE))
+    before = contents(config)
+    obstacle = config / "every_field.xml~"
+    obstacle.mkdir()
+    with Editor(desktop, sys.argv[1]) as editor:
+        main = editor.window(MAIN)
+        editor.press(main, "Переименовать")
+        naming = editor.window("Окно ввода данных")
+        editor.type_into(naming, "Наименование :", "Renamed")
+        editor.press(naming, "Сохранить")
+        editor.press(editor.window("Ошибка"), "OK")
+        assert files[1].read_bytes() == before["every_field.xml"]
+        obstacle.rmdir()
+        editor.click(editor.cell(editor.window(MAIN), 0, 1))
+        wait_for("the save", lambda: obstacle.exists() and b"<new/>" not in files[1].read_bytes())
+        assert b'name="Renamed" id="every_field" active="1"' in files[0].read_bytes()
+        assert obstacle.read_bytes() == before["every_field.xml"]
+        editor.close(main)
