@@ -63,18 +63,20 @@ TEST(MGDialog, WithoutAWindowItAnswersCancelAndShowsNothing) {
     EXPECT_THAT(testing::internal::GetCapturedStderr(),
                 testing::AllOf(HasSubstr("/nonexistent.glade"), HasSubstr("/nowhere/none.glade")));
     for (MGDialog* dialog : {&file, &resource, &other_id}) {
-        std::string folder = "old";
-        std::vector<std::string> names = {"old"};
         dialog->Show();
         EXPECT_EQ(dialog->Run(), GTK_RESPONSE_CANCEL);
         EXPECT_EQ(dialog->MessageBox("t", "m", GTK_MESSAGE_INFO, GTK_BUTTONS_OK), -1);
-        EXPECT_FALSE(dialog->GetFilesFromDir("t", "/", folder, names));
-        EXPECT_TRUE(folder.empty() && names.empty());
     }
 }
 
-TEST(MGDialog, ConvertsWhatWidgetsHold) {
+TEST(MGDialog, ConvertsWhatWidgetsHoldAndIsLoudAboutAMissingOne) {
     const auto dialog = make();
+    EXPECT_STREQ(dialog->GetEntry(nullptr), "");
+    {
+        ToolkitMessages said;
+        EXPECT_STREQ(dialog->GetEntry("no_such_entry"), "");
+        EXPECT_EQ(said.texts.size(), 1u);
+    }
     for (const auto& [set, read] : {std::pair{59.9, 59}, {-2.9, -2}, {8760.0, 99}}) {
         dialog->SpinSet("adjustment", set);
         EXPECT_EQ(dialog->SpinGet("adjustment"), read);
@@ -88,17 +90,6 @@ TEST(MGDialog, ConvertsWhatWidgetsHold) {
     EXPECT_DOUBLE_EQ(gtk_progress_bar_get_fraction(GTK_PROGRESS_BAR(dialog->GetObject("bar"))), 0.75);
     dialog->ToggleButtonSet("stop", true);
     EXPECT_TRUE(dialog->SetProgressExt("bar", "stop", 4, 3));
-}
-
-TEST(MGDialog, ANullIdIsNeutralAndAMissingOneIsLoud) {
-    const auto dialog = make();
-    dialog->SetFocusToProblemWidget(nullptr);
-    EXPECT_STREQ(dialog->GetEntry(nullptr), "");
-
-    ToolkitMessages said;
-    EXPECT_STREQ(dialog->GetEntry("no_such_entry"), "");
-    EXPECT_EQ(dialog->SpinGet("no_such_adjustment"), 0);
-    EXPECT_EQ(said.texts.size(), 2u);
 }
 
 TEST(MGDialog, ABoxOfAnyTextFitsTheScreen) {
@@ -147,22 +138,6 @@ TEST(MGDialog, FileChoosersGiveNamesOnAcceptanceOnly) {
     EXPECT_TRUE(dialog->GetFilesFromDir("Файлы", dir.path(), folder, names));
     EXPECT_EQ(folder, dir.path());
     EXPECT_THAT(names, ElementsAre("a.txt"));
-}
-
-MGDialog* global = nullptr;
-std::deque<MGDialog*> nested;
-
-TEST(OpenDialog, StandsInItsGlobalWhileItIsOpen) {
-    try {
-        OpenDialog dialog(global, "dialog_about", "Заголовок");
-        EXPECT_EQ(global, dialog.get());
-        OpenDialog inner(nested, "dialog_admit", "Список");
-        EXPECT_THAT(nested, ElementsAre(inner.get()));
-        throw MGErr();
-    } catch (const MGErr&) {
-    }
-    EXPECT_EQ(global, nullptr);
-    EXPECT_TRUE(nested.empty());
 }
 
 void failing_handler(MGDialog* over, const std::function<void()>& body) {
