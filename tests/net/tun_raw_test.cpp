@@ -3,15 +3,16 @@
 // socket.
 #include "net/mg_ip.h"
 #include "net/mg_socket.h"
+#include "net_namespace.h"
 #include "support/error_of.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <linux/if_tun.h>
 #include <net/if.h>
-#include <sched.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -22,30 +23,17 @@ using Bytes = std::vector<uint8_t>;
 constexpr uint16_t port = 7777;
 
 // Gives the interface its address and MTU and sets it up.
-void set_up(const char* name, const char* ip, int mtu) {
-    MGErr err;
-    MGSocket sock;
-    MGSocket::InitSocketExt(err, sock.m_sock, AF_INET, SOCK_DGRAM, 0);
-    auto request = [&](unsigned long code, auto fill) {
-        ifreq ifr{};
-        std::strcpy(ifr.ifr_name, name);
-        fill(ifr);
-        MGSocket::Ioctl(err, sock.m_sock, code, &ifr, "", "set_up");
-    };
-    for (auto [code, address] : {std::pair(SIOCSIFADDR, ip), std::pair(SIOCSIFNETMASK, "255.255.255.0")})
-        request(static_cast<unsigned long>(code), [&](ifreq& ifr) {
-            MGSocket::SetAddress(err, address, 0, reinterpret_cast<sockaddr_in&>(ifr.ifr_addr));
-        });
-    request(SIOCSIFMTU, [&](ifreq& ifr) { ifr.ifr_mtu = mtu; });
-    request(SIOCSIFFLAGS, [](ifreq& ifr) { ifr.ifr_flags = IFF_UP; });
+void set_up(const std::string& name, const std::string& ip, int mtu) {
+    const std::string set = "ip link set " + name + " up mtu " + std::to_string(mtu);
+    ASSERT_EQ(std::system((set + " && ip addr replace " + ip + "/24 dev " + name).c_str()), 0);
 }
 
 class TunRaw : public testing::Test {
 protected:
     void SetUp() override {
-        if (unshare(CLONE_NEWNET) < 0 && unshare(CLONE_NEWUSER | CLONE_NEWNET) < 0)
-            GTEST_SKIP() << "no network namespace is granted: " << std::strerror(errno);
+        if (!network.refusal().empty()) GTEST_SKIP() << network.refusal();
         if (access("/dev/net/tun", R_OK | W_OK) < 0) GTEST_SKIP() << "no use of /dev/net/tun: " << std::strerror(errno);
+        if (std::system("ip -V > /dev/null 2>&1") != 0) GTEST_SKIP() << "there is no `ip`";
         near.OpenTun("near");
         set_up("near", "10.9.0.1", 1500);
         near.InitRaw(IPPROTO_RAW);
@@ -81,11 +69,12 @@ protected:
         return packet;
     }
 
+    const NetNamespace network;
     MGSocket near;
 };
 
 TEST_F(TunRaw, PacketsArriveWholeOrAreFragmentedSoThatAnotherStackPutsThemTogether) {
-    ASSERT_EQ(unshare(CLONE_NEWNET), 0);
+    const NetNamespace far_network;
     MGSocket far;
     MGErr err;
     far.OpenTun("far");
