@@ -21,34 +21,13 @@ ErrorFields error_of(Step&& step) {
     return {};
 }
 
-// What the XML layer tells of an attribute or an element that is missing.
-inline ErrorFields no_prop(const char* operation, const char* name) {
-    return {"Ошибка получения свойства раздела",
-            "Не удалось получить значение свойства",
-            operation,
-            "xmlGetProp",
-            name,
-            "",
-            "",
-            "0"};
-}
-inline ErrorFields no_child(const char* name) {
-    return {"Ошибка получения первого подчиненного раздела",
-            "Не удалось найти подчиненный раздел",
-            "GetFirstChildren",
-            "",
-            name,
-            "",
-            "",
-            "0"};
-}
-
-// What a reader of one file tells when a check does not hold.
+// What a reader tells: all of it names the operation and, in opt_param, the file or the XML name.
 struct ReaderErrors {
-    std::string mess_1, func_1, file;
+    std::string mess_1, func_1, opt_param;
 
-    ErrorFields check(const char* mess_2, const char* func_2, const char* str, const char* ext, const char* num) const {
-        return {mess_1, mess_2, func_1, func_2, file, str, ext, num};
+    ErrorFields check(const char* mess_2, const char* func_2, const std::string& str = "", const std::string& ext = "",
+                      const std::string& num = "0") const {
+        return {mess_1, mess_2, func_1, func_2, opt_param, str, ext, num};
     }
     ErrorFields surplus(const char* name, const char* num) const {
         return check("Количество правил для входящих сообщений в XML файле превышает значение, заданное в атрибуте",
@@ -59,3 +38,17 @@ struct ReaderErrors {
                      "counter != quantity", "quantity", name, num);
     }
 };
+
+// What the XML layer tells of an attribute that is missing or holds no number, and of an element that is missing.
+inline ErrorFields no_prop(const char* name) {
+    return ReaderErrors{"Ошибка получения свойства раздела", "GetTextProp", name}.check(
+        "Не удалось получить значение свойства", "xmlGetProp");
+}
+inline ErrorFields no_number(const char* conversion, const char* name, const char* text) {
+    return ReaderErrors{"Ошибка получения свойства раздела", "GetNumberPropExt", name}.check(
+        "Свойства не содержит числовое значение", conversion, text);
+}
+inline ErrorFields no_child(const char* name) {
+    return ReaderErrors{"Ошибка получения первого подчиненного раздела", "GetFirstChildren", name}.check(
+        "Не удалось найти подчиненный раздел", "");
+}

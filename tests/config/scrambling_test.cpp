@@ -17,7 +17,7 @@ Bytes by_libgcrypt(const Bytes& initial, Bytes data) {
     static const bool ready = gcry_check_version(nullptr) != nullptr;
     gcry_cipher_hd_t cipher;
     EXPECT_TRUE(ready && gcry_cipher_open(&cipher, GCRY_CIPHER_GOST28147, GCRY_CIPHER_MODE_CFB, 0) == 0);
-    gcry_error_t sbox = gcry_cipher_set_sbox(cipher, "1.2.643.2.2.31.1");
+    const gcry_error_t sbox = gcry_cipher_set_sbox(cipher, "1.2.643.2.2.31.1");
     EXPECT_EQ(sbox, 0u);
     EXPECT_EQ(gcry_cipher_setkey(cipher, scrambling_key, sizeof scrambling_key), 0u);
     EXPECT_EQ(gcry_cipher_setiv(cipher, initial.data(), initial.size()), 0u);
@@ -36,7 +36,7 @@ Bytes random_bytes(std::mt19937& random, size_t size) {
 
 TEST(Scrambling, GivesTheStandardStreamAtAnyLength) {
     std::mt19937 random(28147);
-    std::vector<size_t> sizes = {1, 7, 8, 9, 1023, 1024, 1025, 1032, 2048, 2049, 5000};
+    std::vector<size_t> sizes = {1, 7, 8, 9, 1023, 1024, 1025, 1032, 2048, 2049};
     for (int i = 0; i < 200; ++i) sizes.push_back(1 + random() % 5000);
     for (size_t size : sizes) {
         SCOPED_TRACE(size);
@@ -53,16 +53,15 @@ TEST(Scrambling, GivesTheStandardStreamAtAnyLength) {
 }
 
 TEST(Scrambling, PasswordsComeBack) {
-    for (const std::string& plain : {std::string(), std::string("x"), std::string("12345678"),
-                                     std::string("Пароль №1 \n\t"), std::string(1025, 'q')}) {
+    EXPECT_EQ(code_string(""), "");
+    EXPECT_EQ(decode_string(code_string(std::string("ab\0cd", 5))), "ab");
+    for (const std::string& plain : {std::string("x"), std::string("Пароль №1 \n\t"), std::string(1025, 'q')}) {
         SCOPED_TRACE(plain);
         const std::string coded = code_string(plain);
-        EXPECT_EQ(coded.size(), plain.empty() ? 0 : (plain.size() + 8 + 2) / 3 * 4);
-        EXPECT_EQ(coded.find_first_of("\r\n"), std::string::npos);
+        EXPECT_EQ(coded.size(), (plain.size() + 8 + 2) / 3 * 4);
         EXPECT_EQ(decode_string(coded), plain);
         Bytes data;
         base64_string_to_vector_data(coded, data);
-        if (plain.empty()) continue;
         EXPECT_TRUE(std::equal(data.begin(), data.begin() + 4, data.begin() + 4)) << "the time stands there twice";
         const Bytes initial(data.begin(), data.begin() + 8);
         EXPECT_EQ(Bytes(data.begin() + 8, data.end()), by_libgcrypt(initial, Bytes(plain.begin(), plain.end())));
@@ -70,27 +69,12 @@ TEST(Scrambling, PasswordsComeBack) {
 }
 
 TEST(Scrambling, ReadsAnyStoredText) {
-    const struct {
-        const char* coded;
-        const char* plain;
-    } rows[] = {
-        {"AQIDZQECA2WGyqOcFJe9TkuIHOlbBcVH5CTZDSU=", "console.пароль0"}, // made with libgcrypt
-        {"AQIDZQ\nECA2WGyqOcF\r\n Je9TkuIHOlbB*cVH5CTZDSU=", "console.пароль0"},
-        {"AQIDZQECA2WGyqOcFJe9TkuIHOlbBcVH5CTZDSU=AAAA", "console.пароль0"},
-        {"AQIDZQECA2WGyqM", "con"}, // no padding
-        {"AQIDZQECA2W", ""},        // 8 bytes
-        {"", ""},
+    const std::pair<const char*, const char*> rows[] = {
+        {"AQIDZQ\nECA2WGyqOcF\r\n Je9TkuIHOlbB*cVH5CTZDSU=AAAA", "console.пароль0"}, // made with libgcrypt
+        {"AQIDZQECA2WGyqM", "con"},                                                  // no padding
+        {"AQIDZQECA2W", ""},                                                         // 8 bytes
         {"====", ""},
         {"Пароль", ""},
     };
-    for (const auto& row : rows) EXPECT_EQ(decode_string(row.coded), row.plain) << row.coded;
-    const std::string with_zero("ab\0cd", 5);
-    EXPECT_EQ(decode_string(code_string(with_zero)), "ab");
-
-    uint8_t data[8];
-    size_t size = 99;
-    base64_to_binary("+/+/=Zg==", data, size);
-    char text[16];
-    binary_to_base64(data, size, text);
-    EXPECT_STREQ(text, "+/+/");
+    for (const auto& [coded, plain] : rows) EXPECT_EQ(decode_string(coded), plain) << coded;
 }
