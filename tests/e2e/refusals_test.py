@@ -39,7 +39,7 @@ REFUSED = [
      "Версия файла конфигурации не совпадает с версией файла профиля", "num != version", "2"),
     (MASTER, bend(PROFILE, 'id="every_field"', 'id="other"'),
      "Идентификатор профиля не совпадает с именем файла", "other", "every_field"),
-    (MASTER, bend(PROFILE, '<admit quantity="2"', '<admit quantity="1"'), SURPLUS, "user", "1"),
+    (MASTER, bend(PROFILE, "</admit>", "<user/></admit>"), SURPLUS, "counter == quantity", "user"),
     (MASTER, bend(PROFILE, " mask_file=", " mask="), "Не удалось получить значение свойства", "mask_file"),
     (MASTER, bend(PROFILE, 'time_hour="110"', 'time_hour="%s"' % ("x" * 9000000)),
      "Свойства не содержит числовое значение", "x" * 480 + "…"),
