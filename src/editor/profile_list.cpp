@@ -60,10 +60,9 @@ void rename_profile(GtkTreeView* view) {
     dialog->user_data = &index;
     if (!dialog.RunOk()) return;
 
+    // The id isn't read back: it never changes, and the entry would cut one that was made longer by hand.
     profile.name = dialog->GetEntry("entry_enter_2_name");
-    profile.id = dialog->GetEntry("entry_enter_2_id");
-    if (!profile.name.empty()) ProfileDialog->ListStoreSetString(store, COLUMN_NAME, profile.name.c_str());
-    if (!profile.id.empty()) ProfileDialog->ListStoreSetString(store, COLUMN_ID, profile.id.c_str());
+    ProfileDialog->ListStoreSetString(store, COLUMN_NAME, profile.name.c_str());
     save_all_config_data(Enter2Dialog);
 }
 

@@ -77,7 +77,7 @@ TEST_F(ActionList, StoreAndVectorFollowAPlainModel) {
     const char* const moves[] = {"top", "up", "down", "bottom"};
     show_rows(9);
     std::vector<MGAction> model = working.actions;
-    for (int operation = 0; operation < 300; ++operation) {
+    for (int operation = 0; operation < 240; ++operation) {
         const int kind = below(30);
         Selection selected;
         for (int row = 0, part = below(6); row < static_cast<int>(model.size()); ++row)

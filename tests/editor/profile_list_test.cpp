@@ -71,18 +71,19 @@ TEST_F(ProfileList, CreatesAProfileOnceNameAndIdAreRight) {
 }
 
 TEST_F(ProfileList, RenamesWithoutTouchingTheId) {
-    show({"first", "second"});
+    const std::string long_id(40, 'i'); // made by hand: the entry holds 32 characters
+    show({"first", long_id});
     main().select("profile_view", {1});
     UiScript script;
     script.when("dialog_enter_2", [](UiWindow window) {
         EXPECT_EQ(window.label("label_enter_2_profile"), "Переименование профиля");
-        EXPECT_EQ(window.entry("entry_enter_2_name"), "Имя second");
-        EXPECT_EQ(window.entry("entry_enter_2_id"), "second");
+        EXPECT_THAT(window.entry("entry_enter_2_name"), testing::StartsWith("Имя iii"));
+        EXPECT_THAT(window.entry("entry_enter_2_id"), testing::StartsWith("iii"));
         EXPECT_FALSE(window.sensitive("entry_enter_2_id") || window.sensitive("combo_enter_2_id"));
     });
     script.when("dialog_enter_2", type({{"enter_2_name", "<Второй & другой>"}}, "enter_2_ok"));
     main().click("button_profile_rename");
-    expect_saved({{"1", "Имя first", "first", "0"}, {"0", "<Второй & другой>", "second", "0"}});
+    expect_saved({{"1", "Имя first", "first", "0"}, {"0", "<Второй & другой>", long_id, "0"}});
 }
 
 TEST_F(ProfileList, DeletesAfterAQuestionAndPassesTheDefaultMarkOn) {
@@ -154,6 +155,15 @@ TEST_F(ProfileList, SavesOnceForEachRowThatTheDefaultMarkPassesAndKeepsWhatCanno
     main().click("menuitem_settings"); // the next save, of whatever, writes all of it
     expect_saved(moved);
     EXPECT_THAT(master_file(), HasSubstr("<editor path=\"\"/>"));
+}
+
+TEST_F(ProfileList, AFileThatCannotBeWrittenEndsTheSave) {
+    show({"a", "b", "c"});
+    std::filesystem::create_directory(context.config_dir + "/b.xml");
+    UiScript script;
+    script.refusal(HasSubstr("Не удалось создать файл"));
+    main().toggle_cell("profile_view", 2, active_column);
+    EXPECT_THAT(config_files(), testing::ElementsAre("a.xml", "b.xml", "vormaqs_config.xml"));
 }
 
 } // namespace
