@@ -4,6 +4,8 @@
 #include "support/temp_dir.h"
 #include "support/ui_script.h"
 
+#include <gtest/gtest-spi.h>
+
 #include <cstring>
 #include <memory>
 
@@ -72,11 +74,7 @@ TEST(MGDialog, WithoutAWindowItAnswersCancelAndShowsNothing) {
 TEST(MGDialog, ConvertsWhatWidgetsHoldAndIsLoudAboutAMissingOne) {
     const auto dialog = make();
     EXPECT_STREQ(dialog->GetEntry(nullptr), "");
-    {
-        ToolkitMessages said;
-        EXPECT_STREQ(dialog->GetEntry("no_such_entry"), "");
-        EXPECT_EQ(said.texts.size(), 1u);
-    }
+    EXPECT_NONFATAL_FAILURE(EXPECT_STREQ(dialog->GetEntry("no_such_entry"), ""), "The toolkit says");
     for (const auto& [set, read] : {std::pair{59.9, 59}, {-2.9, -2}, {8760.0, 99}}) {
         dialog->SpinSet("adjustment", set);
         EXPECT_EQ(dialog->SpinGet("adjustment"), read);

@@ -7,6 +7,7 @@
 namespace {
 
 constexpr guint limit_seconds = 20; // of a wait; reached in tests that fail alone
+constexpr const char* answered = "answered";
 
 std::string text_or_empty(const char* text) {
     return text ? text : "";
@@ -22,21 +23,19 @@ std::string id_of(GtkWidget* widget) {
     return GTK_IS_BUILDABLE(widget) ? text_or_empty(gtk_buildable_get_name(GTK_BUILDABLE(widget))) : "";
 }
 
-struct Search {
-    const std::string& id;
-    GtkWidget* found;
-};
-
-void search(GtkWidget* widget, gpointer data) {
-    Search& state = *static_cast<Search*>(data);
-    if (state.found) return;
-    if (id_of(widget) == state.id) {
-        state.found = widget;
-        return;
-    }
-    if (GTK_IS_MENU_ITEM(widget))
-        if (GtkWidget* submenu = gtk_menu_item_get_submenu(GTK_MENU_ITEM(widget))) search(submenu, data);
-    if (GTK_IS_CONTAINER(widget)) gtk_container_forall(GTK_CONTAINER(widget), search, data);
+// The widget of that id below this one, or null.
+GtkWidget* below(GtkWidget* widget, const std::string& id) {
+    if (id_of(widget) == id) return widget;
+    GtkWidget* submenu = GTK_IS_MENU_ITEM(widget) ? gtk_menu_item_get_submenu(GTK_MENU_ITEM(widget)) : nullptr;
+    std::vector<GtkWidget*> children;
+    const auto collect = [](GtkWidget* child, gpointer all) {
+        static_cast<std::vector<GtkWidget*>*>(all)->push_back(child);
+    };
+    if (submenu) children.push_back(submenu);
+    if (GTK_IS_CONTAINER(widget)) gtk_container_forall(GTK_CONTAINER(widget), collect, &children);
+    for (GtkWidget* child : children)
+        if (GtkWidget* found = below(child, id)) return found;
+    return nullptr;
 }
 
 std::string describe(GtkWidget* window) {
@@ -61,8 +60,6 @@ GtkWidget* visible_window(const std::string& id) {
     return found;
 }
 
-constexpr const char* answered = "answered";
-
 // A chooser that was accepted may stay a while to look at the file: it is not the next one.
 GtkWidget* chooser_up() {
     GtkWidget* modal = modal_window();
@@ -76,17 +73,6 @@ void offer_file(GtkFileChooser* chooser, const std::string& path) {
     } else {
         gtk_file_chooser_set_filename(chooser, path.c_str());
     }
-}
-
-GtkCellRenderer* toggle_renderer(GtkTreeView* view, int view_column) {
-    GtkTreeViewColumn* column = gtk_tree_view_get_column(view, view_column);
-    if (!column) return nullptr;
-    GtkCellRenderer* found = nullptr;
-    GList* cells = gtk_cell_layout_get_cells(GTK_CELL_LAYOUT(column));
-    for (GList* item = cells; item; item = item->next)
-        if (GTK_IS_CELL_RENDERER_TOGGLE(item->data)) found = GTK_CELL_RENDERER(item->data);
-    g_list_free(cells);
-    return found;
 }
 
 std::string cell_text(GtkTreeModel* model, GtkTreeIter* row, int column) {
@@ -103,17 +89,16 @@ std::string cell_text(GtkTreeModel* model, GtkTreeIter* row, int column) {
     return text;
 }
 
-ToolkitMessages* collector = nullptr;
-
-GLogWriterOutput write_message(GLogLevelFlags level, const GLogField* fields, gsize count, gpointer) {
-    if (!(level & (G_LOG_LEVEL_WARNING | G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_ERROR)))
-        return g_log_writer_default(level, fields, count, nullptr);
-    const std::string text = taken(g_log_writer_format_fields(level, fields, count, FALSE));
-    if (collector)
-        collector->texts.push_back(text);
-    else
-        ADD_FAILURE() << "The toolkit says: " << text;
-    return G_LOG_WRITER_HANDLED;
+std::vector<std::vector<std::string>> cells_of(GtkTreeModel* model) {
+    std::vector<std::vector<std::string>> rows;
+    GtkTreeIter row;
+    for (gboolean more = gtk_tree_model_get_iter_first(model, &row); more;
+         more = gtk_tree_model_iter_next(model, &row)) {
+        rows.emplace_back();
+        for (int column = 0; column < gtk_tree_model_get_n_columns(model); ++column)
+            rows.back().push_back(cell_text(model, &row, column));
+    }
+    return rows;
 }
 
 } // namespace
@@ -121,14 +106,9 @@ GLogWriterOutput write_message(GLogLevelFlags level, const GLogField* fields, gs
 // --- UiWindow ---
 
 GtkWidget* UiWindow::find(const std::string& id) const {
-    Search state{id, nullptr};
-    search(window_, &state);
-    if (!state.found) ADD_FAILURE() << "no widget " << id << " in " << describe(window_);
-    return state.found;
-}
-
-std::string UiWindow::title() const {
-    return text_or_empty(gtk_window_get_title(GTK_WINDOW(window_)));
+    GtkWidget* found = below(window_, id);
+    if (!found) GTEST_LOG_(FATAL) << "no widget " << id << " in " << describe(window_);
+    return found;
 }
 
 std::string UiWindow::focus() const {
@@ -138,7 +118,6 @@ std::string UiWindow::focus() const {
 
 void UiWindow::click(const std::string& id) const {
     GtkWidget* widget = find(id);
-    if (!widget) return;
     EXPECT_TRUE(gtk_widget_is_sensitive(widget)) << id << " can't be clicked now";
     if (GTK_IS_MENU_ITEM(widget))
         gtk_menu_item_activate(GTK_MENU_ITEM(widget));
@@ -146,82 +125,62 @@ void UiWindow::click(const std::string& id) const {
         g_signal_emit_by_name(widget, "clicked");
 }
 
-void UiWindow::respond(int response) const {
-    gtk_dialog_response(GTK_DIALOG(window_), response);
-}
-
 void UiWindow::close() const {
     gtk_window_close(GTK_WINDOW(window_));
 }
 
 void UiWindow::set_entry(const std::string& id, const std::string& text) const {
-    if (GtkWidget* widget = find(id)) gtk_entry_set_text(GTK_ENTRY(widget), text.c_str());
+    gtk_entry_set_text(GTK_ENTRY(find(id)), text.c_str());
 }
 
 std::string UiWindow::entry(const std::string& id) const {
-    GtkWidget* widget = find(id);
-    return widget ? gtk_entry_get_text(GTK_ENTRY(widget)) : "";
+    return gtk_entry_get_text(GTK_ENTRY(find(id)));
 }
 
 void UiWindow::press_icon(const std::string& entry_id) const {
-    if (GtkWidget* widget = find(entry_id))
-        g_signal_emit_by_name(widget, "icon-press", GTK_ENTRY_ICON_SECONDARY, nullptr);
+    g_signal_emit_by_name(find(entry_id), "icon-press", GTK_ENTRY_ICON_SECONDARY, nullptr);
 }
 
 void UiWindow::set_spin(const std::string& id, double value) const {
-    if (GtkWidget* widget = find(id)) gtk_spin_button_set_value(GTK_SPIN_BUTTON(widget), value);
+    gtk_spin_button_set_value(GTK_SPIN_BUTTON(find(id)), value);
 }
 
 double UiWindow::spin(const std::string& id) const {
-    GtkWidget* widget = find(id);
-    return widget ? gtk_spin_button_get_value(GTK_SPIN_BUTTON(widget)) : 0;
+    return gtk_spin_button_get_value(GTK_SPIN_BUTTON(find(id)));
 }
 
 void UiWindow::set_toggle(const std::string& id, bool on) const {
-    if (GtkWidget* widget = find(id)) gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(widget), on);
+    gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(find(id)), on);
 }
 
 bool UiWindow::toggle(const std::string& id) const {
-    GtkWidget* widget = find(id);
-    return widget && gtk_toggle_button_get_active(GTK_TOGGLE_BUTTON(widget));
+    return gtk_toggle_button_get_active(GTK_TOGGLE_BUTTON(find(id)));
 }
 
 void UiWindow::set_combo(const std::string& id, const std::string& row_id) const {
-    GtkWidget* widget = find(id);
-    if (!widget) return;
-    EXPECT_TRUE(gtk_combo_box_set_active_id(GTK_COMBO_BOX(widget), row_id.c_str())) << id << " has no " << row_id;
+    EXPECT_TRUE(gtk_combo_box_set_active_id(GTK_COMBO_BOX(find(id)), row_id.c_str())) << id << " has no " << row_id;
 }
 
 std::string UiWindow::combo(const std::string& id) const {
-    GtkWidget* widget = find(id);
-    return widget ? text_or_empty(gtk_combo_box_get_active_id(GTK_COMBO_BOX(widget))) : "";
+    return text_or_empty(gtk_combo_box_get_active_id(GTK_COMBO_BOX(find(id))));
 }
 
 std::vector<std::string> UiWindow::combo_rows(const std::string& id) const {
     std::vector<std::string> rows;
-    GtkWidget* widget = find(id);
-    if (!widget) return rows;
-    GtkTreeModel* model = gtk_combo_box_get_model(GTK_COMBO_BOX(widget));
-    GtkTreeIter row;
-    for (gboolean more = gtk_tree_model_get_iter_first(model, &row); more; more = gtk_tree_model_iter_next(model, &row))
-        rows.push_back(cell_text(model, &row, 0));
+    for (const auto& cells : cells_of(gtk_combo_box_get_model(GTK_COMBO_BOX(find(id))))) rows.push_back(cells[0]);
     return rows;
 }
 
 std::string UiWindow::label(const std::string& id) const {
-    GtkWidget* widget = find(id);
-    return widget ? gtk_label_get_text(GTK_LABEL(widget)) : "";
+    return gtk_label_get_text(GTK_LABEL(find(id)));
 }
 
 bool UiWindow::sensitive(const std::string& id) const {
-    GtkWidget* widget = find(id);
-    return widget && gtk_widget_is_sensitive(widget);
+    return gtk_widget_is_sensitive(find(id));
 }
 
 void UiWindow::select(const std::string& view_id, const std::vector<int>& rows) const {
-    GtkWidget* widget = find(view_id);
-    if (!widget) return;
-    GtkTreeView* view = GTK_TREE_VIEW(widget);
+    GtkTreeView* view = GTK_TREE_VIEW(find(view_id));
     GtkTreeSelection* selection = gtk_tree_view_get_selection(view);
     if (gtk_tree_selection_get_mode(selection) != GTK_SELECTION_BROWSE) gtk_tree_selection_unselect_all(selection);
     for (const int row : rows) {
@@ -234,37 +193,22 @@ void UiWindow::select(const std::string& view_id, const std::vector<int>& rows) 
 }
 
 void UiWindow::activate_row(const std::string& view_id, int row) const {
-    GtkWidget* widget = find(view_id);
-    if (!widget) return;
     select(view_id, {row});
+    GtkTreeView* view = GTK_TREE_VIEW(find(view_id));
     GtkTreePath* path = gtk_tree_path_new_from_indices(row, -1);
-    gtk_tree_view_row_activated(GTK_TREE_VIEW(widget), path, gtk_tree_view_get_column(GTK_TREE_VIEW(widget), 0));
+    gtk_tree_view_row_activated(view, path, gtk_tree_view_get_column(view, 0));
     gtk_tree_path_free(path);
 }
 
 void UiWindow::toggle_cell(const std::string& view_id, int row, int view_column) const {
-    GtkWidget* widget = find(view_id);
-    if (!widget) return;
-    GtkCellRenderer* cell = toggle_renderer(GTK_TREE_VIEW(widget), view_column);
-    if (cell)
-        g_signal_emit_by_name(cell, "toggled", std::to_string(row).c_str());
-    else
-        ADD_FAILURE() << view_id << " has no toggle in column " << view_column;
+    GtkTreeViewColumn* column = gtk_tree_view_get_column(GTK_TREE_VIEW(find(view_id)), view_column);
+    GList* cells = gtk_cell_layout_get_cells(GTK_CELL_LAYOUT(column));
+    g_signal_emit_by_name(cells->data, "toggled", std::to_string(row).c_str());
+    g_list_free(cells);
 }
 
 std::vector<std::vector<std::string>> UiWindow::table(const std::string& view_id) const {
-    std::vector<std::vector<std::string>> rows;
-    GtkWidget* widget = find(view_id);
-    if (!widget) return rows;
-    GtkTreeModel* model = gtk_tree_view_get_model(GTK_TREE_VIEW(widget));
-    GtkTreeIter row;
-    for (gboolean more = gtk_tree_model_get_iter_first(model, &row); more;
-         more = gtk_tree_model_iter_next(model, &row)) {
-        rows.emplace_back();
-        for (int column = 0; column < gtk_tree_model_get_n_columns(model); ++column)
-            rows.back().push_back(cell_text(model, &row, column));
-    }
-    return rows;
+    return cells_of(gtk_tree_view_get_model(GTK_TREE_VIEW(find(view_id))));
 }
 
 // --- UiScript: what to wait for ---
@@ -287,7 +231,7 @@ UiScript& UiScript::box(const std::string& title, testing::Matcher<std::string> 
         EXPECT_THAT(taken(shown), text);
         EXPECT_EQ(kind, type);
         EXPECT_TRUE(gtk_dialog_get_widget_for_response(GTK_DIALOG(window.widget()), response)) << "no such button";
-        window.respond(response);
+        gtk_dialog_response(GTK_DIALOG(window.widget()), response);
     };
     return add({"a box titled " + title, ready, answer});
 }
@@ -323,14 +267,14 @@ UiScript& UiScript::choose(const std::string& title, const std::string& path) {
     };
     return add({"the choice of " + path, chosen, [](UiWindow window) {
                     g_object_set_data(G_OBJECT(window.widget()), answered, window.widget());
-                    window.respond(GTK_RESPONSE_ACCEPT);
+                    gtk_dialog_response(GTK_DIALOG(window.widget()), GTK_RESPONSE_ACCEPT);
                 }});
 }
 
 UiScript& UiScript::cancel_chooser(const std::string& title) {
     return add({"a file chooser", chooser_up, [=](UiWindow window) {
                     EXPECT_EQ(window.title(), title);
-                    window.respond(GTK_RESPONSE_CANCEL);
+                    gtk_dialog_response(GTK_DIALOG(window.widget()), GTK_RESPONSE_CANCEL);
                 }});
 }
 
@@ -338,7 +282,6 @@ UiScript& UiScript::cancel_chooser(const std::string& title) {
 
 UiScript::~UiScript() {
     disarm();
-    if (given_up_) return;
     for (const Step& step : steps_) ADD_FAILURE() << "never came: " << step.what;
 }
 
@@ -348,19 +291,18 @@ UiScript& UiScript::add(Step step) {
     return *this;
 }
 
-// The watchdog stays after the last step: it answers what nobody expects.
+// The watchdog stays after the last step, for a window that nobody expects.
 void UiScript::arm() {
     disarm();
-    if (!steps_.empty())
-        look_source_ = g_idle_add_full(
-            G_PRIORITY_LOW, [](gpointer script) { return static_cast<UiScript*>(script)->look(); }, this, nullptr);
-    watchdog_ = g_timeout_add_seconds(
-        limit_seconds,
-        [](gpointer data) {
-            static_cast<UiScript*>(data)->give_up();
-            return static_cast<gboolean>(G_SOURCE_REMOVE);
-        },
-        this);
+    const auto look_for_it = [](gpointer script) { return static_cast<UiScript*>(script)->look(); };
+    if (!steps_.empty()) look_source_ = g_idle_add_full(G_PRIORITY_LOW, look_for_it, this, nullptr);
+    const auto give_up = [](gpointer script) -> gboolean {
+        const auto& steps = static_cast<UiScript*>(script)->steps_;
+        GTEST_LOG_(FATAL) << "waited for " << (steps.empty() ? "the end" : steps.front().what) << ", up is "
+                          << describe(modal_window());
+        return G_SOURCE_REMOVE;
+    };
+    watchdog_ = g_timeout_add_seconds(limit_seconds, give_up, this);
 }
 
 void UiScript::disarm() {
@@ -380,59 +322,7 @@ gboolean UiScript::look() {
     return G_SOURCE_REMOVE;
 }
 
-void UiScript::give_up() {
-    given_up_ = true;
-    watchdog_ = 0;
-    disarm();
-    ADD_FAILURE() << "waited for " << (steps_.empty() ? "the end" : steps_.front().what) << ", up is "
-                  << describe(modal_window());
-    steps_.clear();
-    cancel_next();
-}
-
-// From now on every dialog is cancelled as soon as it takes the input, each by a source of its own.
-gboolean UiScript::cancel_next() {
-    look_source_ = g_idle_add_full(
-        G_PRIORITY_LOW, [](gpointer script) { return static_cast<UiScript*>(script)->cancel_next(); }, this, nullptr);
-    GtkWidget* modal = modal_window();
-    if (GTK_IS_DIALOG(modal))
-        gtk_dialog_response(GTK_DIALOG(modal), GTK_RESPONSE_CANCEL);
-    else if (gtk_main_level() > 0)
-        gtk_main_quit();
-    return G_SOURCE_REMOVE;
-}
-
-// --- The toolkit ---
-
-ToolkitMessages::ToolkitMessages() {
-    collector = this;
-}
-
-ToolkitMessages::~ToolkitMessages() {
-    collector = nullptr;
-}
-
-void watch_toolkit_messages() {
-    g_log_set_writer_func(write_message, nullptr, nullptr);
-}
-
 GtkWidget* modal_window() {
     GtkWidget* grab = gtk_grab_get_current();
     return GTK_IS_WINDOW(grab) && gtk_window_get_modal(GTK_WINDOW(grab)) ? grab : nullptr;
-}
-
-void handle_events() {
-    while (gtk_events_pending()) gtk_main_iteration();
-}
-
-bool handle_events_until(const std::function<bool()>& condition) {
-    bool late = false;
-    const auto is_late = [](gpointer flag) {
-        *static_cast<bool*>(flag) = true;
-        return static_cast<gboolean>(G_SOURCE_REMOVE);
-    };
-    const guint watchdog = g_timeout_add_seconds(limit_seconds, is_late, &late);
-    while (!condition() && !late) gtk_main_iteration();
-    if (!late) g_source_remove(watchdog);
-    return !late;
 }

@@ -9,9 +9,9 @@
 //     edit_queue();
 //
 // Steps come in their order, each as soon as its window is the one that takes the input and the toolkit has nothing
-// else to do. A step that does not come within the limit fails the test, and every dialog is then cancelled, so that
-// the blocked call returns; a step that never came fails it at the end of the scope too. A lookup of a missing id
-// fails. In a program of windows every warning of the toolkit fails the test unless a ToolkitMessages is alive.
+// else to do. A step that never came fails the test at the end of the scope. A step that does not come within the
+// limit, a window that nobody expects, and a lookup of a missing id end the program, with a word about it. In a program
+// of windows every warning of the toolkit fails the test.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -29,13 +29,11 @@ public:
     explicit UiWindow(GtkWidget* window) : window_(window) {}
 
     GtkWidget* widget() const { return window_; }
-    // Null, and the test has failed, if the window holds no such widget.
     GtkWidget* find(const std::string& id) const;
-    std::string title() const;
+    std::string title() const { return gtk_window_get_title(GTK_WINDOW(window_)); }
     std::string focus() const; // id of the widget that has the focus
 
     void click(const std::string& id) const; // a button, tool button or menu item; it must be sensitive
-    void respond(int response) const;        // as a dialog
     void close() const;                      // as the window's close button; takes effect in the main loop
 
     void set_entry(const std::string& id, const std::string& text) const;
@@ -93,34 +91,12 @@ private:
     UiScript& add(Step step);
     void arm();
     void disarm();
-    void give_up();
     gboolean look();
-    gboolean cancel_next();
 
     std::deque<Step> steps_;
     guint look_source_ = 0;
     guint watchdog_ = 0;
-    bool given_up_ = false;
 };
-
-// While one is alive, warnings of the toolkit are kept here and fail nothing.
-class ToolkitMessages {
-public:
-    ToolkitMessages();
-    ~ToolkitMessages();
-    ToolkitMessages(const ToolkitMessages&) = delete;
-    ToolkitMessages& operator=(const ToolkitMessages&) = delete;
-
-    std::vector<std::string> texts;
-};
-
-// Makes warnings of the toolkit fail the running test; called once by main.
-void watch_toolkit_messages();
 
 // The modal window that takes the input; null if there is none.
 GtkWidget* modal_window();
-
-// Lets the toolkit handle what is pending.
-void handle_events();
-// Lets the toolkit work until the condition holds; false if it does not within the limit.
-bool handle_events_until(const std::function<bool()>& condition);
