@@ -111,6 +111,10 @@ GtkWidget* UiWindow::find(const std::string& id) const {
     return found;
 }
 
+std::string UiWindow::title() const {
+    return text_or_empty(gtk_window_get_title(GTK_WINDOW(window_)));
+}
+
 std::string UiWindow::focus() const {
     GtkWidget* focus = gtk_window_get_focus(GTK_WINDOW(window_));
     return focus ? id_of(focus) : "";

@@ -30,7 +30,7 @@ public:
 
     GtkWidget* widget() const { return window_; }
     GtkWidget* find(const std::string& id) const;
-    std::string title() const { return gtk_window_get_title(GTK_WINDOW(window_)); }
+    std::string title() const;
     std::string focus() const; // id of the widget that has the focus
 
     void click(const std::string& id) const; // a button, tool button or menu item; it must be sensitive
