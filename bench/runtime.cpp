@@ -5,10 +5,10 @@
 #include "runtime/owners.h"
 
 #include <algorithm>
-#include <chrono>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <fcntl.h>
 #include <fnmatch.h>
 #include <functional>
@@ -24,13 +24,13 @@ namespace {
     std::exit(1);
 }
 
+// Of the processor, all threads together: what other processes take meanwhile doesn't count.
 double seconds(const std::function<void()>& step) {
-    const auto begin = std::chrono::steady_clock::now();
+    const std::clock_t begin = std::clock();
     step();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    return static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
 }
 
-// In turns, so that both meet the same load of the machine.
 void compare(const char* name, const std::function<void()>& ours, const std::function<void()>& baseline) {
     constexpr int turns = 11;
     std::vector<double> our_times, baseline_times;

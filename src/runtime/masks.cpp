@@ -26,21 +26,27 @@ std::vector<std::string> pieces_of(const std::string& mask) {
     return pieces;
 }
 
+// Whether piece stands at the beginning of text; matched is what it takes.
+bool begins_with(const std::string& text, const std::string& piece, size_t& matched) {
+    size_t pos = 0, len = 0;
+    return MGFile::NextUtf8(text, pos, len) && MGFile::CompareMaskWithQuestion(text, pos, len, piece, matched);
+}
+
 // mask isn't empty and holds more than "*"; neither is text empty.
 bool match_pieces(std::string text, const std::string& mask) {
-    const bool open_start = mask.front() == '*';
-    const bool open_end = mask.back() == '*';
     const std::vector<std::string> pieces = pieces_of(mask);
     for (size_t i = 0; i < pieces.size(); ++i) {
-        const bool first = i == 0, last = i + 1 == pieces.size();
+        const bool at_start = i == 0 && mask.front() != '*';
+        const bool at_end = i + 1 == pieces.size() && mask.back() != '*';
+        if (at_end && !at_start) return MGFile::MatchMaskWithEndStr(text, pieces[i]);
         size_t pos = 0, matched = 0;
-        if (!MGFile::FindMaskWithQuestion(text, pieces[i], pos, matched)) return false;
-        if (first && !open_start && pos != 0) return false;
-        if (last && !open_end && !MGFile::MatchMaskWithEndStr(text, pieces[i])) return false;
+        if (at_start ? !begins_with(text, pieces[i], matched)
+                     : !MGFile::FindMaskWithQuestion(text, pieces[i], pos, matched))
+            return false;
         text.erase(0, pos + matched);
+        if (at_end) return text.empty();
     }
-    const bool whole = pieces.size() == 1 && !open_start && !open_end;
-    return !whole || text.empty();
+    return true;
 }
 
 } // namespace
