@@ -1,4 +1,6 @@
 #include "runtime/mg_file.h"
+#include "support/error_of.h"
+#include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
 
@@ -6,24 +8,22 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-TEST(TextHelpers, TrimBlanksOnly) {
-    for (const auto& [text, trimmed] :
-         {std::pair<std::string, std::string>{" \t a b\r\n", "a b"}, {"\v x\t\f", "\v x\t\f"}, {" \r\n", ""}}) {
-        std::string all = text;
-        MGFile::TrancatedAll(all);
-        EXPECT_EQ(all, trimmed);
-    }
+TEST(Numbers, AreReadAtTheStartOrRefused) {
+    const std::pair<const char*, int32_t> good[] = {
+        {nullptr, 0}, {" \r\n", 0}, {"12abc", 12}, {"\t -7 8", -7}, {"-2147483648", INT32_MIN}};
+    for (const auto& [text, number] : good) EXPECT_EQ(MGFile::StringToInt32(text), number) << text;
+    for (const char* text : {"abc", "- 1", "2147483648"})
+        EXPECT_EQ(error_of([&] { MGFile::StringToInt32(text); }).str_param, text);
+    EXPECT_EQ(error_of([] { MGFile::StringToInt64("9223372036854775808"); }).func_2, "stoll");
+    EXPECT_EQ(MGFile::GetUint32Format(7, "%0200u"), std::string(127, '0')); // the work area's limit
 }
 
 TEST(TextHelpers, SplitFromEitherEnd) {
     const struct {
         const char *text, *sep;
         Texts left, right;
-    } rows[] = {{"1.2.", ".", {"1", "2", ""}, {"", "2", "1"}},
-                {".1..2", ".", {"", "1", "", "2"}, {"2", "", "1"}},
-                {"a<|>b", "<|>", {"a", "b"}, {"b", "a"}},
-                {"", ".", {}, {}},
-                {"ab", nullptr, {}, {}}};
+    } rows[] = {{".1..2", ".", {"", "1", "", "2"}, {"2", "", "1"}},
+                {"a<|>b<|>", "<|>", {"a", "b", ""}, {"", "b", "a"}}};
     for (const auto& row : rows) {
         Texts left = {"old"}, right = {"old"};
         MGFile::SplitStringLeft(row.text, row.sep, left);
@@ -31,24 +31,9 @@ TEST(TextHelpers, SplitFromEitherEnd) {
         EXPECT_EQ(left, row.left) << row.text;
         EXPECT_EQ(right, row.right) << row.text;
     }
-    std::string left, right = "old";
-    EXPECT_TRUE(MGFile::SplitSubStringLeft(" name = value = 2\n", "=", left, right));
-    EXPECT_EQ(left + "|" + right, "name|value = 2");
-    EXPECT_EQ(MGFile::InsertSepToString("abcdef", ":", 2) + " " + MGFile::InsertSepToString("abcde", ":", 3),
-              "ab:cd:ef abc:de");
 }
 
-TEST(TextHelpers, WalkLinesAndBlocks) {
-    const std::string text = " a\r\n\n b \nc\r";
-    Texts lines;
-    std::string line;
-    for (size_t pos = 0; MGFile::FindNextLine(text, pos, line);) lines.push_back(line);
-    EXPECT_EQ(lines, (Texts{" a", "", " b ", "c\r"}));
-    MGFile::SplitBlockOnSubStrings(text, lines, false);
-    EXPECT_EQ(lines, (Texts{"a", "", "b"}));
-    MGFile::SplitBlockOnSubStrings(text, lines, true);
-    EXPECT_EQ(lines, (Texts{"a"}));
-
+TEST(TextHelpers, TakeBlocksFromTheEnd) {
     std::string blocks = "start\n#one\n1\n2\n# \n3\n#no line", header, block;
     const Texts expected[] = {{"", ""}, {"", "3\n"}, {"one", "1\n2\n"}};
     for (const Texts& row : expected) {
@@ -60,25 +45,52 @@ TEST(TextHelpers, WalkLinesAndBlocks) {
 }
 
 TEST(TextHelpers, FindQuotedTextOnOneLine) {
-    const struct {
-        std::string text;
-        bool escape;
-        Texts found;
-    } rows[] = {
-        {"a 'b' 'c' ''", false, {"b", "c", ""}},
-        {"'a\nb'c' 'open", false, {"c"}}, // what would span lines is none, but its end may be a begin
-        {R"(\'x 'a\'b' \'y)", true, {R"(a\'b)"}},
-        {R"('a\'b')", false, {R"(a\)"}},
-    };
-    for (const auto& row : rows) {
-        Texts found;
+    const auto found = [](const std::string& text, bool escape) {
+        Texts all;
         std::string out;
-        for (size_t pos = 0; MGFile::FindSubString(row.text, pos, "'", "'", out, row.escape);) found.push_back(out);
-        EXPECT_EQ(found, row.found) << row.text;
+        for (size_t pos = 0; MGFile::FindSubString(text, pos, "'", "'", out, escape);) all.push_back(out);
+        return all;
+    };
+    EXPECT_EQ(found("'b' 'a\nb'c' 'open", false), (Texts{"b", "c"})); // what would span lines may end in a begin
+    EXPECT_EQ(found(R"(\'x 'a\'b' \'y)", true), (Texts{R"(a\'b)"}));
+}
+
+TEST(Paths, ReadTheNumberOfANumberedName) {
+    EXPECT_EQ(MGFile::GetNumberFromFileName("log~4294967295.txt", "log", ".txt"), 4294967295U);
+    for (const char* file : {"log~x.txt", "log~4294967296.txt", "log~.txt", "log~-1.txt", "a"})
+        EXPECT_EQ(MGFile::GetNumberFromFileName(file, "log", ".txt"), 0U) << file;
+    std::string rest = "a.tar.gz", tail;
+    MGFile::SplitFileNameToNameAndExt(rest, rest, tail); // in place
+    EXPECT_EQ(rest + "|" + tail, "a.tar|.gz");
+}
+
+TEST(Paths, KeepNamesSafeAndShort) {
+    const struct {
+        std::string given, safe, cut; // cut to 5 bytes
+    } rows[] = {{"\"%'*/:<>?\\|\x01\x1f\x7f ~", "_____________\x7f ~", "_____"},
+                {"Привет\n", "Привет_", "Пр"},
+                {"a*\xff*bcd", "a_\xff*bcd", "a_"}};
+    for (const auto& row : rows) {
+        std::string name = row.given;
+        MGFile::ReplaceFileNameIllegalSimbos(name);
+        EXPECT_EQ(name, row.safe);
+        MGFile::CutFileNameUpToNChars(name, 5);
+        EXPECT_EQ(name, row.cut);
     }
-    std::string out;
-    size_t pos = 0;
-    EXPECT_TRUE(MGFile::FindSubString("a\nb", pos, "", "b", out, false)); // nor an endless search
+}
+
+TEST(Paths, TryOutADirectoryAndLeaveNothingThere) {
+    const TempDir dir;
+    EXPECT_TRUE(MGFile::TestDirOnReadAndWriteAccess(dir.path()));
+    std::filesystem::create_symlink("/dev/full", dir.path("mgfiletest.tmp"));
+    EXPECT_FALSE(MGFile::TestDirOnReadAndWriteAccess(dir.path()));
+    EXPECT_TRUE(std::filesystem::is_empty(dir.path()));
+
+    dir.write("file", "x");
+    EXPECT_TRUE(MGFile::IsRenamedFile(dir.path("file")));
+    std::filesystem::create_directory(dir.path("file.tmp"));
+    EXPECT_FALSE(MGFile::IsRenamedFile(dir.path("file")));
+    EXPECT_EQ(dir.read("file"), "x");
 }
 
 } // namespace

@@ -6,6 +6,8 @@
 #include <clocale>
 #include <cwchar>
 #include <cwctype>
+#include <fnmatch.h>
+#include <random>
 
 namespace {
 
@@ -15,13 +17,11 @@ TEST(Utf8, WalkEndsAtWhatIsNoCharacter) {
         size_t number;
         bool valid;
     } rows[] = {
-        {"", 0, true},
         {"aя€\xF0\x9F\x98\x80", 4, true},
         {"\x7F\xDF\xBF\xEF\xBF\xBF\xF7\xBF\xBF\xBF", 4, true},         // the last of each length
         {"\xC0\x80\xE0\x80\x80\xF0\x80\x80\x80\xED\xA0\x80", 4, true}, // overlong forms and a surrogate
         {"Прив\xD0", 4, false},                                        // ends inside a character
-        {"a\xF0\x9F\x98", 1, false},
-        {"a\x80z", 1, false}, // a tail without a head
+        {"a\x80z", 1, false},                                          // a tail without a head
         {"a\xF8\x80\x80\x80\x80z", 1, false},
         {"a\xE2\x82zz", 1, false}, // a head without its tail
         {std::string("a\0z", 3), 1, false},
@@ -33,20 +33,13 @@ TEST(Utf8, WalkEndsAtWhatIsNoCharacter) {
 }
 
 TEST(Utf8, CutsAtCharacters) {
-    const struct {
-        std::string text;
-        size_t n;
-        std::string parts; // without the first n, without the last n, at most n
-    } rows[] = {{"Привет", 2, "ивет|Прив|Пр"},
-                {"Привет", 0, "Привет|Привет|"},
-                {"я", 9, "||я"},
-                {"abя\xFFz", 2, "я\xFFz|a|ab"}};
-    for (const auto& row : rows) {
-        std::string shifted = row.text, cut = row.text, kept = row.text;
-        MGFile::ShiftBeginUtf8(shifted, row.n);
-        MGFile::CuttingEndUtf8(cut, row.n);
-        MGFile::CuttingEndIfMoreUtf8(kept, row.n);
-        EXPECT_EQ(shifted + "|" + cut + "|" + kept, row.parts) << row.text;
+    for (const auto& [text, parts] :
+         {std::pair<std::string, std::string>{"Привет", "ивет|Прив|Пр"}, {"я", "||я"}, {"abя\xFFz", "я\xFFz|a|ab"}}) {
+        std::string shifted = text, cut = text, kept = text;
+        MGFile::ShiftBeginUtf8(shifted, 2);
+        MGFile::CuttingEndUtf8(cut, 2);
+        MGFile::CuttingEndIfMoreUtf8(kept, 2);
+        EXPECT_EQ(shifted + "|" + cut + "|" + kept, parts);
     }
 }
 
@@ -67,6 +60,47 @@ TEST(Utf8, CaseIsOfLatinAndRussianLettersOnly) {
     }
     std::setlocale(LC_CTYPE, "C");
     EXPECT_EQ(MGFile::UpperUtf8("ёлка \xFF abc"), "ЁЛКА \xFF abc");
+}
+
+// The C library's matcher knows the same two wildcards; it gets one byte for each of our characters.
+TEST(Masks, AgreeWithTheCLibrary) {
+    const std::vector<std::string> ours = {"a", "я", "€", "😀", "*", "*", "?"};
+    const std::string plain = "abcd**?";
+    std::mt19937 random(20240229);
+    int matches = 0;
+    for (int i = 0; i < 100000; ++i) {
+        std::string text, mask, plain_text, plain_mask;
+        for (size_t left = random() % 8; left > 0; --left) {
+            const size_t at = random() % 4;
+            text += ours[at];
+            plain_text += plain[at];
+        }
+        for (size_t left = random() % 7; left > 0; --left) {
+            const size_t at = random() % ours.size();
+            mask += ours[at];
+            plain_mask += plain[at];
+        }
+        const bool expected = fnmatch(plain_mask.c_str(), plain_text.c_str(), 0) == 0;
+        ASSERT_EQ(MGFile::CompareMaskUtf8(text, mask, true), expected) << text << " against " << mask;
+        matches += expected;
+    }
+    EXPECT_GT(matches, 5000);
+}
+
+TEST(Masks, CaseAndInvalidText) {
+    const struct {
+        std::string text, mask;
+        bool blind, exact;
+    } rows[] = {
+        {"Ёлка.TXT", "ё*.txt", true, false},
+        {"a\xFFz", "a*", true, true},
+        {"abc", "ab\xFF*", false, false}, // the mask is "ab"
+        {"\xD0", "?", false, false},      // half a character is none
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(MGFile::CompareMaskUtf8(row.text, row.mask, false), row.blind) << row.text << " " << row.mask;
+        EXPECT_EQ(MGFile::CompareMaskUtf8(row.text, row.mask, true), row.exact) << row.text << " " << row.mask;
+    }
 }
 
 } // namespace
