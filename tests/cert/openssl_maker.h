@@ -104,7 +104,6 @@ inline void fill_all(X509* cert) {
     add_part(subject, "1.2.3.4.5", V_ASN1_UTF8STRING, "x");
     add_part(subject, "CN", V_ASN1_UTF8STRING, "Иванов");
     add_extension(cert, NID_key_usage, "critical,digitalSignature,keyAgreement,decipherOnly");
-    add_extension(cert, NID_key_usage, "cRLSign");
     add_extension(cert, NID_ext_key_usage, "serverAuth,1.2.3.4,clientAuth");
     add_extension(cert, NID_basic_constraints, "critical,CA:TRUE,pathlen:3");
     add_extension(cert, NID_subject_key_identifier, "hash");
