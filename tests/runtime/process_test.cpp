@@ -13,23 +13,10 @@
 
 namespace {
 
-// Guards are a matter of the whole machine: names of this run only.
-std::string guard(const std::string& name) {
-    return "vorma-test-" + std::to_string(getpid()) + "-" + name;
-}
-
-TEST(Guard, HoldsANameForOneProcess) {
-    const std::string name = guard("a");
-    MGFile::ProtectionReloading(name, true);
-    EXPECT_FALSE(MGFile::IsRunProgram(name));
-    MGFile::Reloading(name);
-    EXPECT_TRUE(MGFile::IsRunProgram(name));
-    EXPECT_EQ(error_of([&] { MGFile::Reloading(name); }).err_code, EADDRINUSE);
-}
-
-TEST(Guard, IsFreeOnceItsHolderIsKilledThoughItsProgramLivesOn) {
+TEST(Guard, IsHeldByOneAndFreeOnceItIsKilledThoughItsProgramLivesOn) {
     const TempDir dir;
-    const std::string name = guard("killed"), fifo = dir.path("fifo");
+    const std::string name = "vorma-test-" + std::to_string(getpid()); // guards are a matter of the whole machine
+    const std::string fifo = dir.path("fifo");
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     const pid_t holder = fork();
     if (holder == 0) {
@@ -40,9 +27,11 @@ TEST(Guard, IsFreeOnceItsHolderIsKilledThoughItsProgramLivesOn) {
     pid_t program = 0;
     std::ifstream(fifo) >> program;
     EXPECT_TRUE(MGFile::IsRunProgram(name));
+    EXPECT_EQ(error_of([&] { MGFile::Reloading(name); }).err_code, EADDRINUSE);
     kill(holder, SIGKILL);
     waitpid(holder, nullptr, 0);
     EXPECT_FALSE(MGFile::IsRunProgram(name));
+    MGFile::Reloading(name);
     if (program > 0) kill(program, SIGKILL);
 }
 
