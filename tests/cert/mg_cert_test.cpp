@@ -54,11 +54,6 @@ int i2d_tbs(const X509* cert, uint8_t** encoded) {
     return i2d_re_X509_tbs(const_cast<X509*>(cert), encoded);
 }
 
-template <class T>
-auto extension_of(X509* cert, int nid, void (*release)(T*)) {
-    return std::unique_ptr<T, void (*)(T*)>(static_cast<T*>(X509_get_ext_d2i(cert, nid, nullptr, nullptr)), release);
-}
-
 void expect_same(const Bytes& der, X509* cert) {
     MGCert ours(der.data(), static_cast<uint32_t>(der.size()));
     ASSERT_EQ(ours.ParsCert(), der_ok);
@@ -92,23 +87,21 @@ void expect_same(const Bytes& der, X509* cert) {
     EXPECT_EQ(Bytes(data, data + length), der_of(cert, i2d_tbs));
 
     EXPECT_EQ(ours.extensions.count, static_cast<uint32_t>(X509_get_ext_count(cert)));
-    const auto usage = extension_of<ASN1_BIT_STRING>(cert, NID_key_usage, ASN1_BIT_STRING_free);
-    for (int i = 0; usage && i < 10; i++)
-        EXPECT_EQ(ours.GetKeyUsage(static_cast<uint32_t>(i), skip, skip, name),
-                  ASN1_BIT_STRING_get_bit(usage.get(), i) == 1)
+    const uint32_t usage = X509_get_key_usage(cert);
+    for (uint32_t i = 0; usage != UINT32_MAX && i < 9; i++)
+        EXPECT_EQ(ours.GetKeyUsage(i, skip, skip, name),
+                  (usage & (i < 8 ? KU_DIGITAL_SIGNATURE >> i : KU_DECIPHER_ONLY)) != 0)
             << i;
-
-    const auto constraints = extension_of<BASIC_CONSTRAINTS>(cert, NID_basic_constraints, BASIC_CONSTRAINTS_free);
     bool is_ca = false;
     int8_t path = 0;
     ours.GetBasicConstraints(is_ca, path);
-    EXPECT_EQ(is_ca, constraints && constraints->ca);
-    EXPECT_EQ(path, constraints && constraints->pathlen ? ASN1_INTEGER_get(constraints->pathlen) : 0);
-    const auto key_id = extension_of<ASN1_OCTET_STRING>(cert, NID_subject_key_identifier, ASN1_OCTET_STRING_free);
+    EXPECT_EQ(is_ca, (X509_get_extension_flags(cert) & EXFLAG_CA) != 0);
+    EXPECT_EQ(path, std::max(0L, X509_get_pathlen(cert)));
+    const ASN1_OCTET_STRING* key_id = X509_get0_subject_key_id(cert);
     data = nullptr;
     length = 0;
     EXPECT_EQ(ours.GetSubjKeyId(data, length), key_id != nullptr);
-    EXPECT_EQ(Bytes(data, data + length), key_id ? bytes_of(key_id.get()) : Bytes());
+    EXPECT_EQ(Bytes(data, data + length), key_id ? bytes_of(key_id) : Bytes());
     EXPECT_EQ(get_subject_from_der_cert(der), expected_name(X509_get_subject_name(cert)));
 }
 
@@ -180,7 +173,7 @@ TEST(MGCert, RefusesWithTheCode) {
         {"no subject", made([](X509*) {}), 0},
         {"ends in GeneralizedTime", made([](X509* cert) {
              fill_all(cert);
-             set_time(cert, X509_set1_notAfter, V_ASN1_GENERALIZEDTIME, "20510131235958Z");
+             ASN1_TIME_set_string(X509_getm_notAfter(cert), "20510131235958Z");
          }),
          0xeeee000d},
     };
@@ -225,6 +218,88 @@ TEST(MGCert, AuthoritiesOfTheSystemAgreeWithOpenssl) {
     }
     EXPECT_GT(read, all / 2);
     EXPECT_GT(all, 50);
+}
+
+// A signed request with both attributes that are read.
+Bytes make_request() {
+    const RequestOwner request(X509_REQ_new());
+    X509_NAME* subject = X509_REQ_get_subject_name(request.get());
+    add_part(subject, "C", V_ASN1_PRINTABLESTRING, "RU");
+    add_part(subject, "CN", V_ASN1_UTF8STRING, "Иванов");
+    X509_REQ_set_pubkey(request.get(), test_key());
+    STACK_OF(X509_EXTENSION)* extensions = sk_X509_EXTENSION_new_null();
+    sk_X509_EXTENSION_push(extensions, make_extension(NID_key_usage, "keyEncipherment").release());
+    sk_X509_EXTENSION_push(extensions, make_extension(NID_ext_key_usage, "clientAuth").release());
+    X509_REQ_add_extensions(request.get(), extensions);
+    sk_X509_EXTENSION_pop_free(extensions, X509_EXTENSION_free);
+    X509_REQ_add1_attr_by_NID(request.get(), NID_pkcs9_signingTime, V_ASN1_UTCTIME,
+                              reinterpret_cast<const uint8_t*>("210131235958Z"), 13);
+    X509_REQ_sign(request.get(), test_key(), EVP_sha256());
+    return der_of(request.get(), i2d_X509_REQ);
+}
+
+// PKCS #7 signed data around the content.
+Bytes envelope(const Bytes& content) {
+    const X509Owner cert =
+        make_cert([](X509* c) { add_part(X509_get_subject_name(c), "CN", V_ASN1_UTF8STRING, "Подписант"); });
+    const std::unique_ptr<BIO, Release<BIO_free>> data(
+        BIO_new_mem_buf(content.data(), static_cast<int>(content.size())));
+    const std::unique_ptr<PKCS7, Release<PKCS7_free>> signed_data(
+        PKCS7_sign(cert.get(), test_key(), nullptr, data.get(), PKCS7_BINARY));
+    return der_of(signed_data.get(), i2d_PKCS7);
+}
+
+TEST(MGCertRequest, BareAndInBothEnvelopes) {
+    const Bytes request = make_request();
+    const Bytes plain = envelope(request);
+    const Bytes wrapped = envelope(item(0x30, join({item(0x81, hex("00")), item(0x82, request)})));
+    using Skip = uint32_t (MGCert::*)();
+    for (const auto& [input, skip] : {std::pair<const Bytes&, Skip>(request, nullptr),
+                                      {plain, &MGCert::SkipReqR2c},
+                                      {wrapped, &MGCert::SkipReqPse}}) {
+        MGCert cert(input.data(), static_cast<uint32_t>(input.size()));
+        EXPECT_EQ(cert.IsReqPse(), skip != nullptr);
+        EXPECT_EQ(skip ? (cert.*skip)() : der_ok, der_ok);
+        const uint8_t* data = nullptr;
+        uint32_t length = 0;
+        ASSERT_TRUE(cert.GetReqData(data, length));
+        ASSERT_EQ(Bytes(data, data + length), request);
+        ASSERT_EQ(cert.ParsReq(), der_ok);
+
+        std::string_view name, other;
+        EXPECT_TRUE(cert.GetSubjectFullName(name) && name == "CN=Иванов,C=RU");
+        const DER_S_UTC_TIME* time = nullptr;
+        EXPECT_TRUE(cert.GetSigningTime(time) && time->year == 2021 && time->second == 58);
+        EXPECT_TRUE(cert.GetKeyUsage(2, name, other, other) && !cert.GetKeyUsage(0, name, other, other));
+        EXPECT_TRUE(cert.GetNumberExtKeyUsage(length) && length == 1);
+    }
+}
+
+TEST(MGCertRequest, RefusesWithTheCode) {
+    const Bytes request = make_request();
+    const Bytes plain = envelope(request);
+    const Bytes type = hex("06 09 2a864886f70d010702"), data = hex("06 09 2a864886f70d010701");
+    using Step = uint32_t (MGCert::*)();
+    const struct {
+        const char* what;
+        Bytes input;
+        Step step;
+        uint32_t code;
+    } rows[] = {
+        {"envelope: a byte too much", join({plain, {0}}), &MGCert::SkipReqR2c, 0xeeee0022},
+        {"envelope: empty", hex("30 00"), &MGCert::SkipReqR2c, 0xeeee0023},
+        {"envelope: other type", item(0x30, data), &MGCert::SkipReqPse, 0xeeee0024},
+        {"envelope: no content", item(0x30, join({type, data, hex("05 00")})), &MGCert::SkipReqR2c, 0xeeee0026},
+        {"envelope: no item 2 in the content", plain, &MGCert::SkipReqPse, 0xeeee0026},
+        {"request: a byte too much", join({request, {0}}), &MGCert::ParsReq, 0xeeee0028},
+        {"request: empty", hex("30 00"), &MGCert::ParsReq, 0xeeee0016},
+        {"request: the signed part is all", hex("30 04 30 02 05 00"), &MGCert::ParsReq, 0xeeee0013},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        MGCert cert(row.input.data(), static_cast<uint32_t>(row.input.size()));
+        EXPECT_EQ((cert.*row.step)(), row.code);
+    }
 }
 
 } // namespace

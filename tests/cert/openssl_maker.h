@@ -67,20 +67,14 @@ inline void add_raw_extension(X509* cert, const char* oid, const Bytes& value) {
     X509_add_ext(cert, extension.get(), -1);
 }
 
-inline void set_time(X509* cert, int (*set)(X509*, const ASN1_TIME*), int type, const char* text) {
-    std::unique_ptr<ASN1_TIME, Release<ASN1_STRING_free>> time(ASN1_STRING_type_new(type));
-    ASN1_STRING_set(time.get(), text, -1);
-    set(cert, time.get());
-}
-
 // A self-signed certificate of version 3, with what modify makes of it.
 template <class Modify>
 X509Owner make_cert(Modify&& modify) {
     X509Owner cert(X509_new());
     X509_set_version(cert.get(), 2);
     ASN1_INTEGER_set(X509_get_serialNumber(cert.get()), 1);
-    set_time(cert.get(), X509_set1_notBefore, V_ASN1_UTCTIME, "210131235958Z");
-    set_time(cert.get(), X509_set1_notAfter, V_ASN1_UTCTIME, "310201000102Z");
+    ASN1_TIME_set_string(X509_getm_notBefore(cert.get()), "210131235958Z");
+    ASN1_TIME_set_string(X509_getm_notAfter(cert.get()), "310201000102Z");
     X509_set_pubkey(cert.get(), test_key());
     add_part(X509_get_issuer_name(cert.get()), "CN", V_ASN1_UTF8STRING, "Центр");
     modify(cert.get());
