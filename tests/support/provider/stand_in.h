@@ -1,12 +1,11 @@
 // What a test tells the stand-in of the crypto provider, and what the stand-in tells a test. The stand-in itself is a
 // shared library of the provider's functions (stand_in_library.cpp), which is loaded and unloaded as the real one; this
-// record stays in the program, so that calls and leftovers can be judged after the library is gone. Used without such a
-// program, the library works on a record of its own.
+// record stays in the program, so that calls and leftovers can be judged after the library is gone.
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <mutex>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -16,26 +15,21 @@ inline constexpr uint32_t stand_in_bad_digest = 0xe0700abe; // first cause of a 
 
 struct ProviderStandIn {
     // --- told by the test ---
-    std::string fail_function;            // its next call fails, once
-    int fail_call = 0;                    // the call of this number, from 1, fails; 0 for none
-    bool place_fails = false;             // TRELM_GetErrorLineEx doesn't tell
-    bool no_cause = false;                // a bad signature has no codes
-    bool renegotiate = false;             // the next write of a server asks for a new handshake
-    std::string peer_name = "vorma.test"; // of the server, in its certificate
+    std::string fail_function; // its next call fails, once
+    int fail_call = 0;         // the call of this number, from 1, fails; 0 for none
+    bool no_cause = false;     // a bad signature has no codes
+    bool renegotiate = false;  // the next write of a server asks for a new handshake
     // Name (CP1251), psp, lsp and ldap of each crypto profile; an empty text is a block without data.
     std::vector<std::vector<std::string>> profiles;
 
     // --- told to the test ---
     int calls = 0;                           // calls that can be made to fail
     std::string failed;                      // the function that was made to fail
-    std::set<std::pair<char, void*>> live;   // what was handed out: context, block, tls session, state, result
-    std::vector<std::string> misuses;        // what was given back twice or was never ours, and other wrong arguments
+    std::map<const void*, std::string> live; // what was handed out, and the function that did
+    std::vector<std::string> misuses;        // functions that were given what isn't theirs, or wrong arguments
     std::vector<std::string> sessions_asked; // "name flags"
-    std::string connect_asked;               // "flags text text text text"
-    std::string hash_asked;                  // algorithm
-    void* place_asked = nullptr;             // context of the last TRELM_GetErrorLineEx
 
-    std::mutex mutex; // sessions of two threads may meet here
+    std::recursive_mutex mutex; // sessions of two threads meet here
 };
 
 extern ProviderStandIn provider_stand_in;
@@ -48,11 +42,6 @@ public:
     ~ProviderTest();
     ProviderTest(const ProviderTest&) = delete;
     ProviderTest& operator=(const ProviderTest&) = delete;
-
-    // A copy of the library that has no such function; provider_library is that copy then.
-    static void lack(const std::string& function, const std::string& copy);
-    // Leftovers and misuses; empty if there are none.
-    static std::string complaints();
 
 private:
     std::string former_;
