@@ -102,7 +102,7 @@ public:
     void SpinSetMax(const char* id, double value);
     void SpinSetMin(const char* id, double value);
     void SpinSet(const char* id, double value);
-    int32_t SpinGet(const char* id) const; // cut towards zero
+    int32_t SpinGet(const char* id) const; // cut towards zero; counts what was typed into the button that has the focus
 
     void SetSensitive(const char* id, bool value);
     bool GetSensitive(const char* id) const;

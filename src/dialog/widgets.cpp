@@ -100,6 +100,9 @@ void MGDialog::SpinSet(const char* id, double value) {
 }
 
 int32_t MGDialog::SpinGet(const char* id) const {
+    // A typed number reaches the adjustment once the focus leaves, and a key that presses OK leaves it where it is.
+    GtkWidget* focus = window ? gtk_window_get_focus(GTK_WINDOW(window)) : nullptr;
+    if (GTK_IS_SPIN_BUTTON(focus)) gtk_spin_button_update(GTK_SPIN_BUTTON(focus));
     return id ? static_cast<int32_t>(gtk_adjustment_get_value(GTK_ADJUSTMENT(GetObject(id)))) : 0;
 }
 

@@ -1,8 +1,12 @@
 // The interface definition as a whole: it names only handlers that the program has, leaves no control without its
-// handler and no input without a name for assistive technology, and every window fits a small screen.
+// handler and no input without a name for assistive technology; every window fits a small screen, with a doubled font
+// too, and is read by keyboard and wheel without harm.
+#include "dialog/make_dialog.h"
+
 #include <gmock/gmock.h>
 #include <gtk/gtk.h>
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <set>
@@ -20,6 +24,9 @@ struct Unref {
 struct CloseModule {
     void operator()(GModule* module) const { g_module_close(module); }
 };
+struct FreeEvent {
+    void operator()(GdkEvent* event) const { gdk_event_free(event); }
+};
 
 std::string id_of(GObject* object) {
     const char* id = GTK_IS_BUILDABLE(object) ? gtk_buildable_get_name(GTK_BUILDABLE(object)) : nullptr;
@@ -34,14 +41,15 @@ protected:
         ASSERT_TRUE(gtk_builder_add_from_resource(builder_.get(), "/selunara/vorma/vormacfg.glade", &error))
             << error->message;
         GSList* objects = gtk_builder_get_objects(builder_.get());
-        for (GSList* item = objects; item; item = item->next) objects_.push_back(G_OBJECT(item->data));
+        for (GSList* item = objects; item; item = item->next) {
+            objects_.push_back(G_OBJECT(item->data));
+            if (GTK_IS_WINDOW(item->data)) windows_.push_back(GTK_WIDGET(item->data));
+        }
         g_slist_free(objects);
         gtk_builder_connect_signals_full(builder_.get(), &Definition::collect, this);
     }
     void TearDown() override {
-        for (GObject* object : objects_) {
-            if (GTK_IS_WINDOW(object)) gtk_widget_destroy(GTK_WIDGET(object));
-        }
+        for (GtkWidget* window : windows_) gtk_widget_destroy(window);
     }
 
     static void collect(GtkBuilder*, GObject* object, const gchar* signal, const gchar* handler, GObject*,
@@ -54,6 +62,7 @@ protected:
 
     std::unique_ptr<GtkBuilder, Unref> builder_;
     std::vector<GObject*> objects_;
+    std::vector<GtkWidget*> windows_;
     std::set<std::string> handlers_;
     std::map<GObject*, std::set<std::string>> connected_; // the signals of each object that lead to a handler
     std::vector<std::string> swapped_;                    // signals whose handler would get its arguments exchanged
@@ -110,19 +119,124 @@ TEST_F(Definition, NamesEveryInputForAssistiveTechnology) {
     }
 }
 
-TEST_F(Definition, KeepsEveryWindowWithinASmallScreen) {
-    std::vector<GtkWidget*> windows;
-    for (GObject* object : objects_) {
-        if (GTK_IS_WINDOW(object)) windows.push_back(GTK_WIDGET(object));
+void settle() {
+    while (gtk_events_pending()) gtk_main_iteration();
+}
+
+GdkRectangle place_in(GtkWidget* window, GtkWidget* widget) {
+    GdkRectangle place{0, 0, gtk_widget_get_allocated_width(widget), gtk_widget_get_allocated_height(widget)};
+    gtk_widget_translate_coordinates(widget, window, 0, 0, &place.x, &place.y);
+    return place;
+}
+
+// Presses Tab once around the window: it never goes left but to something lower, nor up but to something further right.
+void expect_reading_order(GtkWidget* window) {
+    gtk_window_set_focus(GTK_WINDOW(window), nullptr);
+    std::set<GtkWidget*> passed;
+    GtkWidget* last = nullptr;
+    while (gtk_widget_child_focus(window, GTK_DIR_TAB_FORWARD)) {
+        GtkWidget* next = gtk_window_get_focus(GTK_WINDOW(window));
+        if (!passed.insert(next).second) return; // around
+        if (last) {
+            const GdkRectangle from = place_in(window, last), to = place_in(window, next);
+            const bool lower = to.y >= from.y + from.height, higher = to.y + to.height <= from.y;
+            const bool to_left = to.x + to.width <= from.x, to_right = to.x >= from.x + from.width;
+            EXPECT_FALSE((to_left && !lower) || (higher && !to_right))
+                << id_of(G_OBJECT(last)) << " -> " << id_of(G_OBJECT(next));
+        }
+        last = next;
     }
-    EXPECT_THAT(windows, SizeIs(20));
-    for (GtkWidget* window : windows) {
+    EXPECT_NE(last, nullptr) << id_of(G_OBJECT(window));
+}
+
+TEST_F(Definition, FitsASmallScreenAndIsReadInOrderByTab) {
+    EXPECT_THAT(windows_, SizeIs(20));
+    auto* pages = GTK_NOTEBOOK(gtk_builder_get_object(builder_.get(), "notebook_config"));
+    for (GtkWidget* window : windows_) {
+        SCOPED_TRACE(id_of(G_OBJECT(window)));
         GtkRequisition minimum;
         gtk_widget_get_preferred_size(window, &minimum, nullptr);
-        EXPECT_LE(minimum.width, 800) << id_of(G_OBJECT(window));
-        EXPECT_LE(minimum.height, 600) << id_of(G_OBJECT(window));
-        EXPECT_FALSE(gtk_widget_get_visible(window)) << id_of(G_OBJECT(window));
+        EXPECT_LE(minimum.width, 800);
+        EXPECT_LE(minimum.height, 600);
+        EXPECT_FALSE(gtk_widget_get_visible(window));
+
+        gtk_widget_show(window);
+        const int last_page = gtk_widget_is_ancestor(GTK_WIDGET(pages), window) ? gtk_notebook_get_n_pages(pages) : 1;
+        for (int page = 0; page < last_page; ++page) {
+            SCOPED_TRACE(page);
+            gtk_notebook_set_current_page(pages, page);
+            settle();
+            expect_reading_order(window);
+        }
     }
+}
+
+TEST_F(Definition, KeepsTheAnswersInSightWithADoubledFont) {
+    GtkSettings* settings = gtk_settings_get_default();
+    gint usual = 0;
+    g_object_get(settings, "gtk-xft-dpi", &usual, nullptr);
+    g_object_set(settings, "gtk-xft-dpi", 2 * 96 * 1024, nullptr);
+    for (GtkWidget* window : windows_) {
+        gtk_window_resize(GTK_WINDOW(window), 1024, 768);
+        gtk_widget_show(window);
+    }
+    settle();
+    size_t answers = 0;
+    for (GObject* object : objects_) {
+        const std::string id = id_of(object);
+        if (!GTK_IS_BUTTON(object) || (id.find("_ok") == id.npos && id.find("_cancel") == id.npos)) continue;
+        ++answers;
+        GtkWidget* window = gtk_widget_get_toplevel(GTK_WIDGET(object));
+        const GdkRectangle place = place_in(window, GTK_WIDGET(object));
+        EXPECT_TRUE(gtk_widget_get_mapped(GTK_WIDGET(object))) << id;
+        EXPECT_GE(std::min(place.x, place.y), 0) << id;
+        EXPECT_LE(place.x + place.width, 1024) << id;
+        EXPECT_LE(place.y + place.height, 768) << id;
+        EXPECT_GT(place.height, 40) << id; // the font is large indeed
+    }
+    EXPECT_EQ(answers, 37U);
+    g_object_set(settings, "gtk-xft-dpi", usual, nullptr);
+}
+
+// One notch of the wheel towards the tail, over the innermost widget of the input, where the pointer would be.
+void turn_wheel(GtkWidget* input) {
+    GtkWidget* inner = GTK_IS_BIN(input) ? gtk_bin_get_child(GTK_BIN(input)) : input;
+    const std::unique_ptr<GdkEvent, FreeEvent> event(gdk_event_new(GDK_SCROLL));
+    event->scroll.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(inner)));
+    event->scroll.direction = GDK_SCROLL_DOWN;
+    gdk_event_set_device(event.get(), gdk_seat_get_pointer(gdk_display_get_default_seat(gdk_display_get_default())));
+    gtk_propagate_event(inner, event.get());
+}
+
+TEST(OpenWindow, ChangesAnInputByWheelOnlyWithTheFocusAndCountsWhatIsTyped) {
+    const std::unique_ptr<MGDialog> dialog(make_dialog("dialog_config"));
+    gtk_window_resize(GTK_WINDOW(dialog->window), 700, 300);
+    dialog->Show();
+    gtk_notebook_set_current_page(GTK_NOTEBOOK(dialog->GetObject("notebook_config")), 1);
+    settle();
+    auto* spin = GTK_SPIN_BUTTON(dialog->GetObject("spin_tls_limit_auth"));
+    auto* combo = GTK_COMBO_BOX(dialog->GetObject("combo_sub_dir"));
+    auto* page = gtk_scrolled_window_get_vadjustment(GTK_SCROLLED_WINDOW(dialog->GetObject("scrolled_extra")));
+    for (const char* row : {"0", "1"}) dialog->ComboBoxTextAppend("combo_sub_dir", row);
+    gtk_combo_box_set_active(combo, 0);
+    gtk_spin_button_set_value(spin, 5);
+    gtk_window_set_focus(GTK_WINDOW(dialog->window), nullptr);
+    for (GtkWidget* input : {GTK_WIDGET(spin), GTK_WIDGET(combo)}) {
+        const double before = gtk_adjustment_get_value(page);
+        turn_wheel(input);
+        EXPECT_GT(gtk_adjustment_get_value(page), before);
+    }
+    EXPECT_EQ(gtk_spin_button_get_value(spin), 5);
+    EXPECT_EQ(gtk_combo_box_get_active(combo), 0);
+
+    gtk_widget_child_focus(GTK_WIDGET(combo), GTK_DIR_TAB_FORWARD);
+    turn_wheel(GTK_WIDGET(combo));
+    EXPECT_EQ(gtk_combo_box_get_active(combo), 1);
+    gtk_widget_grab_focus(GTK_WIDGET(spin));
+    turn_wheel(GTK_WIDGET(spin));
+    EXPECT_EQ(gtk_spin_button_get_value(spin), 4);
+    gtk_entry_set_text(GTK_ENTRY(spin), "77");
+    EXPECT_EQ(dialog->SpinGet("adjustment_tls_limit_auth"), 77);
 }
 
 } // namespace
