@@ -29,17 +29,6 @@ TEST(MGErr, TextHoldsWhatIsSetInItsOrder) {
     EXPECT_EQ(full_error().GetTextString(), "a\nb\n");
 }
 
-TEST(MGErr, RepeatIsJudgedByItsArgumentsNotByItsNumbers) {
-    for (auto text :
-         {&MGErr::opt_param, &MGErr::str_param, &MGErr::ext_param, &MGErr::ext_2_param, &MGErr::ext_3_param}) {
-        MGErr other = full_error();
-        other.num_param = other.err_code = 7;
-        EXPECT_TRUE(full_error().RepeatCompare(other));
-        other.*text = "x";
-        EXPECT_FALSE(full_error().RepeatCompare(other));
-    }
-}
-
 TEST(Edge, TurnsForeignExceptionsIntoErrors) {
     const auto text_at_edge = [](auto body) { return error_of([&] { at_edge("MGFile::X", body); }).GetString(); };
     EXPECT_EQ(text_at_edge([] { throw std::bad_alloc(); }),

@@ -119,7 +119,6 @@ TEST(MGCert, ReadsNamesAndExtensions) {
     EXPECT_TRUE(cert.GetOther(0, skip, skip, oid, text) && text == "Other");
     EXPECT_EQ(oid, "1.2.3.4.5");
     EXPECT_TRUE(cert.GetNameOther("1.2.643.3", text) && text == "12");
-    EXPECT_FALSE(cert.GetNameOther("1.2.644", text));
     EXPECT_TRUE(cert.GetExtKeyUsage(1, skip, skip, oid) && oid == "1.2.3.4");
     EXPECT_TRUE(cert.GetCertPolicies(1, skip, skip, oid) && oid == "2.5.29.32.0");
     const uint8_t* data = nullptr;

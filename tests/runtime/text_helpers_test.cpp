@@ -33,28 +33,6 @@ TEST(TextHelpers, SplitFromEitherEnd) {
     }
 }
 
-TEST(TextHelpers, TakeBlocksFromTheEnd) {
-    std::string blocks = "start\n#one\n1\n2\n# \n3\n#no line", header, block;
-    const Texts expected[] = {{"", ""}, {"", "3\n"}, {"one", "1\n2\n"}};
-    for (const Texts& row : expected) {
-        EXPECT_TRUE(MGFile::GetInfoBlockFromEnd(blocks, "#", header, block));
-        EXPECT_EQ((Texts{header, block}), row);
-    }
-    EXPECT_FALSE(MGFile::GetInfoBlockFromEnd(blocks, "#", header, block));
-    EXPECT_EQ(blocks, "start\n");
-}
-
-TEST(TextHelpers, FindQuotedTextOnOneLine) {
-    const auto found = [](const std::string& text, bool escape) {
-        Texts all;
-        std::string out;
-        for (size_t pos = 0; MGFile::FindSubString(text, pos, "'", "'", out, escape);) all.push_back(out);
-        return all;
-    };
-    EXPECT_EQ(found("'b' 'a\nb'c' 'open", false), (Texts{"b", "c"})); // what would span lines may end in a begin
-    EXPECT_EQ(found(R"(\'x 'a\'b' \'y)", true), (Texts{R"(a\'b)"}));
-}
-
 TEST(Paths, ReadTheNumberOfANumberedName) {
     EXPECT_EQ(MGFile::GetNumberFromFileName("log~4294967295.txt", "log", ".txt"), 4294967295U);
     for (const char* file : {"log~x.txt", "log~4294967296.txt", "log~.txt", "log~-1.txt", "a"})

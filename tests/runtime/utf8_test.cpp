@@ -32,17 +32,6 @@ TEST(Utf8, WalkEndsAtWhatIsNoCharacter) {
     }
 }
 
-TEST(Utf8, CutsAtCharacters) {
-    for (const auto& [text, parts] :
-         {std::pair<std::string, std::string>{"Привет", "ивет|Прив|Пр"}, {"я", "||я"}, {"abя\xFFz", "я\xFFz|a|ab"}}) {
-        std::string shifted = text, cut = text, kept = text;
-        MGFile::ShiftBeginUtf8(shifted, 2);
-        MGFile::CuttingEndUtf8(cut, 2);
-        MGFile::CuttingEndIfMoreUtf8(kept, 2);
-        EXPECT_EQ(shifted + "|" + cut + "|" + kept, parts);
-    }
-}
-
 std::string utf8(wint_t c) {
     char bytes[MB_LEN_MAX];
     std::mbstate_t state = {};
