@@ -10,17 +10,23 @@
 
 namespace {
 
-// A file that states every attribute, none with its default, no number or text twice.
-const std::string every_field = [] {
-    std::ifstream file(EVERY_FIELD, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), {});
-}();
-
 std::string replaced(std::string text, const std::string& what, const std::string& with) {
     const size_t at = text.find(what);
     EXPECT_NE(at, std::string::npos) << what;
     return text.replace(at, what.size(), with);
 }
+
+// A file that states every attribute. No two fields of a record have the same number or text, and none its default.
+const std::string every_field = [] {
+    std::ifstream file(EVERY_FIELD, std::ios::binary);
+    std::string text(std::istreambuf_iterator<char>(file), {});
+    for (const auto& [what, with] : {std::pair{"version=\"1\" release=\"1\"", "version=\"3\" release=\"4\""},
+                                     {"\"ADD_NUM\"", "\"mode_same_file\""},
+                                     {"\"REPLACE\"", "\"copy0.mode\""},
+                                     {"exist0.content", "a &lt; &quot;b&quot; &amp; д&#10;"}})
+        text = replaced(text, what, with);
+    return text;
+}();
 
 // A stored password changes from second to second.
 std::string without_hashes(const std::string& content) {
@@ -35,7 +41,7 @@ struct ProfileFile : testing::Test {
 
     // Reads a file of this content into a fresh profile.
     ErrorFields read(const std::string& content) {
-        dir.write("every_field.xml", content);
+        dir.write("profile.xml", content);
         return reread();
     }
     ErrorFields reread() {
@@ -43,12 +49,12 @@ struct ProfileFile : testing::Test {
         context.version = 3;
         context.release = 4;
         context.profiles.assign(1, {});
-        context.profiles[0].id = "every_field";
+        context.profiles[0].id = "profile";
         return error_of([&] { read_profile_file(&context, 0); });
     }
     std::string written() {
         EXPECT_EQ(error_of([&] { write_profile_file(&context, 0); }), ErrorFields());
-        return dir.read("every_field.xml");
+        return dir.read("profile.xml");
     }
 };
 
@@ -57,12 +63,12 @@ struct ProfileFile : testing::Test {
 TEST_F(ProfileFile, WritesEveryAttributeThatItReads) {
     ASSERT_EQ(read(every_field), ErrorFields());
     EXPECT_EQ(without_hashes(written()), without_hashes(every_field));
-    EXPECT_EQ(dir.read("every_field.xml~"), every_field);
+    EXPECT_EQ(dir.read("profile.xml~"), every_field);
 
     EXPECT_EQ(config().fc_hash, "init_fc.пароль");
     EXPECT_EQ(config().actions[0].console.hash, "console.пароль0");
     EXPECT_EQ(config().fs_allow[0].hash, "allow.пароль0");
-    EXPECT_EQ(config().actions[0].exist.content, "a < \"b\" & д\nexist0");
+    EXPECT_EQ(config().actions[0].exist.content, "a < \"b\" & д\n");
     EXPECT_EQ(config().admit[0].crc_subject, 0x1ca8c846u); // zlib's CRC-32
     EXPECT_EQ(config().fs_allow[1].crc_login, 0x23e02658u);
 }
@@ -91,7 +97,7 @@ TEST_F(ProfileFile, ReadsWithoutJudgingAndWritesInOneForm) {
     } rows[] = {
         {"send_timeout=\"104\"", "send_timeout=\"0\"", "send_timeout=\"8\""},
         {"port=\"20114\"", "port=\"70000\"", "port=\"4464\""},
-        {"use_tls_1.2=\"0\"", "use_tls_1.2=\"-7\"", "use_tls_1.2=\"1\""},
+        {"need_save=\"1\"", "need_save=\"-7\"", "need_save=\"1\""},
         {"<log catalog", "<new a='1'><b/></new><log new='2' catalog", "<log catalog"},
         {"<user subject=\"user.gw_admit0.subject\"/>", "<user subject=\"С\" ip=\"1.2.3.4\"/>", "<user subject=\"С\"/>"},
         {"<gw_client_virtual quantity=\"1\">" + address, "<gw_client_virtual quantity=\"-2\">" + address,
@@ -106,7 +112,7 @@ TEST_F(ProfileFile, ReadsWithoutJudgingAndWritesInOneForm) {
 
 TEST_F(ProfileFile, RefusesAndTellsWhy) {
     const ReaderErrors told{"Ошибка загрузки конфигурационных параметров из файла с данными профиля",
-                            "read_profile_file", dir.path("every_field.xml")};
+                            "read_profile_file", dir.path("profile.xml")};
     const std::string root = every_field.substr(every_field.find("<profile "));
     const struct {
         std::string what, with; // the change in the file
@@ -119,11 +125,11 @@ TEST_F(ProfileFile, RefusesAndTellsWhy) {
         {"VORQSPRF", "VORQSCFG",
          told.check("XML файл не является конфигурационным файлом Резервного копирования", "str != MARK_VORMA_PROFILE",
                     "VORQSCFG", "VORQSPRF")},
-        {"id=\"every_field\"", "id=\"other\"",
-         told.check("Идентификатор профиля не совпадает с именем файла", "str != id", "other", "every_field")},
+        {"id=\"profile\"", "id=\"other\"",
+         told.check("Идентификатор профиля не совпадает с именем файла", "str != id", "other", "profile")},
         {" mask_file=\"init_file.mask_file\"", "", no_prop("mask_file")},
         {"<crypto ", "<krypto ", no_child("crypto")},
-        {"<gw_server_virtual quantity=\"1\"", "<gw_server_virtual quantity=\"2\"", told.missing("address", "2")},
+        {"<gw_server_virtual quantity=\"3\"", "<gw_server_virtual quantity=\"4\"", told.missing("address", "4")},
         {"<fs_admit quantity=\"0\"/>", "", no_child("fs_admit")},
         {"<fs_allow quantity=\"2\"", "<fs_allow quantity=\"1\"", told.surplus("allow", "1")},
     };
@@ -188,7 +194,7 @@ TEST_F(ProfileFile, WritesNothingThatItCannotReadAgain) {
     reread();
     config().fc_login = "a\x01\x1B\tб\xFF\xEF\xBF\xBF\n";
     written();
-    EXPECT_FALSE(std::filesystem::exists(dir.path("every_field.xml~"))) << "there was nothing to copy";
+    EXPECT_FALSE(std::filesystem::exists(dir.path("profile.xml~"))) << "there was nothing to copy";
     ASSERT_EQ(reread(), ErrorFields());
     MGConfig expected; // but for this, a new profile comes back as it was
     expected.fc_login = "a\tб\n";
@@ -197,7 +203,7 @@ TEST_F(ProfileFile, WritesNothingThatItCannotReadAgain) {
 
 TEST_F(ProfileFile, KeepsTheFileWhereItCannotBeCopiedFirst) {
     read(every_field);
-    std::filesystem::create_directory(dir.path("every_field.xml~"));
+    std::filesystem::create_directory(dir.path("profile.xml~"));
     EXPECT_NE(error_of([&] { write_profile_file(&context, 0); }), ErrorFields());
-    EXPECT_EQ(dir.read("every_field.xml"), every_field);
+    EXPECT_EQ(dir.read("profile.xml"), every_field);
 }
