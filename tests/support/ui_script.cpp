@@ -129,38 +129,6 @@ void UiWindow::click(const std::string& id) const {
         g_signal_emit_by_name(widget, "clicked");
 }
 
-void UiWindow::close() const {
-    gtk_window_close(GTK_WINDOW(window_));
-}
-
-void UiWindow::set_entry(const std::string& id, const std::string& text) const {
-    gtk_entry_set_text(GTK_ENTRY(find(id)), text.c_str());
-}
-
-std::string UiWindow::entry(const std::string& id) const {
-    return gtk_entry_get_text(GTK_ENTRY(find(id)));
-}
-
-void UiWindow::press_icon(const std::string& entry_id) const {
-    g_signal_emit_by_name(find(entry_id), "icon-press", GTK_ENTRY_ICON_SECONDARY, nullptr);
-}
-
-void UiWindow::set_spin(const std::string& id, double value) const {
-    gtk_spin_button_set_value(GTK_SPIN_BUTTON(find(id)), value);
-}
-
-double UiWindow::spin(const std::string& id) const {
-    return gtk_spin_button_get_value(GTK_SPIN_BUTTON(find(id)));
-}
-
-void UiWindow::set_toggle(const std::string& id, bool on) const {
-    gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(find(id)), on);
-}
-
-bool UiWindow::toggle(const std::string& id) const {
-    return gtk_toggle_button_get_active(GTK_TOGGLE_BUTTON(find(id)));
-}
-
 void UiWindow::set_combo(const std::string& id, const std::string& row_id) const {
     EXPECT_TRUE(gtk_combo_box_set_active_id(GTK_COMBO_BOX(find(id)), row_id.c_str())) << id << " has no " << row_id;
 }
@@ -173,14 +141,6 @@ std::vector<std::string> UiWindow::combo_rows(const std::string& id) const {
     std::vector<std::string> rows;
     for (const auto& cells : cells_of(gtk_combo_box_get_model(GTK_COMBO_BOX(find(id))))) rows.push_back(cells[0]);
     return rows;
-}
-
-std::string UiWindow::label(const std::string& id) const {
-    return gtk_label_get_text(GTK_LABEL(find(id)));
-}
-
-bool UiWindow::sensitive(const std::string& id) const {
-    return gtk_widget_is_sensitive(find(id));
 }
 
 void UiWindow::select(const std::string& view_id, const std::vector<int>& rows) const {

@@ -34,20 +34,31 @@ public:
     std::string focus() const; // id of the widget that has the focus
 
     void click(const std::string& id) const; // a button, tool button or menu item; it must be sensitive
-    void close() const;                      // as the window's close button; takes effect in the main loop
+    // As the window's close button; takes effect in the main loop.
+    void close() const { gtk_window_close(GTK_WINDOW(window_)); }
 
-    void set_entry(const std::string& id, const std::string& text) const;
-    std::string entry(const std::string& id) const;
-    void press_icon(const std::string& entry_id) const; // the secondary one
-    void set_spin(const std::string& id, double value) const;
-    double spin(const std::string& id) const;
-    void set_toggle(const std::string& id, bool on) const; // check and radio buttons
-    bool toggle(const std::string& id) const;
+    void set_entry(const std::string& id, const std::string& text) const {
+        gtk_entry_set_text(GTK_ENTRY(find(id)), text.c_str());
+    }
+    std::string entry(const std::string& id) const { return gtk_entry_get_text(GTK_ENTRY(find(id))); }
+    // The secondary one.
+    void press_icon(const std::string& entry_id) const {
+        g_signal_emit_by_name(find(entry_id), "icon-press", GTK_ENTRY_ICON_SECONDARY, nullptr);
+    }
+    void set_spin(const std::string& id, double value) const {
+        gtk_spin_button_set_value(GTK_SPIN_BUTTON(find(id)), value);
+    }
+    double spin(const std::string& id) const { return gtk_spin_button_get_value(GTK_SPIN_BUTTON(find(id))); }
+    // Of check and radio buttons.
+    void set_toggle(const std::string& id, bool on) const {
+        gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(find(id)), on);
+    }
+    bool toggle(const std::string& id) const { return gtk_toggle_button_get_active(GTK_TOGGLE_BUTTON(find(id))); }
     void set_combo(const std::string& id, const std::string& row_id) const;
     std::string combo(const std::string& id) const; // id of the active row
     std::vector<std::string> combo_rows(const std::string& id) const;
-    std::string label(const std::string& id) const;
-    bool sensitive(const std::string& id) const;
+    std::string label(const std::string& id) const { return gtk_label_get_text(GTK_LABEL(find(id))); }
+    bool sensitive(const std::string& id) const { return gtk_widget_is_sensitive(find(id)); }
 
     void select(const std::string& view_id, const std::vector<int>& rows) const; // these and no others
     void activate_row(const std::string& view_id, int row) const;                // a double click
