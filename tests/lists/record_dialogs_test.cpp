@@ -12,60 +12,64 @@ constexpr const char* no_id = "Идентификатор содержит не�
 constexpr const char* queue_exists = "Такая очередь уже существует.\nИзмените значение идентификатора.";
 constexpr const char* login_exists = "Такой логин уже существует.\nИзмените значение логина.";
 
+// What each dialog refuses of a new record, and how the next press of OK mends it. The last one is accepted.
+const std::vector<Check> user_checks = {
+    {"check_use_next_send=1;entry_subject_name= \t", blank, "entry_subject_name"},
+    {"entry_subject_name=CN=Петров,O=ООО Ромашка", one_of_two, "entry_subject_send_ip"},
+    {"entry_subject_send_ip=10.0.0.1;entry_subject_send_domen=a.example", one_of_two, "entry_subject_send_ip"},
+    {"entry_subject_send_ip=10.0.0.256;entry_subject_send_domen=",
+     "Необходимо задать IP адрес в формате NNN.NNN.NNN.NNN", "entry_subject_send_ip"},
+    {"entry_subject_send_ip=10.0.0.1", "Необходимо задать номер порта для соединения", "spin_subject_send_port"},
+    {"spin_subject_send_port=65535"}};
+const std::vector<Check> name_checks = {{"", blank, "entry_subject_name_2"}, {"entry_subject_name_2=CN=new"}};
+const std::vector<Check> queue_checks = {{"check_use_ticket_dir=1;check_use_out_sign=1", blank, "entry_id_queue"},
+                                         {"entry_id_queue=q-3", no_id, "entry_id_queue", true},
+                                         {"entry_id_queue=taken", queue_exists, "entry_id_queue", true},
+                                         {"entry_id_queue=123456789", blank, "entry_in_dir"},
+                                         {"entry_in_dir=/in", blank, "entry_out_dir"},
+                                         {"entry_out_dir=/out", blank, "entry_ticket_dir"},
+                                         {"entry_ticket_dir=/t"}};
+const std::vector<Check> client_checks = {{"", blank, "entry_allow_name"},
+                                          {"entry_allow_name=Клиент", blank, "entry_allow_login"}, // a name may repeat
+                                          {"entry_allow_login=Login", no_id, "entry_allow_login", true},
+                                          {"entry_allow_login=taken", login_exists, "entry_allow_login", true},
+                                          {"entry_allow_login=123456789"}}; // a password may be missing
+
+// The same when a record is changed: it is not in its own way.
+const std::vector<Check> no_change = {{""}};
+const std::vector<Check> queue_change = {{"entry_id_queue=taken", queue_exists, "entry_id_queue", true},
+                                         {"entry_id_queue=123456789;entry_in_dir=/new"}};
+const std::vector<Check> client_change = {{"entry_allow_login=taken", login_exists, "entry_allow_login", true},
+                                          {"entry_allow_login=123456789"}};
+
 struct RecordDialog {
     const char *opener, *view, *dialog, *ok;
+    const std::vector<Check>&checks, &change;
+    const char* changed; // its row afterwards
 };
 const RecordDialog dialogs[] = {
-    {"button_admission_list", "admit_view", "dialog_subject", "button_subject_ok"},
-    {"button_gw_admission_list", "admit_view_2", "dialog_subject_2", "button_subject_ok_2"},
-    {"button_fc_queue", "queue_view", "dialog_queue", "button_subject_ok_1"},
-    {"button_fs_allow", "allow_view", "dialog_allow", "button_allow_ok"},
-};
-
-// What each of them refuses of a new record, and how the next press of OK mends it. The last one is accepted.
-const std::vector<Check> checks[] = {
-    {{"check_use_next_send=1;entry_subject_name= \t", blank, "entry_subject_name"},
-     {"entry_subject_name=CN=Петров,O=ООО Ромашка", one_of_two, "entry_subject_send_ip"},
-     {"entry_subject_send_ip=10.0.0.1;entry_subject_send_domen=a.example", one_of_two, "entry_subject_send_ip"},
-     {"entry_subject_send_ip=10.0.0.256;entry_subject_send_domen=",
-      "Необходимо задать IP адрес в формате NNN.NNN.NNN.NNN", "entry_subject_send_ip"},
-     {"entry_subject_send_ip=10.0.0.1", "Необходимо задать номер порта для соединения", "spin_subject_send_port"},
-     {"spin_subject_send_port=65535"}},
-    {{"", blank, "entry_subject_name_2"}, {"entry_subject_name_2=CN=new"}},
-    {{"check_use_ticket_dir=1;check_use_out_sign=1", blank, "entry_id_queue"},
-     {"entry_id_queue=q-3", no_id, "entry_id_queue", true},
-     {"entry_id_queue=taken", queue_exists, "entry_id_queue", true},
-     {"entry_id_queue=123456789", blank, "entry_in_dir"},
-     {"entry_in_dir=/in", blank, "entry_out_dir"},
-     {"entry_out_dir=/out", blank, "entry_ticket_dir"},
-     {"entry_ticket_dir=/t"}},
-    {{"", blank, "entry_allow_name"},
-     {"entry_allow_name=Клиент", blank, "entry_allow_login"}, // a name may repeat
-     {"entry_allow_login=Login", no_id, "entry_allow_login", true},
-     {"entry_allow_login=taken", login_exists, "entry_allow_login", true},
-     {"entry_allow_login=123456789"}}, // a password may be missing
-};
-// The same of a record as it is shown for a change: it is not in its own way.
-const std::vector<Check> changes[] = {
-    {{""}},
-    {{""}},
-    {{"entry_id_queue=taken", queue_exists, "entry_id_queue", true}, {"entry_id_queue=123456789"}},
-    {{"entry_allow_login=taken", login_exists, "entry_allow_login", true}, {"entry_allow_login=123456789"}},
+    {"button_admission_list", "admit_view", "dialog_subject", "button_subject_ok", user_checks, no_change,
+     "1|CN=Петров,O=ООО Ромашка|-->|10.0.0.1||65535"},
+    {"button_gw_admission_list", "admit_view_2", "dialog_subject_2", "button_subject_ok_2", name_checks, no_change,
+     "1|CN=new||||"},
+    {"button_fc_queue", "queue_view", "dialog_queue", "button_subject_ok_1", queue_checks, queue_change,
+     "1|123456789|/new|/out|Да|Да|/t|Нет"},
+    {"button_fs_allow", "allow_view", "dialog_allow", "button_allow_ok", client_checks, client_change,
+     "1|Клиент|123456789|Да|Нет"},
 };
 
 class RecordDialogsTest : public ListsTest {
 protected:
-    // In the list: presses a button, and takes the list over once the record dialog has ended.
-    void press(const char* button, const char* view = nullptr) {
-        script.when("dialog_admit", [=](UiWindow window) {
-            if (view) window.select(view, {0});
-            window.click(button);
+    // In the list: adds a record, and takes the list over once the record dialog has ended.
+    void add() {
+        script.when("dialog_admit", [](UiWindow window) {
+            window.click("button_admit_add");
             window.click("button_admit_ok");
         });
     }
 };
 
-TEST_F(RecordDialogsTest, TakesARecordOnceAllIsRightAndShowsItAgain) {
+TEST_F(RecordDialogsTest, TakesARecordOnceAllIsRightAndChangesItInItsPlace) {
     config.fc_queue.emplace_back().id = "taken";
     config.fs_allow.emplace_back().login = "taken";
     config.fs_allow[0].name = "Клиент";
@@ -75,10 +79,10 @@ TEST_F(RecordDialogsTest, TakesARecordOnceAllIsRightAndShowsItAgain) {
     expected.gw_admit = {{"CN=new", false, "", "", 0, 0x8f43a850}};
     expected.fc_queue.push_back({"123456789", "/in", "/out", true, true, "/t", false, 0xcbf43926});
     expected.fs_allow.push_back({true, "Клиент", "123456789", "", {}, {}, 0xcbf43926});
-    for (size_t kind = 0; kind < std::size(dialogs); ++kind) {
-        press("button_admit_add");
-        expect_checks(script, dialogs[kind].dialog, dialogs[kind].ok, checks[kind]);
-        open(dialogs[kind].opener);
+    for (const RecordDialog& row : dialogs) {
+        add();
+        expect_checks(script, row.dialog, row.ok, row.checks);
+        open(row.opener);
     }
     EXPECT_TRUE(config == expected);
 
@@ -86,11 +90,19 @@ TEST_F(RecordDialogsTest, TakesARecordOnceAllIsRightAndShowsItAgain) {
     std::swap(config.fs_allow[0], config.fs_allow[1]);
     config.fs_allow[0].active = false;
     config.fs_allow[0].hash = "secret";
+    config.fs_allow[0].admit = config.admit; // no business of its dialog
     expected = config;
-    for (size_t kind = 0; kind < std::size(dialogs); ++kind) {
-        press("button_admit_rename", dialogs[kind].view);
-        expect_checks(script, dialogs[kind].dialog, dialogs[kind].ok, changes[kind]);
-        open(dialogs[kind].opener);
+    expected.fc_queue[0].in_dir = "/new";
+    for (const RecordDialog& row : dialogs) {
+        script.when("dialog_admit", [&](UiWindow window) {
+            window.select(row.view, {0});
+            window.click("button_admit_select_all");
+            window.click("button_admit_rename");
+            EXPECT_EQ(rows_of(window, row.view)[0], row.changed); // marked as before
+            window.click("button_admit_ok");
+        });
+        expect_checks(script, row.dialog, row.ok, row.change);
+        open(row.opener);
     }
     EXPECT_TRUE(config == expected);
 }
@@ -99,7 +111,7 @@ TEST_F(RecordDialogsTest, JudgesAConnectionOnlyIfItIsUsedAndRemembersWhatWasAcce
     init_send_ip = {"10.0.0.1"};
     init_send_domen = {"a.example"};
     for (const char* button : {"button_subject_cancel", "button_subject_ok"}) {
-        press("button_admit_add");
+        add();
         script.when("dialog_subject", [=](UiWindow window) {
             EXPECT_EQ(window.combo_rows("combo_subject_send_ip"), History{"10.0.0.1"});
             EXPECT_EQ(window.combo_rows("combo_subject_send_domen"), History{"a.example"});
@@ -130,7 +142,7 @@ TEST_F(RecordDialogsTest, TakesTheOwnersNameFromACertificateFile) {
         {"button_admission_list", "dialog_subject", "entry_subject_name", "button_subject_cancel"},
         {"button_gw_admission_list", "dialog_subject_2", "entry_subject_name_2", "button_subject_cancel_2"}};
     for (const auto& [opener, dialog, entry, cancel] : rows) {
-        press("button_admit_add");
+        add();
         script.when(dialog, [&, entry = entry, cancel = cancel](UiWindow window) {
             constexpr const char* title = "Окно выбора имени файла с сертификатом";
             script.cancel_chooser(title);

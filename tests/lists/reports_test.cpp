@@ -149,6 +149,7 @@ TEST_F(ReportsTest, TellsWhenTheFileCannotBeWritten) {
 
 // The viewer of this test survives a hangup and tells its arguments through a pipe.
 TEST_F(ReportsTest, OpensAReportInTheViewerAndLeavesNoZombie) {
+    std::signal(SIGHUP, SIG_DFL); // a test may be started with it ignored
     dir.write("viewer", "#!/bin/sh\nkill -HUP $$\necho $# $1 >" + dir.path("pipe"));
     std::filesystem::permissions(dir.path("viewer"), std::filesystem::perms::owner_all);
     ASSERT_EQ(mkfifo(dir.path("pipe").c_str(), 0600), 0);
