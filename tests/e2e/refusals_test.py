@@ -9,11 +9,11 @@ import sys
 from driver import Desktop, Editor, wait_for
 
 MAIN = "Конфигурационная программа Резервного копирования"
-MASTER = """<config version="3" release="4" mark="VORQSCFG"><profiles quantity="1">
-  <profile default="1" name="Копия" id="every_field" active="0"/>
+MASTER = """<config version="1" release="1" mark="VORQSCFG"><profiles quantity="1">
+  <profile default="1" name="Копия" id="profile" active="0"/>
 </profiles><settings><editor path="/usr/bin/kate"/></settings></config>
 """.encode()
-PROFILE = (pathlib.Path(__file__).parent.parent / "config/every_field.xml").read_bytes()
+PROFILE = (pathlib.Path(__file__).parent.parent / "net/golden/profile.xml").read_bytes()
 UNREADABLE = "Не удалось прочесть XML документ из файла"
 SURPLUS = "Количество правил для входящих сообщений в XML файле превышает значение, заданное в атрибуте"
 FEWER = "Количество правил для входящих сообщений в XML файле меньше, чем значение, заданное в атрибуте"
@@ -35,10 +35,10 @@ REFUSED = [
     (random.Random(1).randbytes(5000), PROFILE, UNREADABLE),
     (MASTER, None, UNREADABLE),
     (MASTER, b"", UNREADABLE),
-    (MASTER, bend(PROFILE, 'version="3"', 'version="2"'),
+    (MASTER, bend(PROFILE, 'version="1" release', 'version="2" release'),
      "Версия файла конфигурации не совпадает с версией файла профиля", "num != version", "2"),
-    (MASTER, bend(PROFILE, 'id="every_field"', 'id="other"'),
-     "Идентификатор профиля не совпадает с именем файла", "other", "every_field"),
+    (MASTER, bend(PROFILE, 'id="profile"', 'id="other"'),
+     "Идентификатор профиля не совпадает с именем файла", "other", "profile"),
     (MASTER, bend(PROFILE, "</admit>", "<user/></admit>"), SURPLUS, "counter == quantity", "user"),
     (MASTER, bend(PROFILE, " mask_file=", " mask="), "Не удалось получить значение свойства", "mask_file"),
     (MASTER, bend(PROFILE, 'time_hour="110"', 'time_hour="%s"' % ("x" * 9000000)),
@@ -54,7 +54,7 @@ with Desktop() as desktop:
     base = desktop.home / ".selunara/vormaqs"
     config = base / "config"
     log = base / "log/vormaqscfg.log"
-    files = [config / "vormaqs_config.xml", config / "every_field.xml"]
+    files = [config / "vormaqs_config.xml", config / "profile.xml"]
     config.mkdir(parents=True)
 
     for master, profile, step, *facts in REFUSED:
@@ -76,7 +76,7 @@ with Desktop() as desktop:
     # A file that others wrote, and a save that fails: memory keeps the change, and the next save writes it.
     files[1].write_bytes(re.sub(rb"(?s)(  <settings.*?\n)(.*)(</profile>)", rb"\2<new/>\1\3", PROFILE))
     before = contents(config)
-    obstacle = config / "every_field.xml~"
+    obstacle = config / "profile.xml~"
     obstacle.mkdir()
     with Editor(desktop, sys.argv[1]) as editor:
         main = editor.window(MAIN)
@@ -85,10 +85,10 @@ with Desktop() as desktop:
         editor.type_into(naming, "Наименование :", "Renamed")
         editor.press(naming, "Сохранить")
         editor.press(editor.window("Ошибка"), "OK")
-        assert files[1].read_bytes() == before["every_field.xml"]
+        assert files[1].read_bytes() == before["profile.xml"]
         obstacle.rmdir()
         editor.click(editor.cell(editor.window(MAIN), 0, 1))
         wait_for("the save", lambda: obstacle.exists() and b"<new/>" not in files[1].read_bytes())
-        assert b'name="Renamed" id="every_field" active="1"' in files[0].read_bytes()
-        assert obstacle.read_bytes() == before["every_field.xml"]
+        assert b'name="Renamed" id="profile" active="1"' in files[0].read_bytes()
+        assert obstacle.read_bytes() == before["profile.xml"]
         editor.close(main)
