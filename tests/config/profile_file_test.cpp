@@ -21,8 +21,6 @@ const std::string every_field = [] {
     std::ifstream file(EVERY_FIELD, std::ios::binary);
     std::string text(std::istreambuf_iterator<char>(file), {});
     for (const auto& [what, with] : {std::pair{"version=\"1\" release=\"1\"", "version=\"3\" release=\"4\""},
-                                     {"\"ADD_NUM\"", "\"mode_same_file\""},
-                                     {"\"REPLACE\"", "\"copy0.mode\""},
                                      {"exist0.content", "a &lt; &quot;b&quot; &amp; д&#10;"}})
         text = replaced(text, what, with);
     return text;
