@@ -153,8 +153,8 @@ TEST_F(ReportsTest, OpensAReportInTheViewerAndLeavesNoZombie) {
     dir.write("viewer", "#!/bin/sh\nkill -HUP $$\necho $# $1 >" + dir.path("pipe"));
     std::filesystem::permissions(dir.path("viewer"), std::filesystem::perms::owner_all);
     ASSERT_EQ(mkfifo(dir.path("pipe").c_str(), 0600), 0);
-    const int pipe =
-        ::open(dir.path("pipe").c_str(), O_RDWR | O_CLOEXEC); // also written to here, so that it never ends
+    const int pipe = ::open(dir.path("pipe").c_str(),
+                            O_RDWR | O_NONBLOCK | O_CLOEXEC); // also written to here, so that it never ends
     print(reports[0], [&] {
         script.when("dialog_result", [&](UiWindow window) {
             for (const char* name : {"", " \t", "/no/such/program", "/usr"}) {
