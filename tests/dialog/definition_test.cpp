@@ -198,6 +198,57 @@ TEST_F(Definition, KeepsTheAnswersInSightWithADoubledFont) {
     g_object_set(settings, "gtk-xft-dpi", usual, nullptr);
 }
 
+// The key, where the window has the focus; the toolkit knows its bindings by the code that the keyboard sends.
+void press_key(GtkWidget* window, guint key) {
+    GdkDisplay* display = gdk_display_get_default();
+    GdkKeymapKey* codes = nullptr;
+    gint count = 0;
+    ASSERT_TRUE(gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(display), key, &codes, &count));
+    const std::unique_ptr<GdkEvent, FreeEvent> event(gdk_event_new(GDK_KEY_PRESS));
+    event->key.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(window)));
+    event->key.keyval = key;
+    event->key.hardware_keycode = static_cast<guint16>(codes[0].keycode);
+    gdk_event_set_device(event.get(), gdk_seat_get_keyboard(gdk_display_get_default_seat(display)));
+    g_free(codes);
+    gtk_widget_event(window, event.get());
+    settle();
+}
+
+void count_signal(GtkWidget*, int* count) {
+    ++*count;
+}
+void keep_response(GtkDialog*, int response, int* kept) {
+    *kept = response;
+}
+
+// The profile editor alone has no answer by Enter: too much is typed there before all of it is meant.
+TEST_F(Definition, AnswersByEnterInEachEntryAndCancelsByEscape) {
+    size_t entries = 0;
+    for (GtkWidget* window : windows_) {
+        if (!GTK_IS_DIALOG(window)) continue;
+        SCOPED_TRACE(id_of(G_OBJECT(window)));
+        g_signal_connect(window, "delete-event", G_CALLBACK(gtk_widget_hide_on_delete), nullptr);
+        gtk_widget_show(window);
+        settle();
+        GtkWidget* answer = gtk_window_get_default_widget(GTK_WINDOW(window));
+        EXPECT_EQ(answer == nullptr, id_of(G_OBJECT(window)) == "dialog_config");
+        int answers = 0, expected = 0;
+        if (answer) g_signal_connect(answer, "activate", G_CALLBACK(count_signal), &answers);
+        for (GObject* object : objects_) {
+            if (!answer || !GTK_IS_ENTRY(object) || !gtk_widget_is_ancestor(GTK_WIDGET(object), window)) continue;
+            gtk_widget_grab_focus(GTK_WIDGET(object));
+            press_key(window, GDK_KEY_Return);
+            EXPECT_EQ(answers, ++expected) << id_of(object);
+            ++entries;
+        }
+        int response = 0;
+        g_signal_connect(window, "response", G_CALLBACK(keep_response), &response);
+        press_key(window, GDK_KEY_Escape);
+        EXPECT_EQ(response, GTK_RESPONSE_DELETE_EVENT);
+    }
+    EXPECT_EQ(entries, 43U);
+}
+
 // One notch of the wheel towards the tail, over the innermost widget of the input, where the pointer would be.
 void turn_wheel(GtkWidget* input) {
     GtkWidget* inner = GTK_IS_BIN(input) ? gtk_bin_get_child(GTK_BIN(input)) : input;

@@ -88,10 +88,10 @@ class Desktop:
 class Editor:
     """The program, started on the desktop's home; ends with status 0 and without a word of the toolkit."""
 
-    def __init__(self, desktop, program):
+    def __init__(self, desktop, program, locale="C.UTF-8"):
         self.desktop = desktop
         self.errors = open(desktop.folder / "stderr", "w+")
-        self.process = subprocess.Popen([program], stderr=self.errors)
+        self.process = subprocess.Popen([program], stderr=self.errors, env={**os.environ, "LC_ALL": locale})
 
     def __enter__(self):
         return self
