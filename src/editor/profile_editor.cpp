@@ -144,6 +144,26 @@ void fill_editor(MGDialog& dialog, const MGProfile& profile) {
     show_actions(dialog, config.actions);
 }
 
+void show_pages(GtkNotebook* pages, bool front_alone) {
+    for (int page = gtk_notebook_get_n_pages(pages); page-- > 0;)
+        gtk_widget_set_visible(gtk_bin_get_child(GTK_BIN(gtk_notebook_get_nth_page(pages, page))),
+                               !front_alone || page == gtk_notebook_get_current_page(pages));
+}
+
+gboolean after_first_frame(GtkWidget* pages, cairo_t*, gpointer) {
+    g_signal_handlers_disconnect_by_func(pages, reinterpret_cast<gpointer>(after_first_frame), nullptr);
+    show_pages(GTK_NOTEBOOK(pages), false);
+    return FALSE;
+}
+
+// A notebook lays out all its pages before it is first seen, and the user waits for it. So the pages behind are empty
+// until the one in front is drawn.
+void draw_front_page_first(MGDialog& dialog) {
+    GtkNotebook* pages = GTK_NOTEBOOK(dialog.GetObject("notebook_config"));
+    show_pages(pages, true);
+    g_signal_connect_after(pages, "draw", G_CALLBACK(after_first_frame), nullptr);
+}
+
 void read_editor(MGDialog& dialog, MGConfig& config) {
     read_back(dialog, config, general_page);
     read_back(dialog, config, additional_page);
@@ -158,6 +178,7 @@ void configure_selected(GtkTreeView* view) {
     MGConfig working = profile.config;
     fill_editor(*ConfigDialog, profile);
     make_working_catalogs(profile);
+    draw_front_page_first(*ConfigDialog);
     dialog->user_data = &working;
     if (!dialog.RunOk()) return;
     read_editor(*ConfigDialog, working);
