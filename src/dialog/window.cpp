@@ -25,6 +25,16 @@ void guard_values_from_wheel(GtkBuilder* builder, GtkWidget* window) {
     g_slist_free(objects);
 }
 
+// F4 presses the icon in the entry that has the focus: the toolkit gives icons to the mouse alone.
+gboolean press_icon_by_key(GtkWidget* window, GdkEventKey* key, gpointer) {
+    GtkWidget* focus = gtk_window_get_focus(GTK_WINDOW(window));
+    if (key->keyval != GDK_KEY_F4 || (key->state & gtk_accelerator_get_default_mod_mask()) || !GTK_IS_ENTRY(focus) ||
+        gtk_entry_get_icon_storage_type(GTK_ENTRY(focus), GTK_ENTRY_ICON_SECONDARY) == GTK_IMAGE_EMPTY)
+        return FALSE;
+    g_signal_emit_by_name(focus, "icon-press", GTK_ENTRY_ICON_SECONDARY, key);
+    return TRUE;
+}
+
 } // namespace
 
 MGDialog::MGDialog(const char* resource_prefix, const char* resource_name, const char* object_id) {
@@ -70,6 +80,7 @@ void MGDialog::Finish(bool added, GError* error, const char* object_id) {
     window = GTK_WIDGET(object);
     gtk_builder_connect_signals(builder, nullptr);
     guard_values_from_wheel(builder, window);
+    g_signal_connect(window, "key-press-event", G_CALLBACK(press_icon_by_key), nullptr);
     if (!g_dialog_stack.empty()) gtk_window_set_transient_for(GTK_WINDOW(window), GTK_WINDOW(g_dialog_stack.top()));
     g_dialog_stack.push(window);
 }

@@ -120,15 +120,16 @@ class Editor:
                     yield application.get_child_at_index(j)
 
     def window(self, title):
-        """The visible window with this title, in front and with the keyboard focus. The title is asked of the X
-        server, since a message box has its kind for an accessible name."""
+        """The visible window with this title, in front and with the keyboard focus. The X server is asked too: it
+        alone knows the title of a message box, which has its kind for an accessible name."""
 
         def probe():
             if self.desktop.run("xdotool", "getactivewindow", "getwindowname").strip() != title:
                 return None
             for window in self._windows():
                 states = window.get_state_set()
-                if states.contains(Atspi.StateType.SHOWING) and states.contains(Atspi.StateType.ACTIVE):
+                if states.contains(Atspi.StateType.SHOWING) and states.contains(Atspi.StateType.ACTIVE) \
+                        and (window.get_name() == title or window.get_role_name() == "alert"):
                     return window
             return None
 

@@ -37,6 +37,11 @@ def edit(desktop, locale):
         editor.type_into(page, "Период неактивности (сек.) :", "4321", role="spin button")
         editor.focus(page, "check box", "Включить запись ошибок в syslog")
         editor.key("space")
+        editor.focus(page, "text", "Каталог ведения протокола :")
+        editor.key("F4")
+        editor.window("Окно выбора каталога")
+        editor.key("Escape")
+        editor.window(PROFILE)
         editor.type_into(page, "Каталог ведения протокола :", "/var/log/vorma")
 
         page = editor.page(profile, "Дополнительные")
