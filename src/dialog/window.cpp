@@ -1,41 +1,9 @@
 // Life cycle of MGDialog: loading a definition, the chain of windows, running and destroying.
 #include "dialog/gtk_owner.h"
+#include "dialog/input_habits.h"
 #include "dialog/mg_dialog.h"
 
 std::stack<GtkWidget*> g_dialog_stack;
-
-namespace {
-
-// The wheel over a spin button or combo box that is not being edited scrolls the page: without its own handler the
-// toolkit takes the event to the parent. Else scrolling past a value would change it unseen.
-gboolean leave_wheel_to_page(GtkWidget* input, GdkEvent*, gpointer window) {
-    GtkWidget* focus = gtk_window_get_focus(GTK_WINDOW(window));
-    const bool edited = focus && (focus == input || gtk_widget_is_ancestor(focus, input));
-    if (!edited) g_signal_stop_emission_by_name(input, "scroll-event");
-    return FALSE;
-}
-
-void guard_values_from_wheel(GtkBuilder* builder, GtkWidget* window) {
-    GSList* objects = gtk_builder_get_objects(builder);
-    for (GSList* item = objects; item; item = item->next) {
-        if ((GTK_IS_SPIN_BUTTON(item->data) || GTK_IS_COMBO_BOX(item->data)) &&
-            gtk_widget_is_ancestor(GTK_WIDGET(item->data), window))
-            g_signal_connect(item->data, "scroll-event", G_CALLBACK(leave_wheel_to_page), window);
-    }
-    g_slist_free(objects);
-}
-
-// F4 presses the icon in the entry that has the focus: the toolkit gives icons to the mouse alone.
-gboolean press_icon_by_key(GtkWidget* window, GdkEventKey* key, gpointer) {
-    GtkWidget* focus = gtk_window_get_focus(GTK_WINDOW(window));
-    if (key->keyval != GDK_KEY_F4 || (key->state & gtk_accelerator_get_default_mod_mask()) || !GTK_IS_ENTRY(focus) ||
-        gtk_entry_get_icon_storage_type(GTK_ENTRY(focus), GTK_ENTRY_ICON_SECONDARY) == GTK_IMAGE_EMPTY)
-        return FALSE;
-    g_signal_emit_by_name(focus, "icon-press", GTK_ENTRY_ICON_SECONDARY, key);
-    return TRUE;
-}
-
-} // namespace
 
 MGDialog::MGDialog(const char* resource_prefix, const char* resource_name, const char* object_id) {
     if (!MakeBuilder()) return;
@@ -79,8 +47,7 @@ void MGDialog::Finish(bool added, GError* error, const char* object_id) {
     if (!GTK_IS_WINDOW(object)) return;
     window = GTK_WIDGET(object);
     gtk_builder_connect_signals(builder, nullptr);
-    guard_values_from_wheel(builder, window);
-    g_signal_connect(window, "key-press-event", G_CALLBACK(press_icon_by_key), nullptr);
+    mend_inputs(builder, window);
     if (!g_dialog_stack.empty()) gtk_window_set_transient_for(GTK_WINDOW(window), GTK_WINDOW(g_dialog_stack.top()));
     g_dialog_stack.push(window);
 }

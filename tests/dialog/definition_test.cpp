@@ -199,7 +199,7 @@ TEST_F(Definition, KeepsTheAnswersInSightWithADoubledFont) {
 }
 
 // The key, where the window has the focus; the toolkit knows its bindings by the code that the keyboard sends.
-void press_key(GtkWidget* window, guint key) {
+void press_key(GtkWidget* window, guint key, guint state = 0) {
     GdkDisplay* display = gdk_display_get_default();
     GdkKeymapKey* codes = nullptr;
     gint count = 0;
@@ -207,6 +207,7 @@ void press_key(GtkWidget* window, guint key) {
     const std::unique_ptr<GdkEvent, FreeEvent> event(gdk_event_new(GDK_KEY_PRESS));
     event->key.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(window)));
     event->key.keyval = key;
+    event->key.state = state;
     event->key.hardware_keycode = static_cast<guint16>(codes[0].keycode);
     gdk_event_set_device(event.get(), gdk_seat_get_keyboard(gdk_display_get_default_seat(display)));
     g_free(codes);
@@ -288,6 +289,34 @@ TEST(OpenWindow, ChangesAnInputByWheelOnlyWithTheFocusAndCountsWhatIsTyped) {
     EXPECT_EQ(gtk_spin_button_get_value(spin), 4);
     gtk_entry_set_text(GTK_ENTRY(spin), "77");
     EXPECT_EQ(dialog->SpinGet("adjustment_tls_limit_auth"), 77);
+}
+
+TEST(OpenWindow, IsWorkedByKeysAlone) {
+    const std::unique_ptr<MGDialog> dialog(make_dialog("dialog_config"));
+    dialog->Show();
+    auto* pages = GTK_NOTEBOOK(dialog->GetObject("notebook_config"));
+    const auto focus = [&] { return id_of(G_OBJECT(gtk_window_get_focus(GTK_WINDOW(dialog->window)))); };
+    const auto is_dimmed = [&](const char* label) {
+        return !gtk_widget_get_sensitive(GTK_WIDGET(dialog->GetObject(label)));
+    };
+
+    // The mode that is chosen lies on a page behind.
+    gtk_notebook_set_current_page(pages, gtk_notebook_get_n_pages(pages) - 1);
+    settle();
+    gtk_widget_grab_focus(GTK_WIDGET(pages));
+    gtk_widget_child_focus(dialog->window, GTK_DIR_TAB_FORWARD);
+    EXPECT_EQ(focus(), "radio_init_fc");
+    dialog->SetSensitive("entry_fc_ip", false);
+    EXPECT_TRUE(is_dimmed("label_fc_ip"));
+    EXPECT_FALSE(is_dimmed("label_fs_ip"));
+
+    gtk_notebook_set_current_page(pages, 0);
+    settle();
+    dialog->SpinSet("adjustment_size_log", 5);
+    gtk_widget_grab_focus(GTK_WIDGET(dialog->GetObject("spin_size_log")));
+    press_key(dialog->window, GDK_KEY_Page_Down, GDK_CONTROL_MASK);
+    EXPECT_EQ(gtk_notebook_get_current_page(pages), 1);
+    EXPECT_EQ(dialog->SpinGet("adjustment_size_log"), 5);
 }
 
 } // namespace

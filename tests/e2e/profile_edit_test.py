@@ -96,7 +96,9 @@ with Desktop() as desktop:
 
     # After a restart the values stand in the windows; what is changed and cancelled reaches no file.
     with Editor(desktop, sys.argv[1]) as editor:
-        profile = open_profile(editor)
+        editor.window(MAIN)
+        editor.key("Down", "Return")
+        profile = editor.window(PROFILE)
         page = editor.page(profile, "TLS файл")
         assert editor.find(page, "radio button", "Файл-клиент").get_state_set().contains(Atspi.StateType.CHECKED)
         login = editor.find(page, "text", "Логин :")
