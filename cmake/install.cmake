@@ -2,6 +2,10 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
+# Readable for all, whatever the umask of who installs.
+set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
 # --- The editor ---
 
 install(TARGETS vormaqscfg RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT editor)
@@ -10,13 +14,12 @@ install(FILES data/vormaqscfg.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/
 install(FILES data/vormaqscfg.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT editor)
 install(FILES data/ru/vormaqscfg.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/ru/man1 COMPONENT editor)
 install(DIRECTORY docs/ru DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT editor)
+install(DIRECTORY data/demo/config DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT editor)
 
 # The picture is drawn from the vector file: rsvg-convert -w 128 data/vormaqscfg.svg -o data/vormaqscfg.png
 set(icons ${CMAKE_INSTALL_DATADIR}/icons/hicolor)
 install(FILES data/vormaqscfg.svg DESTINATION ${icons}/scalable/apps COMPONENT editor)
 install(FILES data/vormaqscfg.png DESTINATION ${icons}/128x128/apps COMPONENT editor)
-# The program reads its window's icon from this path, whatever the prefix.
-install(FILES data/vormaqscfg.png DESTINATION /opt/selunara/vormaqs/icons COMPONENT editor)
 
 # --- The runtime ---
 
@@ -38,3 +41,8 @@ install(EXPORT vorma_runtime NAMESPACE vorma:: DESTINATION ${package} FILE vorma
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/vorma_runtimeConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(FILES cmake/vorma_runtimeConfig.cmake ${PROJECT_BINARY_DIR}/vorma_runtimeConfigVersion.cmake
     DESTINATION ${package} COMPONENT runtime)
+
+# --- Outside the prefix ---
+
+# The program reads its window's icon from this path, whatever the prefix. The last, since only root may do it.
+install(FILES data/vormaqscfg.png DESTINATION /opt/selunara/vormaqs/icons COMPONENT editor)

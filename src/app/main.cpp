@@ -16,12 +16,26 @@
 
 namespace {
 
+// Adds the file's name to errors that tell only of an element or an attribute in it.
+template <class Read>
+void reading(const std::string& file, Read&& read) {
+    try {
+        read();
+    } catch (MGErr& err) {
+        if (err.GetDebugString().find(file) == std::string::npos) err.ext_3_param = file;
+        throw;
+    }
+}
+
 // Reads the master file and the file of every profile, active or not.
 void read_configuration() {
     if (!find_config_file(Context)) return;
-    read_config_file(Context);
+    reading(Context->config_file, [] { read_config_file(Context); });
     const int count = static_cast<int>(Context->profiles.size());
-    for (int index = 0; index < count; ++index) read_profile_file(Context, index);
+    for (int index = 0; index < count; ++index) {
+        const MGProfile& profile = Context->profiles[static_cast<size_t>(index)];
+        reading(profile_file_name(*Context, profile), [&] { read_profile_file(Context, index); });
+    }
 }
 
 // From an empty context to the end of the main loop.

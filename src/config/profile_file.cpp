@@ -130,11 +130,11 @@ struct Walk {
     }
 };
 
+} // namespace
+
 std::string profile_file_name(const MGContext& context, const MGProfile& profile) {
     return context.config_dir + "/" + profile.id + ".xml";
 }
-
-} // namespace
 
 void read_profile_file(MGContext* context, int index) {
     at_edge("read_profile_file", [&] {

@@ -3,7 +3,12 @@
 // them written every time, in one order, and required on reading in any order. The readers check no range and no token.
 #pragma once
 
+#include <string>
+
 class MGContext;
+class MGProfile;
+
+std::string profile_file_name(const MGContext& context, const MGProfile& profile);
 
 // Reads the file of profiles[index] into its config, whose lists it appends to. Throws MGErr; what was read up to then
 // stays in the config.

@@ -42,6 +42,7 @@ void create_profile(GtkListStore* store) {
     if (!dialog.RunOk()) return;
     profile_add_data(store, dialog->ListStoreGetNumRows(store) == 0, dialog->GetEntry("entry_enter_2_name"),
                      dialog->GetEntry("entry_enter_2_id"), 0);
+    ProfileDialog->TreeViewSetCursor(GTK_TREE_VIEW(ProfileDialog->GetObject("profile_view")));
     save_all_config_data(Enter2Dialog);
 }
 

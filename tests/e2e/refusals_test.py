@@ -69,6 +69,7 @@ with Desktop() as desktop:
             shown = next(text for text in editor.texts(box, "label") if "\n" in text)
             editor.press(box, "OK")
         assert shown.splitlines()[1] == step and set(facts) <= set(shown.splitlines()), shown
+        assert str(files[master == MASTER]) in shown.splitlines(), shown  # the one that is bent
         assert contents(config) == before, step
         entry = re.fullmatch(r"\n____ERROR____\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\n(.*)", log.read_text(), re.DOTALL)[1]
         assert re.sub("(x{480})x+", r"\1…", entry) == shown, entry[:1000]  # the box is cut, the log is not

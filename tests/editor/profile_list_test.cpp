@@ -66,6 +66,9 @@ TEST_F(ProfileList, CreatesAProfileOnceNameAndIdAreRight) {
     EXPECT_EQ(Enter2Dialog, nullptr);
     expect_saved(
         {{"1", "Имя first", "first", "0"}, {"0", "Имя second", "second", "1"}, {"0", "Третий", "third_3", "0"}});
+    GtkListStore* store = nullptr;
+    EXPECT_TRUE(ProfileDialog->TreeViewGetSelection(GTK_TREE_VIEW(main().find("profile_view")), &store));
+    EXPECT_EQ(ProfileDialog->TreeModelGetIndex(), 2) << "what is new is at hand";
     EXPECT_EQ(master_file("~"), before);
     EXPECT_EQ(config_files().size(), 4u + 3u) << "of what was new there is no copy";
 }

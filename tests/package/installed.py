@@ -16,11 +16,7 @@ def program_starts(root):
     so the program sees the root's /opt as the machine's."""
     with Desktop() as desktop:
         shutil.copytree(ROOT / "data/demo/config", desktop.home / ".selunara/vormaqs/config")
-        start = desktop.folder / "start"
-        start.write_text("#!/bin/sh\n"
-                         f"exec unshare --mount sh -c 'mount --bind {root}/opt /opt && exec {root}/usr/bin/vormaqscfg'\n")
-        start.chmod(0o755)
-        with Editor(desktop, str(start)) as editor:
+        with Editor(desktop, desktop.with_opt(root / "opt", root / "usr/bin/vormaqscfg")) as editor:
             main = editor.window(MAIN)
             shown = editor.texts(main, "table cell")
             assert [name for name in DEMO if name not in shown] == [], shown

@@ -35,6 +35,7 @@ assert shapes[0] == shapes[1], "the man pages differ in their paragraphs"
 versions = {page: re.search(r'"vormaqscfg (\S+)"', page.read_text())[1] for page in pages}
 versions[metainfo] = ElementTree.parse(metainfo).find("releases/release").get("version")
 versions["debian/changelog"] = re.match(r"vormaqscfg \((.+)\)", (ROOT / "debian/changelog").read_text())[1]
+versions["about box"] = re.search(r"Версия ([\d.]+)", (ROOT / "src/editor/settings.cpp").read_text())[1]
 assert set(versions.values()) == {VERSION}, versions
 
 # The guide names each refusal as the program does, and shows no picture that is not there.
