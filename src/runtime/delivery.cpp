@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fcntl.h>
+#include <limits>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -21,6 +22,14 @@ constexpr const char* detached_sign_ext = ".p7d";
 struct FreeMemory {
     void operator()(uint8_t* data) const { MGFile::Free(data); }
 };
+
+// A file that is its own target would be emptied before it is read, and removed after it.
+void refuse_itself(MGErr& err, const char* from, const char* to) {
+    struct stat source, target;
+    if (stat(from, &source) != 0 || stat(to, &target) != 0) return;
+    if (source.st_dev == target.st_dev && source.st_ino == target.st_ino)
+        fail(err, "Файл нельзя скопировать в самого себя", "(from == to)");
+}
 
 size_t source_size(int fd, MGErr& err) {
     const off_t size = lseek(fd, 0, SEEK_END);
@@ -44,9 +53,12 @@ void rotate_copies(MGFile& file, const std::string& dir, const std::string& name
 
     const std::string target = file.JoinDirAndFileName(dir, name.c_str());
     if (file.IsFile(target.c_str())) {
-        const uint32_t next = file.GetMaxNumFromListNumFile(numbered_copies(file, dir, stem, ext)) + 1;
-        const std::string numbered = file.JoinDirAndFileName(dir, file.SameFileName(name, next).c_str());
-        file.RenameFile(target.c_str(), numbered.c_str());
+        const uint32_t highest = file.GetMaxNumFromListNumFile(numbered_copies(file, dir, stem, ext));
+        // Behind the last number there is none: any that is free.
+        const std::string numbered = highest == std::numeric_limits<uint32_t>::max()
+                                         ? file.MaxSameFileName(dir, name)
+                                         : file.SameFileName(name, highest + 1);
+        file.RenameFile(target.c_str(), file.JoinDirAndFileName(dir, numbered.c_str()).c_str());
     }
     std::vector<MGFileNumExt> surplus = numbered_copies(file, dir, stem, ext);
     surplus.resize(surplus.size() > keep ? surplus.size() - keep : 0);
@@ -61,6 +73,7 @@ void copy_in_pieces(const char* from, const char* to, bool test_size, size_t siz
     err.func_1 = "CopyLongFile";
     err.str_param = from;
     err.ext_param = to;
+    refuse_itself(err, from, to);
 
     const FileDescriptor source(open(from, O_RDONLY | O_CLOEXEC));
     if (source.get() < 0) fail_errno(err, "Ошибка выполнения открытия файла", "open", "O_RDONLY");
@@ -103,6 +116,12 @@ void MGFile::CopyLongFile(const std::string& from, const std::string& to) {
 
 void MGFile::MoveFile(const char* from, const char* to) {
     at_edge("MGFile::MoveFile", [&] {
+        MGErr err;
+        err.mess_1 = "Ошибка копирования файла";
+        err.func_1 = "MoveFile";
+        err.str_param = from;
+        err.ext_param = to;
+        refuse_itself(err, from, to);
         CopyFile(from, to);
         RemoveFile(from);
     });

@@ -26,17 +26,24 @@ private:
     MGFile& file_;
 };
 
-// Calls take(name, path) for each plain file of dir whose bare name matches mask, in the directory's own order.
-void for_each_file(MGFile& file, const std::string& dir, const std::string& mask, bool case_sensitive,
+// Calls take(name, path) for each plain file of dir whose bare name is wanted, in the directory's own order.
+void for_each_file(MGFile& file, const std::string& dir, const std::function<bool(const std::string& name)>& wanted,
                    const std::function<void(const std::string& name, const std::string& path)>& take) {
     file.OpenDir(dir.c_str());
     const Closing<&MGFile::CloseDir> closing(file);
     while (const char* entry = file.ReadDir()) {
         const std::string name = entry;
-        if (!file.CompareMaskUtf8(name, mask, case_sensitive)) continue;
+        if (!wanted(name)) continue;
         const std::string path = file.JoinDirAndFileName(dir, entry);
         if (file.IsFile(path.c_str())) take(name, path);
     }
+}
+
+// The same for the names that match mask.
+void for_each_file(MGFile& file, const std::string& dir, const std::string& mask, bool case_sensitive,
+                   const std::function<void(const std::string& name, const std::string& path)>& take) {
+    const auto matches = [&](const std::string& name) { return file.CompareMaskUtf8(name, mask, case_sensitive); };
+    for_each_file(file, dir, matches, take);
 }
 
 } // namespace
@@ -215,11 +222,18 @@ uint32_t MGFile::GetMaxNameNExtFromDir(const std::string& dir, const std::string
 
 std::vector<MGFileNumExt> numbered_copies(MGFile& file, const std::string& dir, const std::string& stem,
                                           const std::string& ext) {
-    std::vector<std::string> names;
     std::vector<MGFileNumExt> copies;
-    file.GetListFilesFromDir(dir, stem + "~*" + ext, true, names);
-    file.CopyListFileToListNumFile(names, stem, ext, copies);
-    std::erase_if(copies, [](const MGFileNumExt& copy) { return copy.num == 0; });
+    // Not by a mask: a stem may hold "*" and "?" or be no UTF-8, and what is found here is what a rotation removes. So
+    // a name counts only if it is the one that its number makes.
+    const auto number_of = [&](const std::string& name) {
+        const uint32_t num = file.GetNumberFromFileName(name, stem, ext);
+        return name == file.GetNameNExt(stem.c_str(), num, ext.c_str()) ? num : 0;
+    };
+    for_each_file(
+        file, dir, [&](const std::string& name) { return number_of(name) != 0; },
+        [&](const std::string& name, const std::string&) {
+            copies.push_back({name, number_of(name)});
+        });
     std::sort(copies.begin(), copies.end(), MGFileNumExtCompare());
     return copies;
 }
@@ -293,7 +307,7 @@ void MGFile::SleepTimeout(unsigned seconds, unsigned milliseconds) {
         err.func_1 = "MGFile::SleepTimeout";
         err.num_param = seconds;
         err.uint32_param = std::min(milliseconds, 1000U);
-        if (seconds > 0) sleep(seconds);
+        while (seconds > 0) seconds = sleep(seconds); // a signal doesn't cut the wait short
         if (milliseconds > 0 && usleep(err.uint32_param * 1000) != 0)
             fail_errno(err, "Ошибка функции ожидания в миллисекундах", "usleep(N*1000)");
     });

@@ -168,7 +168,8 @@ public:
     static void CutFileNameUpToNChars(std::string& name, size_t n);
     // Whether a file can be written, read and removed in dir. Throws nothing.
     static bool TestDirOnReadAndWriteAccess(const std::string& dir);
-    // Whether the file can be renamed to its name with ".tmp" added, and back. Throws nothing.
+    // Whether the file can be renamed to its name with ".tmp" added, and back; not if that name is taken. Throws
+    // nothing.
     static bool IsRenamedFile(const std::string& file);
 
     // --- utf8: the walk over characters, and case. The walk ends at a zero byte and at anything that is no character

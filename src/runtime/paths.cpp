@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <limits>
 #include <string_view>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -135,6 +136,8 @@ bool MGFile::TestDirOnReadAndWriteAccess(const std::string& dir) {
 bool MGFile::IsRenamedFile(const std::string& file) {
     try {
         const std::string renamed = file + ".tmp";
+        struct stat taken;
+        if (lstat(renamed.c_str(), &taken) == 0) return false; // another file, which the rename would destroy
         RenameFile(file.c_str(), renamed.c_str());
         RenameFile(renamed.c_str(), file.c_str());
         return true;

@@ -84,6 +84,39 @@ TEST(LongCopy, TellsWhereItWasCutShort) {
     EXPECT_FALSE(std::filesystem::exists(target));
 }
 
+TEST(CopyLongFile, LeavesAFileThatIsItsOwnTargetAlone) {
+    const TempDir dir;
+    const std::string file = dir.path("f"), link = dir.path("link");
+    dir.write("f", "content");
+    std::filesystem::create_symlink(file, link);
+    EXPECT_EQ(error_of([&] { MGFile::CopyLongFile(file, link); }).func_2, "(from == to)");
+    EXPECT_EQ(error_of([&] { MGFile::MoveLongFile(file, file); }).func_2, "(from == to)");
+    EXPECT_EQ(error_of([&] { MGFile::MoveFile(file, file); }).func_2, "(from == to)");
+    EXPECT_EQ(dir.read("f"), "content");
+}
+
+// A stem is no mask, and what has another stem belongs to another family.
+TEST(SameName, RotationKeepsToItsOwnFamily) {
+    const struct {
+        const char *name, *before, *after;
+    } rows[] = {
+        {"a*.txt", "a*.txt=0 ab~1.txt=1 a~2.txt=2", "a*.txt=new a*~1.txt=0 ab~1.txt=1 a~2.txt=2 "},
+        {"\xff.txt", "\xff.txt=0 \xff~1.txt=1", "\xff.txt=new \xff~2.txt=0 "},
+        {"a.txt", "a.txt=0 a~1~7.txt=1 a~2b.txt=2 a~03.txt=3",
+         "a.txt=new a~03.txt=3 a~1.txt=0 a~1~7.txt=1 a~2b.txt=2 "},
+        {"a.txt", "a.txt=0 a~4294967295.txt=1", "a.txt=new a~4294967295.txt=1 "},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.before);
+        const TempDir from, to;
+        from.write(row.name, "new");
+        put_files(to, row.before);
+        std::string result;
+        MGFile().CopySameFile(from.path(), to.path(), row.name, result, "", false, false, 0, false, true, 1);
+        EXPECT_EQ(files_of(to), row.after);
+    }
+}
+
 TEST(SameName, IsDecidedByTheModeOrByRotation) {
     const struct {
         const char* mode;
