@@ -2,6 +2,7 @@
 //
 //     entry = LF [ marker [ date ] LF ] [ "Профиль: " id LF ] text
 #include "app/log.h"
+#include "runtime/mg_info.h"
 
 #include <syslog.h>
 
@@ -141,6 +142,15 @@ void add_log_entry(MGFile& owner, const LogTarget& log, const LogTarget& report,
     try {
         rotate_if_due(owner, log, report);
         owner.PrintLogFile(log.mutex, log.file, marker, true, text);
+    } catch (const std::exception& e) {
+        report_exception(e.what());
+    }
+}
+
+void add_log_entry(MGFile& owner, const LogTarget& log, const LogTarget& report, const char* marker,
+                   const MGInfo& info) {
+    try {
+        add_log_entry(owner, log, report, marker, info.GetString());
     } catch (const std::exception& e) {
         report_exception(e.what());
     }

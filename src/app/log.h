@@ -24,3 +24,5 @@ struct LogTarget {
 // and the entry goes into the old file. Throws nothing: what can't be written ends in the system log.
 void add_log_entry(MGFile& owner, const LogTarget& log, const LogTarget& report, const char* marker,
                    const std::string& text);
+void add_log_entry(MGFile& owner, const LogTarget& log, const LogTarget& report, const char* marker,
+                   const MGInfo& info);

@@ -17,7 +17,7 @@ constexpr uint64_t repeat_limit = 4;   // the first count that is no longer writ
 // A debug entry, where the level asks for it and the log has a name. The main debug log reports a failed rotation.
 void add_debug_entry(MGFile& owner, const LogTarget& log, const MGInfo& info, bool extended) {
     if (!owner.m_debug_log || (extended && !owner.m_ext_debug_log) || log.file.empty()) return;
-    add_log_entry(owner, log, {owner.m_debug_log_mutex, owner.m_debug_log_file}, log_marker_debug, info.GetString());
+    add_log_entry(owner, log, {owner.m_debug_log_mutex, owner.m_debug_log_file}, log_marker_debug, info);
 }
 
 } // namespace
@@ -94,19 +94,17 @@ std::string MGFile::MaxSameFileName(const std::string& dir, const std::string& n
 
 void MGFile::PrintInfoInLogFile(const MGInfo& info) {
     const LogTarget log{m_log_mutex, m_log_file};
-    add_log_entry(*this, log, log, log_marker_info, info.GetString());
+    add_log_entry(*this, log, log, log_marker_info, info);
 }
 
 void MGFile::PrintInfoInLogFileInput(const MGInfo& info) {
     if (m_log_input_off) return;
-    add_log_entry(*this, {m_log_input_mutex, m_log_file_input}, {m_log_mutex, m_log_file}, log_marker_info,
-                  info.GetString());
+    add_log_entry(*this, {m_log_input_mutex, m_log_file_input}, {m_log_mutex, m_log_file}, log_marker_info, info);
 }
 
 void MGFile::PrintInfoInLogFileOutput(const MGInfo& info) {
     if (m_log_output_off) return;
-    add_log_entry(*this, {m_log_output_mutex, m_log_file_output}, {m_log_mutex, m_log_file}, log_marker_info,
-                  info.GetString());
+    add_log_entry(*this, {m_log_output_mutex, m_log_file_output}, {m_log_mutex, m_log_file}, log_marker_info, info);
 }
 
 void MGFile::PrintDebugLogFile(const MGInfo& info, bool extended) {

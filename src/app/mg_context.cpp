@@ -36,7 +36,8 @@ void init_vorma_catalogs(MGContext* context, const char* log_file_name) {
 bool find_config_file(MGContext* context) {
     return at_edge("find_config_file", [&] {
         context->config_file = context->config_dir + "/vormaqs_config.xml";
-        if (MGFile::IsFile(context->config_file.c_str())) context->config_found = true;
-        return context->config_found;
+        const bool found = MGFile::IsFile(context->config_file.c_str());
+        if (found) context->config_found = true;
+        return found;
     });
 }
