@@ -332,13 +332,14 @@ void MGIp::Change(uint32_t src_ip, uint16_t src_port, uint32_t dst_ip, uint16_t 
         err.mess_1 = "Ошибка изменения IP пакета";
         err.func_1 = "MGIp::Change";
         const bool tcp = m_protocol == protocol_tcp;
-        TestLengths(err, tcp ? tcp_header : m_protocol == protocol_udp ? udp_header : 0);
+        const bool transport = has_ports(m_protocol) && m_offset == 0; // a later fragment holds data in its place
+        TestLengths(err, !transport ? 0 : tcp ? tcp_header : udp_header);
 
         if (src_ip != 0) put32(m_packet + 12, m_src_ip = src_ip);
         if (dst_ip != 0) put32(m_packet + 16, m_dst_ip = dst_ip);
         if (src_ip != 0 || dst_ip != 0)
             put16(m_packet + ip_checksum_at, m_checksum = header_checksum(m_packet, m_ihl * 2));
-        if (!has_ports(m_protocol)) return;
+        if (!transport) return;
 
         uint8_t* const header = Transport();
         if (src_port != 0) put16(header, m_src_port = src_port);

@@ -103,7 +103,8 @@ public:
 
     // Rewrites addresses and ports of the parsed packet in place, in fields and bytes, with the checksums made anew; 0
     // leaves a value as it is. A UDP checksum of 0, which says that there is none, stays 0; of a protocol other than
-    // TCP and UDP only the addresses change. Throws, with nothing changed, on lengths that run past the bytes.
+    // TCP and UDP, and of a fragment that isn't the first, only the addresses change. Throws, with nothing changed, on
+    // lengths that run past the bytes.
     void Change(uint32_t src_ip, uint16_t src_port, uint32_t dst_ip, uint16_t dst_port);
 
     // Writes the 12 bytes of the pseudo header, of the packet's bytes and the lengths in the fields.

@@ -250,7 +250,8 @@ public:
     static void CopyMem(void* to, const void* from, size_t size);
 
     // --- tls_transport: the framed exchange over the TLS session of an MGTrelm; with TLS turned off, over the bare
-    //     connection. A failure on the way ends the session: a new connection and a new handshake are needed. To end a
+    //     connection. After any failure a new connection and a new handshake are needed; one of a handshake, of
+    //     TlsConnSend or of TlsConnRecv has ended the session, otherwise the next handshake does. To end a
     //     wait there are the peer's close (MGExit 1), the exit flag (2; signal may be null), and the limits. A client
     //     calls Connect and TlsClientAuth, a server RecvAccept and TlsServerAuth, then each as many messages as it
     //     likes. ---

@@ -80,7 +80,7 @@ public:
     // --- trelm_tls: the session. The bytes that go out are for the peer. ---
 
     // A session as client, with the peer's name, or as server, with an empty one. What the two options choose is the
-    // provider's. There must be no session.
+    // provider's. An earlier session is ended first.
     void TlsCreate(const std::string& name, bool client_option, bool server_option);
     // Without a session nothing. Afterwards there is none, even after a failure: it is never used again.
     void TlsDestroy();

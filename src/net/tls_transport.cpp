@@ -6,6 +6,7 @@
 #include "runtime/mg_info.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <sys/socket.h>
 
@@ -45,7 +46,9 @@ private:
 size_t readable(int sock, TlsRecordPosition& at) {
     if (at.left == 0) {
         if (at.known == sizeof at.header) at.known = 0;
-        const ssize_t got = recv(sock, at.header + at.known, sizeof at.header - at.known, MSG_PEEK | MSG_DONTWAIT);
+        ssize_t got; // waits as the read itself would
+        do got = recv(sock, at.header + at.known, sizeof at.header - at.known, MSG_PEEK);
+        while (got < 0 && errno == EINTR);
         if (got <= 0) return read_size; // the read itself will tell
         at.known += static_cast<size_t>(got);
         at.left = static_cast<size_t>(got);

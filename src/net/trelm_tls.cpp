@@ -53,6 +53,7 @@ void transfer(MGTrelm& trelm, const Operation& operation, decltype(trelm_functio
 
 void MGTrelm::TlsCreate(const std::string& name, bool client_option, bool server_option) {
     at_edge(create.func_1, [&] {
+        TlsDestroy();
         position = {};
         const bool client = !name.empty();
         const uint32_t flags = client ? (client_option ? client_option_flags : client_flags)

@@ -143,6 +143,13 @@ TEST(MGIp, ChangesAndBuildsWhatOthersWouldBuild) {
         EXPECT_EQ(MGIp::IpUint32ToStr(ip.m_src_ip, false), "172.16.5.6");
     }
     MGIp ip;
+    init(ip, udp_odd);
+    ip.m_buf[7] = 1; // a later fragment: what stands behind its header is data, whatever it looks like
+    ip.Parse(false, true);
+    ip.Change(MGIp::IpCharToInt(172, 16, 5, 6), 4242, 0, 9999);
+    const size_t data = 20;
+    EXPECT_EQ(Bytes(ip.m_buf.begin() + data, ip.m_buf.end()), from_hex(udp_odd.substr(2 * data)));
+    EXPECT_TRUE(ip.IsIp());
     ip.MakeUdpForExit("127.0.0.1");
     EXPECT_EQ(ip.m_buf, from_hex("45000024e14d400040115b797f0000017f00000152dc7a510010248a0102030405060708"));
 }
