@@ -171,6 +171,7 @@ void start_program(const std::string& program, const std::string& argument) {
     const pid_t child = fork();
     if (child < 0) fail_errno(err, "Ошибка запуска дочернего процесса", "fork", program.c_str());
     if (child == 0) {
+        for (const int handled_by_us : {SIGCHLD, SIGPIPE}) std::signal(handled_by_us, SIG_DFL);
         std::signal(SIGHUP, SIG_IGN);
         execl(program.c_str(), program.c_str(), argument.c_str(), nullptr);
         // Without the parent's exit handlers: they would give back what the parent still uses.

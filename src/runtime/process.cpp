@@ -197,6 +197,7 @@ void MGFile::RunExtenProgNoWait(const std::string& program, const std::string& p
         const pid_t child = fork();
         if (child == 0) {
             signal(SIGCHLD, SIG_DFL); // the program may want to wait for children of its own
+            signal(SIGPIPE, SIG_DFL); // and to end with a pipe that nobody reads; we ignore it for our sockets' sake
             signal(SIGHUP, SIG_IGN);
             execvp(arguments.front(), arguments.data());
             _exit(0);
