@@ -116,8 +116,10 @@ void invert_active(GtkListStore* store, const char* path) {
 }
 
 bool id_is_taken(MGDialog* dialog) {
-    if (!id_already_exist(Context, dialog->GetEntry("entry_enter_2_id"), static_cast<int*>(dialog->user_data)))
-        return false;
+    const std::string id = dialog->GetEntry("entry_enter_2_id");
+    // A profile's file of that name would be written over the list of profiles.
+    const bool is_master = Context->config_dir + "/" + id + ".xml" == Context->config_file;
+    if (!is_master && !id_already_exist(Context, id, static_cast<int*>(dialog->user_data))) return false;
     show_refusal(dialog, "Такой идентификатор уже существует в другом профиле.\nИзмените значение идентификатора.");
     dialog->SetFocusToProblemWidget("entry_enter_2_id");
     return true;
@@ -198,7 +200,7 @@ void enter_2_ok(GtkButton*, gpointer dialog) {
         if (entry_is_empty(Enter2Dialog, "entry_enter_2_name") || entry_is_empty(Enter2Dialog, "entry_enter_2_id") ||
             entry_not_id(Enter2Dialog, "entry_enter_2_id") || id_is_taken(Enter2Dialog))
             return;
-        gtk_dialog_response(GTK_DIALOG(dialog), GTK_RESPONSE_OK);
+        respond_ok(dialog);
     });
 }
 }

@@ -45,9 +45,13 @@ TEST_F(ProfileList, CreatesAProfileOnceNameAndIdAreRight) {
     const struct {
         const char *name, *id, *message, *focus;
     } refused[] = {
-        {" \t", "Third", blank, "entry_enter_2_name"},  {"Третий", " ", blank, "entry_enter_2_id"},
-        {"Третий", "Third", no_id, "entry_enter_2_id"}, {"Третий", "the-third", no_id, "entry_enter_2_id"},
-        {"Третий", "ид", no_id, "entry_enter_2_id"},    {"Третий", "second", taken, "entry_enter_2_id"},
+        {" \t", "Third", blank, "entry_enter_2_name"},
+        {"Третий", " ", blank, "entry_enter_2_id"},
+        {"Третий", "Third", no_id, "entry_enter_2_id"},
+        {"Третий", "the-third", no_id, "entry_enter_2_id"},
+        {"Третий", "ид", no_id, "entry_enter_2_id"},
+        {"Третий", "second", taken, "entry_enter_2_id"},
+        {"Третий", "vormaqs_config", taken, "entry_enter_2_id"}, // its file would be the master file
     };
     UiScript script;
     script.when("dialog_enter_2", [](UiWindow window) {
