@@ -92,6 +92,16 @@ void fill(MGDialog& dialog, const Record& record, std::type_identity_t<std::span
     }
 }
 
+// The entry's text in place of `value`. An entry with a limit shows only the beginning of a longer value, made by hand
+// or by the service: while that stands there untouched, the value stays whole.
+inline void read_entry(MGDialog& dialog, const std::string& id, std::string& value) {
+    const std::string text = dialog.GetEntry(id.c_str());
+    GtkEntry* entry = GTK_ENTRY(dialog.GetObject(id.c_str()));
+    const int limit = gtk_entry_get_max_length(entry); // 0 for none
+    const bool full = limit > 0 && gtk_entry_get_text_length(entry) == limit;
+    if (!full || !value.starts_with(text)) value = text;
+}
+
 // Reads every widget of the table into the record, insensitive ones too.
 template <class Record>
 void read_back(MGDialog& dialog, Record& record, std::type_identity_t<std::span<const WidgetField<Record>>> table,
@@ -103,8 +113,10 @@ void read_back(MGDialog& dialog, Record& record, std::type_identity_t<std::span<
             [&](auto field) {
                 auto& value = record.*field;
                 if constexpr (std::is_same_v<decltype(field), std::string Record::*>) {
-                    value =
-                        row.kind == Kind::choice ? dialog.ComboBoxGetIdStr(id.c_str()) : dialog.GetEntry(id.c_str());
+                    if (row.kind == Kind::choice)
+                        value = dialog.ComboBoxGetIdStr(id.c_str());
+                    else
+                        read_entry(dialog, id, value);
                     if (row.remembered) add_string_to_vector(value, *row.history);
                 } else if constexpr (std::is_same_v<decltype(field), bool Record::*>) {
                     value = dialog.ToggleButtonGet(id.c_str());

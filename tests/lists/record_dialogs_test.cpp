@@ -107,6 +107,20 @@ TEST_F(RecordDialogsTest, TakesARecordOnceAllIsRightAndChangesItInItsPlace) {
     EXPECT_TRUE(config == expected);
 }
 
+TEST_F(RecordDialogsTest, KeepsAKeyThatTheEntryIsTooShortFor) {
+    const std::string long_id(40, 'q');
+    config.fc_queue.push_back({long_id, "/in", "/out", true, false, "/t", false, 0});
+    script.when("dialog_admit", [](UiWindow window) {
+        window.select("queue_view", {0});
+        window.click("button_admit_rename");
+        window.click("button_admit_ok");
+    });
+    expect_checks(script, "dialog_queue", "button_subject_ok_1", {{"entry_ticket_dir="}});
+    open("button_fc_queue");
+    EXPECT_EQ(config.fc_queue[0].id, long_id);
+    EXPECT_EQ(config.fc_queue[0].ticket_dir, "");
+}
+
 TEST_F(RecordDialogsTest, JudgesAConnectionOnlyIfItIsUsedAndRemembersWhatWasAccepted) {
     init_send_ip = {"10.0.0.1"};
     init_send_domen = {"a.example"};
