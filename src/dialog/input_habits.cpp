@@ -12,10 +12,10 @@ gboolean leave_wheel_to_page(GtkWidget* input, GdkEvent*, gpointer window) {
     return FALSE;
 }
 
-// The spin button would jump to its limit.
-gboolean leave_page_keys_to_notebook(GtkWidget* spin, GdkEventKey* key, gpointer) {
+// A spin button would jump to its limit, and a list would move its cursor by a page, which it does without Ctrl too.
+gboolean leave_page_keys_to_notebook(GtkWidget* input, GdkEventKey* key, gpointer) {
     const bool page = key->keyval == GDK_KEY_Page_Up || key->keyval == GDK_KEY_Page_Down;
-    if (page && key->state & GDK_CONTROL_MASK) g_signal_stop_emission_by_name(spin, "key-press-event");
+    if (page && key->state & GDK_CONTROL_MASK) g_signal_stop_emission_by_name(input, "key-press-event");
     return FALSE;
 }
 
@@ -62,7 +62,7 @@ gboolean enter_group_without_choice(GtkWidget* radio, GtkDirectionType, gpointer
 void mend(GtkWidget* input, GtkWidget* window) {
     if (GTK_IS_SPIN_BUTTON(input) || GTK_IS_COMBO_BOX(input))
         g_signal_connect(input, "scroll-event", G_CALLBACK(leave_wheel_to_page), window);
-    if (GTK_IS_SPIN_BUTTON(input))
+    if ((GTK_IS_SPIN_BUTTON(input) || GTK_IS_TREE_VIEW(input)) && gtk_widget_get_ancestor(input, GTK_TYPE_NOTEBOOK))
         g_signal_connect(input, "key-press-event", G_CALLBACK(leave_page_keys_to_notebook), nullptr);
     if (GTK_IS_RADIO_BUTTON(input)) g_signal_connect(input, "focus", G_CALLBACK(enter_group_without_choice), nullptr);
     if (GTK_IS_TREE_VIEW(input) &&

@@ -48,8 +48,12 @@ void show_error(MGDialog* dialog, MGErr& err) {
     show_refusal(dialog, err.GetString().c_str());
 }
 
-void button_ok(GtkWidget*, gpointer dialog) {
+void respond_ok(gpointer dialog) {
     gtk_dialog_response(GTK_DIALOG(dialog), GTK_RESPONSE_OK);
+}
+
+void button_ok(GtkWidget*, gpointer dialog) {
+    respond_ok(dialog);
 }
 
 void button_cancel(GtkWidget*, gpointer dialog) {

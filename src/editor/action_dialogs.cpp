@@ -73,10 +73,6 @@ bool receiver_is_wrong(MGDialog* dialog) {
     return true;
 }
 
-void respond_ok(gpointer dialog) {
-    gtk_dialog_response(GTK_DIALOG(dialog), GTK_RESPONSE_OK);
-}
-
 } // namespace
 
 bool set_action_console(MGConsole& console) {

@@ -262,7 +262,7 @@ void press_active_customize(GtkButton*, gpointer) {
 void active_ok(GtkButton*, gpointer dialog) {
     at_handler(ActiveDialog, [&] {
         if (type_is_missing(ActiveDialog) || entry_is_empty(ActiveDialog, "entry_active_name")) return;
-        gtk_dialog_response(GTK_DIALOG(dialog), GTK_RESPONSE_OK);
+        respond_ok(dialog);
     });
 }
 }

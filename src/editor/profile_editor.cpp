@@ -206,7 +206,7 @@ void config_ok(GtkButton*, gpointer dialog) {
     at_handler(ConfigDialog, [&] {
         for (const auto& check : address_checks)
             if (check.refused(ConfigDialog, check.tab, check.section, check.entry)) return;
-        gtk_dialog_response(GTK_DIALOG(dialog), GTK_RESPONSE_OK);
+        respond_ok(dialog);
     });
 }
 

@@ -9,8 +9,6 @@
 #include "lists/list_marks.h"
 #include "net/address_syntax.h"
 
-#include <algorithm>
-
 namespace {
 
 enum AddressColumn { COLUMN_MARK, COLUMN_IP, COLUMN_DOMEN, COLUMN_NET, COLUMN_NAME };

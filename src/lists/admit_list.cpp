@@ -11,8 +11,6 @@
 #include "lists/record_dialogs.h"
 #include "runtime/mg_file.h"
 
-#include <algorithm>
-
 namespace {
 
 constexpr int COLUMN_MARK = 0;

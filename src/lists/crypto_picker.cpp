@@ -142,7 +142,7 @@ void crypto_ok(GtkButton*, gpointer dialog) {
         MGConfig& config = *static_cast<MGConfig*>(CryptoDialog->user_data);
         int column = 0;
         for (const auto& row : crypto_columns) config.*row.field = CryptoDialog->TreeModelGetStringExt(column++);
-        gtk_dialog_response(GTK_DIALOG(dialog), GTK_RESPONSE_OK);
+        respond_ok(dialog);
     });
 }
 }

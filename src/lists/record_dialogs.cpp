@@ -11,8 +11,6 @@
 #include "lists/handlers.h"
 #include "runtime/mg_file.h"
 
-#include <algorithm>
-
 namespace {
 
 using User = FieldsOf<MGAdmit>;
@@ -92,10 +90,6 @@ bool client_is_wrong(MGDialog* dialog) {
            entry_not_id(dialog, "entry_allow_login") ||
            key_is_taken<MGAllow>(dialog, "entry_allow_login", "Такой логин уже существует.\nИзмените значение логина.",
                                  allow_already_exist);
-}
-
-void respond_ok(gpointer dialog) {
-    gtk_dialog_response(GTK_DIALOG(dialog), GTK_RESPONSE_OK);
 }
 
 } // namespace

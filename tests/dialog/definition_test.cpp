@@ -119,6 +119,17 @@ TEST_F(Definition, NamesEveryInputForAssistiveTechnology) {
     }
 }
 
+// What is typed into a list is looked for in that column.
+TEST_F(Definition, SearchesListsByText) {
+    for (GObject* object : objects_) {
+        if (!GTK_IS_TREE_VIEW(object)) continue;
+        GtkTreeView* view = GTK_TREE_VIEW(object);
+        EXPECT_EQ(gtk_tree_model_get_column_type(gtk_tree_view_get_model(view), gtk_tree_view_get_search_column(view)),
+                  G_TYPE_STRING)
+            << id_of(object);
+    }
+}
+
 void settle() {
     while (gtk_events_pending()) gtk_main_iteration();
 }
@@ -309,6 +320,8 @@ TEST(OpenWindow, IsWorkedByKeysAlone) {
     dialog->SetSensitive("entry_fc_ip", false);
     EXPECT_TRUE(is_dimmed("label_fc_ip"));
     EXPECT_FALSE(is_dimmed("label_fs_ip"));
+    dialog->SetSensitive("spin_time_hour", false);
+    EXPECT_TRUE(is_dimmed("label_time_hour_unit"));
 
     gtk_notebook_set_current_page(pages, 0);
     settle();
@@ -317,6 +330,12 @@ TEST(OpenWindow, IsWorkedByKeysAlone) {
     press_key(dialog->window, GDK_KEY_Page_Down, GDK_CONTROL_MASK);
     EXPECT_EQ(gtk_notebook_get_current_page(pages), 1);
     EXPECT_EQ(dialog->SpinGet("adjustment_size_log"), 5);
+
+    dialog->ListStoreAppend(GTK_LIST_STORE(dialog->GetObject("active_list_store")));
+    for (int page : {2, 3, 4}) { // the list takes the focus on its page
+        press_key(dialog->window, GDK_KEY_Page_Down, GDK_CONTROL_MASK);
+        EXPECT_EQ(gtk_notebook_get_current_page(pages), page) << focus();
+    }
 }
 
 } // namespace
