@@ -97,6 +97,13 @@ void MGErr::Printf() const {
     dump("err_description", err_description);
 }
 
+MGErr error_of(const std::string& func_1, const std::string& mess_1) {
+    MGErr err;
+    err.func_1 = func_1;
+    err.mess_1 = mess_1;
+    return err;
+}
+
 void fail(MGErr& err, const char* mess_2, const char* func_2) {
     err.mess_2 = mess_2;
     err.func_2 = func_2;
@@ -112,9 +119,7 @@ void fail_errno(MGErr& err, const char* mess_2, const char* func_2, const char* 
 }
 
 void throw_foreign(const char* function, const char* mess_2, const char* what) {
-    MGErr err;
-    err.mess_1 = "Непонятная ошибка";
-    err.func_1 = function;
+    MGErr err = error_of(function, "Непонятная ошибка");
     err.mess_2 = mess_2;
     err.err_description = what;
     throw err;

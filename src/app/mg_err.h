@@ -11,19 +11,19 @@
 // What failed, for the user (mess_1, mess_2) and for the log (the rest). A field that was not filled is empty or 0.
 class MGErr {
 public:
-    std::string mess_1;          // which operation failed, in the user's language
-    std::string mess_2;          // which step of it failed
-    std::string func_1;          // the function that failed
-    std::string func_2;          // the call that failed, or the condition that did not hold
-    std::string opt_param;       // the call's options as the source has them, or a second file name
-    std::string str_param;       // the main argument, as a rule a file name
-    std::string ext_param;       // further arguments
+    std::string mess_1;    // which operation failed, in the user's language
+    std::string mess_2;    // which step of it failed
+    std::string func_1;    // the function that failed
+    std::string func_2;    // the call that failed, or the condition that did not hold
+    std::string opt_param; // the call's options as the source has them, or a second file name
+    std::string str_param; // the main argument, as a rule a file name
+    std::string ext_param; // further arguments
     std::string ext_2_param;
     std::string ext_3_param;
-    int64_t num_param = 0;       // a size or a count
+    int64_t num_param = 0; // a size or a count
     int64_t num_2_param = 0;
     int64_t num_3_param = 0;
-    uint32_t uint32_param = 0;   // numbers that are also worth reading in hexadecimal
+    uint32_t uint32_param = 0; // numbers that are also worth reading in hexadecimal
     uint32_t uint32_2_param = 0;
     int32_t err_code = 0;        // errno or a library's code, 0 where there is none
     std::string err_description; // the text of err_code, of a library or of a standard exception
@@ -48,9 +48,9 @@ public:
     // One line without a line feed: "mess_1 mess_2", or mess_2 alone where mess_1 is empty.
     std::string GetSyslogString() const;
 
-    static std::string Int2String(int number);           // "%d"
-    static std::string Uint32String(uint32_t number);    // "%d [0x%08X]"
-    static std::string Uint64String(uint64_t number);    // "%lu"
+    static std::string Int2String(int number);        // "%d"
+    static std::string Uint32String(uint32_t number); // "%d [0x%08X]"
+    static std::string Uint64String(uint64_t number); // "%lu"
 
     // Whether repeat suppression counts the two as one: equal CRCs and string arguments; numbers and codes may differ.
     bool RepeatCompare(MGErr other) const;
@@ -69,6 +69,8 @@ private:
     int32_t code_;
 };
 
+// The error that an operation fills on entry.
+MGErr error_of(const std::string& func_1, const std::string& mess_1);
 // Completes err with the failing step and throws it.
 [[noreturn]] void fail(MGErr& err, const char* mess_2, const char* func_2);
 // The same for a failed system call: takes errno and its text too, errno before anything else can change it.

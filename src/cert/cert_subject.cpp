@@ -7,9 +7,8 @@
 
 std::string get_subject_from_der_cert(const std::vector<uint8_t>& bytes) {
     return at_edge("get_subject_from_der_cert", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка получения имени владельца сертификата из сертификата в der кодировке";
-        err.func_1 = "get_subject_from_der_cert";
+        MGErr err = error_of("get_subject_from_der_cert",
+                             "Ошибка получения имени владельца сертификата из сертификата в der кодировке");
 
         // A longer input than a length can say is refused by its length.
         MGCert cert(bytes.data(), static_cast<uint32_t>(std::min<size_t>(bytes.size(), UINT32_MAX)));

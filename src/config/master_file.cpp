@@ -47,9 +47,7 @@ void put_back(const std::string& file) {
 
 void read_config_file(MGContext* context) {
     at_edge("read_config_file", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка загрузки конфигурационного файла";
-        err.func_1 = "read_config_file";
+        MGErr err = error_of("read_config_file", "Ошибка загрузки конфигурационного файла");
         err.opt_param = context->config_file;
 
         const MGLibxml xml(context->config_file.c_str());

@@ -28,9 +28,7 @@ struct Operation {
 
     [[noreturn]] void fails(const char* mess_2, const char* func_2, const char* opt_param = "",
                             const char* str_param = "") const {
-        MGErr err;
-        err.mess_1 = mess_1;
-        err.func_1 = func_1;
+        MGErr err = error_of(func_1, mess_1);
         err.opt_param = opt_param;
         err.str_param = str_param;
         fail(err, mess_2, func_2);

@@ -140,9 +140,8 @@ void read_profile_file(MGContext* context, int index) {
     at_edge("read_profile_file", [&] {
         MGProfile& profile = context->profiles.at(static_cast<size_t>(index));
         const std::string file = profile_file_name(*context, profile);
-        MGErr err;
-        err.mess_1 = "Ошибка загрузки конфигурационных параметров из файла с данными профиля";
-        err.func_1 = "read_profile_file";
+        MGErr err =
+            error_of("read_profile_file", "Ошибка загрузки конфигурационных параметров из файла с данными профиля");
         err.opt_param = file;
 
         const MGLibxml xml(file.c_str());

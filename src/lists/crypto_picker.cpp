@@ -108,9 +108,7 @@ void choose_crypto_profile() {
 
 void get_trelm_context(std::vector<MGCrypto>& list) {
     at_edge("get_trelm_context", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка функции получения списка криптографических профилей";
-        err.func_1 = "get_trelm_context";
+        MGErr err = error_of("get_trelm_context", "Ошибка функции получения списка криптографических профилей");
         Provider provider(err);
         for (uint32_t index = 0;; ++index) {
             MGCrypto crypto;

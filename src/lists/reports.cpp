@@ -164,9 +164,7 @@ bool test_exist_start_program(MGDialog* dialog, const std::string& program) {
 }
 
 void start_program(const std::string& program, const std::string& argument) {
-    MGErr err;
-    err.mess_1 = "Ошибка запуска службы";
-    err.func_1 = "start_program";
+    MGErr err = error_of("start_program", "Ошибка запуска службы");
     err.str_param = argument;
     const pid_t child = fork();
     if (child < 0) fail_errno(err, "Ошибка запуска дочернего процесса", "fork", program.c_str());

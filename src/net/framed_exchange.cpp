@@ -1,6 +1,6 @@
 // The exchange of messages: a size, an answer, the bytes, an answer.
+#include "app/mg_err.h"
 #include "net/address_syntax.h"
-#include "net/error_of.h"
 #include "net/mg_socket.h"
 
 #include <algorithm>

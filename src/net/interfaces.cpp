@@ -1,5 +1,5 @@
 // Interfaces and addresses of the machine, asked of the kernel and of the resolver.
-#include "net/error_of.h"
+#include "app/mg_err.h"
 #include "net/mg_socket.h"
 #include "runtime/owners.h"
 

@@ -2,6 +2,7 @@
 #include "net/mg_ip.h"
 
 #include "app/mg_err.h"
+#include "net/network_order.h"
 
 #include <arpa/inet.h>
 #include <cerrno>
@@ -21,24 +22,6 @@ constexpr size_t tcp_checksum_at = 16;
 constexpr size_t udp_checksum_at = 6;
 
 const char* const bad_lengths = "Неправильный размер заголовка";
-
-uint16_t get16(const uint8_t* bytes) {
-    return static_cast<uint16_t>(bytes[0] << 8 | bytes[1]);
-}
-
-uint32_t get32(const uint8_t* bytes) {
-    return static_cast<uint32_t>(get16(bytes)) << 16 | get16(bytes + 2);
-}
-
-void put16(uint8_t* bytes, uint16_t number) {
-    bytes[0] = static_cast<uint8_t>(number >> 8);
-    bytes[1] = static_cast<uint8_t>(number);
-}
-
-void put32(uint8_t* bytes, uint32_t number) {
-    put16(bytes, static_cast<uint16_t>(number >> 16));
-    put16(bytes + 2, static_cast<uint16_t>(number));
-}
 
 bool has_ports(uint8_t protocol) {
     return protocol == protocol_tcp || protocol == protocol_udp;
@@ -105,9 +88,7 @@ void MGIp::Init(const void* data, size_t size) {
 
 uint16_t MGIp::SkipEthernet() {
     return at_edge("MGIp::SkipEthernet", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка проверки Ethernet пакета";
-        err.func_1 = "MGIp::SkipEthernet";
+        MGErr err = error_of("MGIp::SkipEthernet", "Ошибка проверки Ethernet пакета");
         if (m_buf.size() <= ethernet_header)
             fail_size(err, "Размер пакета должен быть более 14 байт", "(n <= 14)", m_buf.size());
 
@@ -130,9 +111,7 @@ bool MGIp::IsIp() {
 
 size_t MGIp::GetIpLen(const unsigned char* buf, size_t n) {
     return at_edge("MGIp::GetIpLen", [&]() -> size_t {
-        MGErr err;
-        err.mess_1 = "Ошибка получения длины IP пакета";
-        err.func_1 = "MGIp::GetIpLen";
+        MGErr err = error_of("MGIp::GetIpLen", "Ошибка получения длины IP пакета");
         if (n == 0) return 0;
         if (buf[0] >> 4 != 4) fail(err, "Заголовок IP пакета не содержит 4 версию", "(ver != 4)");
         const unsigned ihl = buf[0] & 15;
@@ -156,9 +135,7 @@ void MGIp::TestLengths(MGErr& err, uint64_t transport_header) const {
 
 void MGIp::Parse(bool check, bool only_ip) {
     return at_edge("MGIp::Parse", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка разбора заголовка IP пакета";
-        err.func_1 = "MGIp::Parse";
+        MGErr err = error_of("MGIp::Parse", "Ошибка разбора заголовка IP пакета");
         ClearParse();
 
         if (m_size < min_ip_header) fail_size(err, bad_lengths, "(m_size < 20)", m_size);
@@ -261,9 +238,7 @@ uint16_t MGIp::TransportCheckSum(uint8_t* checksum) {
 
 void MGIp::MakeIp() {
     return at_edge("MGIp::MakeIp", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка создания заголовка IP пакета";
-        err.func_1 = "MGIp::MakeIp";
+        MGErr err = error_of("MGIp::MakeIp", "Ошибка создания заголовка IP пакета");
         if (m_len < min_ip_header) fail_size(err, bad_lengths, "(m_len < 20)", m_len);
         if (m_len < m_ihl * 4) fail_size(err, bad_lengths, "(m_len < m_ihl * 4)", m_len);
 
@@ -286,9 +261,7 @@ void MGIp::MakeIp() {
 
 void MGIp::MakeUdp() {
     return at_edge("MGIp::MakeUdp", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка создания UDP пакета";
-        err.func_1 = "MGIp::MakeUdp";
+        MGErr err = error_of("MGIp::MakeUdp", "Ошибка создания UDP пакета");
         if (m_udp_len < udp_header) fail_size(err, bad_lengths, "(m_udp_len < 8)", m_udp_len);
         TestLengths(err, m_udp_len);
         const size_t data_size = m_udp_len - udp_header;
@@ -328,9 +301,7 @@ void MGIp::MakeUdpForExit(const char* ip) {
 void MGIp::Change(uint32_t src_ip, uint16_t src_port, uint32_t dst_ip, uint16_t dst_port) {
     return at_edge("MGIp::Change", [&] {
         if (src_ip == 0 && src_port == 0 && dst_ip == 0 && dst_port == 0) return;
-        MGErr err;
-        err.mess_1 = "Ошибка изменения IP пакета";
-        err.func_1 = "MGIp::Change";
+        MGErr err = error_of("MGIp::Change", "Ошибка изменения IP пакета");
         const bool tcp = m_protocol == protocol_tcp;
         const bool transport = has_ports(m_protocol) && m_offset == 0; // a later fragment holds data in its place
         TestLengths(err, !transport ? 0 : tcp ? tcp_header : udp_header);
@@ -379,9 +350,7 @@ uint32_t MGIp::IpCharToInt(uint8_t a, uint8_t b, uint8_t c, uint8_t d) {
 
 uint32_t MGIp::IpStrToUint32(const char* ip, bool network_order) {
     return at_edge("MGIp::IpStrToUint32", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка преобразования IP адреса из строки в число";
-        err.func_1 = "MGIp::IpStrToUint32";
+        MGErr err = error_of("MGIp::IpStrToUint32", "Ошибка преобразования IP адреса из строки в число");
         err.opt_param = ip;
         const char* const mess_2 = "Ошибка функции преобразования IP адреса";
         in_addr address{};
@@ -400,9 +369,7 @@ uint32_t MGIp::IpStrToUint32(const char* ip, bool network_order) {
 
 std::string MGIp::IpUint32ToStr(uint32_t ip, bool network_order) {
     return at_edge("MGIp::IpUint32ToStr", [&]() -> std::string {
-        MGErr err;
-        err.mess_1 = "Ошибка преобразования IP адреса из числа в строку";
-        err.func_1 = "MGIp::IpUint32ToStr";
+        MGErr err = error_of("MGIp::IpUint32ToStr", "Ошибка преобразования IP адреса из числа в строку");
         const in_addr address{network_order ? ip : htonl(ip)};
         char text[INET_ADDRSTRLEN];
         if (!inet_ntop(AF_INET, &address, text, sizeof text))

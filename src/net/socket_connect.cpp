@@ -1,5 +1,5 @@
 // Sockets and their settings, binding, listening and connecting.
-#include "net/error_of.h"
+#include "app/mg_err.h"
 #include "net/mg_socket.h"
 
 #include <arpa/inet.h>

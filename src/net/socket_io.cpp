@@ -1,5 +1,5 @@
 // Reading from and writing to a connection.
-#include "net/error_of.h"
+#include "app/mg_err.h"
 #include "net/mg_socket.h"
 
 #include <cerrno>

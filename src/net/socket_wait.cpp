@@ -1,5 +1,5 @@
 // Waits of one time-out, the loops around them, and the limits that end a conversation.
-#include "net/error_of.h"
+#include "app/mg_err.h"
 #include "net/mg_socket.h"
 
 #include <algorithm>

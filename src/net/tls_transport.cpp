@@ -1,6 +1,6 @@
 // The exchange of messages over a TLS session: the session turns bytes into bytes, the socket moves them. On the wire
 // stand the session's records and nothing else. A failure ends the session: it is never used again.
-#include "net/error_of.h"
+#include "app/mg_err.h"
 #include "net/mg_socket.h"
 #include "net/mg_trelm.h"
 #include "runtime/mg_info.h"

@@ -2,10 +2,10 @@
 //     <gwc mark="VORQSGWC"><header device="…" …/><adrs quantity="1"><adr ip="…" net="…"/></adrs>…</gwc>
 #include "net/transfer_documents.h"
 
+#include "app/mg_err.h"
 #include "config/file_checks.h"
 #include "config/mg_libxml.h"
 #include "config/xml_tables.h"
-#include "net/error_of.h"
 #include "runtime/mg_file.h"
 
 #include <utility>

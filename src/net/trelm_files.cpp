@@ -1,5 +1,5 @@
 // Detached signatures of files. The provider is fed piece by piece; it keeps a state between the calls.
-#include "net/error_of.h"
+#include "app/mg_err.h"
 #include "net/mg_trelm.h"
 #include "net/trelm_owners.h"
 

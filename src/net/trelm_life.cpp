@@ -1,5 +1,5 @@
 // The provider's library and its contexts.
-#include "net/error_of.h"
+#include "app/mg_err.h"
 #include "net/mg_trelm.h"
 
 MGTrelm::~MGTrelm() {

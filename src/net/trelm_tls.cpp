@@ -1,5 +1,5 @@
 // The provider's TLS session.
-#include "net/error_of.h"
+#include "app/mg_err.h"
 #include "net/mg_trelm.h"
 #include "net/trelm_owners.h"
 

@@ -1,6 +1,7 @@
 // The TUN device, and whole IP packets sent through a raw socket, fragmented here where they are too long for the way.
 #include "net/mg_ip.h"
 #include "net/mg_socket.h"
+#include "net/network_order.h"
 #include "runtime/descriptor_io.h"
 #include "runtime/owners.h"
 
@@ -20,11 +21,6 @@ constexpr size_t max_packet = 0xFFFF;
 constexpr size_t fragment_data = 1480;
 constexpr uint16_t fragment_step = fragment_data / 8;
 constexpr uint16_t more_fragments = 0x2000;
-
-void put16(uint8_t* bytes, unsigned number) {
-    bytes[0] = static_cast<uint8_t>(number >> 8);
-    bytes[1] = static_cast<uint8_t>(number);
-}
 
 ssize_t send_to(int sock, const void* data, size_t size, const sockaddr_in& to) {
     ssize_t sent;
@@ -53,9 +49,7 @@ size_t send_fragments(MGErr& err, int sock, uint8_t* packet, size_t size, const 
 
 void MGSocket::InitSocket(int domain, int type, int protocol) {
     at_edge("MGSocket::InitSocket", [&] {
-        MGErr err;
-        err.func_1 = "InitSocket";
-        err.mess_1 = "Ошибка инициализации сетевого подключения на уровне IP пакетов";
+        MGErr err = error_of("InitSocket", "Ошибка инициализации сетевого подключения на уровне IP пакетов");
         ClearSock(m_raw_sock);
         InitSocketExt(err, m_raw_sock, domain, type, protocol);
     });
@@ -67,9 +61,7 @@ void MGSocket::InitRaw(int protocol) {
 
 void MGSocket::SetSockOpt(int sock, int level, int optname, const void* optval, unsigned optlen) {
     at_edge("MGSocket::SetSockOpt", [&] {
-        MGErr err;
-        err.func_1 = "SetSockOpt";
-        err.mess_1 = "Ошибка установки опциональных параметров сокета";
+        MGErr err = error_of("SetSockOpt", "Ошибка установки опциональных параметров сокета");
         err.num_param = level;
         err.num_2_param = optname;
         err.uint32_param = static_cast<uint32_t>(sock);
@@ -85,9 +77,7 @@ void MGSocket::SetIpHdrIncl(int sock) {
 
 void MGSocket::OpenTun(const char* dev) {
     at_edge("MGSocket::OpenTun", [&] {
-        MGErr err;
-        err.func_1 = "OpenTun";
-        err.mess_1 = "Ошибка открытия виртуального сетевого интерфейса типа TUN";
+        MGErr err = error_of("OpenTun", "Ошибка открытия виртуального сетевого интерфейса типа TUN");
         ClearSock(m_tun_sock);
         // Closed on exec: a device that a program started by us kept open would outlive this object.
         FileDescriptor tun(open("/dev/net/tun", O_RDWR | O_CLOEXEC));
@@ -109,9 +99,7 @@ void MGSocket::OpenTun(const char* dev) {
 
 size_t MGSocket::ReadTun(int sock, void* buf, size_t len_buf) {
     return at_edge("MGSocket::ReadTun", [&] {
-        MGErr err;
-        err.func_1 = "ReadTun";
-        err.mess_1 = "Ошибка получения данных из виртуального сетевого интерфейса типа TUN";
+        MGErr err = error_of("ReadTun", "Ошибка получения данных из виртуального сетевого интерфейса типа TUN");
         const ssize_t got = read_some(sock, static_cast<uint8_t*>(buf), len_buf);
         if (got < 0) fail_errno(err, "Ошибка чтения данных из сокета", "read");
         return static_cast<size_t>(got);
@@ -120,9 +108,7 @@ size_t MGSocket::ReadTun(int sock, void* buf, size_t len_buf) {
 
 size_t MGSocket::SendIp(int sock, void* buf, size_t len_buf) {
     return at_edge("MGSocket::SendTo", [&]() -> size_t {
-        MGErr err;
-        err.func_1 = "SendTo";
-        err.mess_1 = "Ошибка отправки данных в сетевое соединение";
+        MGErr err = error_of("SendTo", "Ошибка отправки данных в сетевое соединение");
         err.num_param = static_cast<int64_t>(len_buf);
         if (len_buf < ip_header) fail(err, "Неправильный размер заголовка", "(len_buf < 20)");
 

@@ -13,17 +13,9 @@
 
 namespace {
 
-constexpr mode_t file_mode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH;
-
 // What stat says of a name; false for a name that is null or blank or can't be examined.
 bool examine(const char* name, struct stat& info) {
     return !MGFile::IsEmptyString(name) && stat(name, &info) == 0;
-}
-
-// The file's size, with the position at its start again; -1 if the descriptor can't be moved.
-off_t size_and_rewind(const FileDescriptor& fd) {
-    const off_t size = lseek(fd.get(), 0, SEEK_END);
-    return size < 0 || lseek(fd.get(), 0, SEEK_SET) < 0 ? -1 : size;
 }
 
 // errno is cleared first: a call that moves fewer bytes than asked for sets none.
@@ -34,17 +26,13 @@ void write_in_one_call(MGErr& err, const FileDescriptor& fd, const uint8_t* data
     fail_short(err, "Ошибка записи данных в файл", "write");
 }
 
-using HeapBuffer = std::unique_ptr<uint8_t, decltype(&std::free)>;
-
 HeapBuffer load(const char* file, size_t& size) {
-    MGErr err;
-    err.mess_1 = "Ошибка чтения данных из файла";
-    err.func_1 = "ReadFile";
+    MGErr err = error_of("ReadFile", "Ошибка чтения данных из файла");
     err.str_param = file;
 
     const FileDescriptor fd(open(file, O_RDONLY | O_CLOEXEC));
     if (fd.get() < 0) fail_errno(err, "Ошибка выполнения открытия файла", "open", "O_RDONLY");
-    const off_t length = size_and_rewind(fd);
+    const off_t length = size_and_rewind(fd.get());
     if (length < 0) fail_errno(err, "Ошибка получения размера файла", "lseek", "SEEK_END");
 
     const size_t wanted = static_cast<size_t>(length);
@@ -87,9 +75,7 @@ int64_t MGFile::SizeFile(const char* name) {
 
 void MGFile::MakeDir(const char* path) {
     at_edge("MGFile::MakeDir", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка функции создания директории";
-        err.func_1 = "MakeDir";
+        MGErr err = error_of("MakeDir", "Ошибка функции создания директории");
         err.str_param = path;
         if (mkdir(path, S_IRWXU | S_IRWXG | S_IROTH | S_IXOTH) != 0 && errno != EEXIST)
             fail_errno(err, "Ошибка создания директории", "mkdir", "S_IRWXU|S_IRWXG|S_IROTH|S_IXOTH");
@@ -117,9 +103,7 @@ void MGFile::IfNotExistMakeDirRecursive(const std::string& path) {
 
 void MGFile::GetEnv(const char* name, std::string& value) {
     at_edge("MGFile::GetEnv", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка функции получения переменной окружения";
-        err.func_1 = "GetEnv";
+        MGErr err = error_of("GetEnv", "Ошибка функции получения переменной окружения");
         err.str_param = name;
         const char* found = std::getenv(name);
         if (!found) fail(err, "Ошибка получения значения домашнего каталога пользователя", "getenv");
@@ -160,9 +144,7 @@ void MGFile::ReadFileVector(const std::string& file, std::vector<uint8_t>& data)
 
 void MGFile::WriteFile(const char* file, const uint8_t* data, size_t size) {
     at_edge("MGFile::WriteFile", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка функции записи данных в файл";
-        err.func_1 = "WriteFile";
+        MGErr err = error_of("WriteFile", "Ошибка функции записи данных в файл");
         err.str_param = file;
         const FileDescriptor fd(open(file, O_CREAT | O_RDWR | O_TRUNC | O_CLOEXEC, file_mode));
         if (fd.get() < 0)
@@ -174,9 +156,7 @@ void MGFile::WriteFile(const char* file, const uint8_t* data, size_t size) {
 
 void MGFile::AddFile(const char* file, const uint8_t* data, size_t size) {
     at_edge("MGFile::AddFile", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка функции добавления данных в файл";
-        err.func_1 = "AddFile";
+        MGErr err = error_of("AddFile", "Ошибка функции добавления данных в файл");
         err.str_param = file;
         const FileDescriptor fd(open(file, O_CREAT | O_RDWR | O_CLOEXEC, file_mode));
         if (fd.get() < 0)
@@ -201,9 +181,7 @@ void MGFile::CopyFile(const std::string& from, const std::string& to) {
 
 void MGFile::RemoveFile(const char* file) {
     at_edge("MGFile::RemoveFile", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка функции удаления файла";
-        err.func_1 = "RemoveFile";
+        MGErr err = error_of("RemoveFile", "Ошибка функции удаления файла");
         err.str_param = file;
         if (unlink(file) != 0) fail_errno(err, "Ошибка удаления файла", "unlink");
     });
@@ -211,9 +189,7 @@ void MGFile::RemoveFile(const char* file) {
 
 void MGFile::RenameFile(const char* from, const char* to) {
     at_edge("MGFile::RenameFile", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка функции переименования файла";
-        err.func_1 = "RenameFile";
+        MGErr err = error_of("RenameFile", "Ошибка функции переименования файла");
         err.str_param = from;
         err.opt_param = to;
         if (rename(from, to) != 0) fail_errno(err, "Ошибка переименования файла", "rename");

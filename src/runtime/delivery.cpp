@@ -19,22 +19,12 @@ namespace {
 constexpr size_t long_file_piece = 0x20000000; // 512 MiB, the most that a copy holds in memory
 constexpr const char* detached_sign_ext = ".p7d";
 
-struct FreeMemory {
-    void operator()(uint8_t* data) const { MGFile::Free(data); }
-};
-
 // A file that is its own target would be emptied before it is read, and removed after it.
 void refuse_itself(MGErr& err, const char* from, const char* to) {
     struct stat source, target;
     if (stat(from, &source) != 0 || stat(to, &target) != 0) return;
     if (source.st_dev == target.st_dev && source.st_ino == target.st_ino)
         fail(err, "Файл нельзя скопировать в самого себя", "(from == to)");
-}
-
-size_t source_size(int fd, MGErr& err) {
-    const off_t size = lseek(fd, 0, SEEK_END);
-    if (size < 0 || lseek(fd, 0, SEEK_SET) < 0) fail_errno(err, "Ошибка получения размера файла", "lseek", "SEEK_END");
-    return static_cast<size_t>(size);
 }
 
 // Where a delivery goes: as told, or to the directory of today below it, which is made.
@@ -68,25 +58,23 @@ void rotate_copies(MGFile& file, const std::string& dir, const std::string& name
 } // namespace
 
 void copy_in_pieces(const char* from, const char* to, bool test_size, size_t size, size_t piece_max) {
-    MGErr err;
-    err.mess_1 = "Ошибка копирования файла";
-    err.func_1 = "CopyLongFile";
+    MGErr err = error_of("CopyLongFile", "Ошибка копирования файла");
     err.str_param = from;
     err.ext_param = to;
     refuse_itself(err, from, to);
 
     const FileDescriptor source(open(from, O_RDONLY | O_CLOEXEC));
     if (source.get() < 0) fail_errno(err, "Ошибка выполнения открытия файла", "open", "O_RDONLY");
-    constexpr mode_t mode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH;
-    const FileDescriptor target(open(to, O_CREAT | O_RDWR | O_TRUNC | O_CLOEXEC, mode));
+    const FileDescriptor target(open(to, O_CREAT | O_RDWR | O_TRUNC | O_CLOEXEC, file_mode));
     if (target.get() < 0)
         fail_errno(err, "Ошибка создания файла", "open",
                    "O_CREAT|O_RDWR|O_TRUNC, S_IRUSR|S_IWUSR|S_IRGRP|S_IWGRP|S_IROTH");
 
-    const size_t whole = source_size(source.get(), err);
+    const off_t length = size_and_rewind(source.get());
+    if (length < 0) fail_errno(err, "Ошибка получения размера файла", "lseek", "SEEK_END");
+    const auto whole = static_cast<size_t>(length);
     const size_t buffer_size = std::min(whole, piece_max);
-    const std::unique_ptr<uint8_t, FreeMemory> buffer(
-        static_cast<uint8_t*>(std::malloc(std::max<size_t>(buffer_size, 1))));
+    const HeapBuffer buffer(static_cast<uint8_t*>(std::malloc(std::max<size_t>(buffer_size, 1))), &std::free);
     err.num_param = static_cast<int64_t>(buffer_size);
     if (!buffer) fail(err, "Ошибка выделения памяти под данные файла", "malloc");
 
@@ -116,9 +104,7 @@ void MGFile::CopyLongFile(const std::string& from, const std::string& to) {
 
 void MGFile::MoveFile(const char* from, const char* to) {
     at_edge("MGFile::MoveFile", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка копирования файла";
-        err.func_1 = "MoveFile";
+        MGErr err = error_of("MoveFile", "Ошибка копирования файла");
         err.str_param = from;
         err.ext_param = to;
         refuse_itself(err, from, to);
@@ -140,9 +126,7 @@ void MGFile::MoveLongFile(const std::string& from, const std::string& to) {
 
 void MGFile::RemoveDir(const char* dir) {
     at_edge("MGFile::RemoveDir", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка функции удаления директории";
-        err.func_1 = "RemoveDir";
+        MGErr err = error_of("RemoveDir", "Ошибка функции удаления директории");
         err.str_param = dir;
         if (rmdir(dir) != 0) fail_errno(err, "Ошибка удаления директории", "rmdir");
     });
@@ -151,9 +135,7 @@ void MGFile::RemoveDir(const char* dir) {
 std::string MGFile::WriteSameFile(const std::string& file, const uint8_t* data, size_t size,
                                   const std::string& mode_same, bool date_dirs) {
     return at_edge("MGFile::WriteSameFile", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка функции записи файла";
-        err.func_1 = "WriteSameFile";
+        MGErr err = error_of("WriteSameFile", "Ошибка функции записи файла");
         err.opt_param = file;
 
         const std::string dir = target_dir(GetDirFromFile(file), date_dirs);
@@ -173,9 +155,7 @@ void MGFile::CopySameFile(const std::string& from_dir, const std::string& to_dir
                           std::string& result, const std::string& mode_same, bool with_sign, bool test_size,
                           size_t size, bool date_dirs, bool rotate, int copies) {
     at_edge("MGFile::CopySameFile", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка функции копирования файлов";
-        err.func_1 = "CopySameFile";
+        MGErr err = error_of("CopySameFile", "Ошибка функции копирования файлов");
         err.opt_param = from_dir;
         err.str_param = to_dir;
         err.ext_param = name;

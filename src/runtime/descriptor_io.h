@@ -1,4 +1,4 @@
-// Reading and writing pieces of known length through a descriptor, for the operations on long files.
+// Reading and writing pieces of known length through a descriptor, and what else opening and measuring files share.
 // Interrupted calls are repeated, partial ones go on, so that a failure is told by its own errno: the write that hits a
 // full disk, not the partial write before it.
 #pragma once
@@ -8,7 +8,17 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <sys/stat.h>
 #include <unistd.h>
+
+// The rights of a file that we make, less the umask.
+inline constexpr mode_t file_mode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH;
+
+// The file's size, with the position at its start again; -1 with errno.
+inline off_t size_and_rewind(int fd) {
+    const off_t size = lseek(fd, 0, SEEK_END);
+    return size < 0 || lseek(fd, 0, SEEK_SET) < 0 ? -1 : size;
+}
 
 // One read of up to size bytes: the bytes read, 0 at the end, -1 with errno.
 inline ssize_t read_some(int fd, uint8_t* data, size_t size) {

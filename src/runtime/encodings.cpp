@@ -162,9 +162,9 @@ void MGFile::BinToHex(const std::vector<uint8_t>& data, std::string& text) {
 
 void MGFile::String2Binary(const std::string& text, std::vector<uint8_t>& data) {
     at_edge("MGFile::String2Binary", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка преобразования строки в бинарном формате типа (0d73d6f4...) в вектор бинарных данных";
-        err.func_1 = "String2Binary";
+        MGErr err =
+            error_of("String2Binary",
+                     "Ошибка преобразования строки в бинарном формате типа (0d73d6f4...) в вектор бинарных данных");
         data.clear();
         if (text.size() % 2 != 0) fail(err, "В строке нет четного количества символов", "(n%2 != 0)");
         std::vector<uint8_t> bytes;
@@ -195,9 +195,7 @@ bool MGFile::GetUtf8StringFromBinary(const std::vector<uint8_t>& data, std::stri
 
 void MGFile::GetUtf8StringFromBinaryExt(const std::vector<uint8_t>& data, std::string& text) {
     at_edge("MGFile::GetUtf8StringFromBinaryExt", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка преобразования данных в строку";
-        err.func_1 = "GetUtf8StringFromBinaryExt";
+        MGErr err = error_of("GetUtf8StringFromBinaryExt", "Ошибка преобразования данных в строку");
         if (!GetUtf8StringFromBinary(data, text))
             fail(err, "Полученные данные не являются строкой в формате UTF-8", "GetUtf8StringFromBinary");
     });

@@ -50,9 +50,7 @@ void for_each_file(MGFile& file, const std::string& dir, const std::string& mask
 
 void MGFile::OpenDir(const char* dir) {
     at_edge("MGFile::OpenDir", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка функции открытия каталога";
-        err.func_1 = "OpenDir";
+        MGErr err = error_of("OpenDir", "Ошибка функции открытия каталога");
         err.str_param = dir;
         CloseDir();
         m_dir = opendir(dir);
@@ -62,9 +60,7 @@ void MGFile::OpenDir(const char* dir) {
 
 const char* MGFile::ReadDir() {
     return at_edge("MGFile::ReadDir", [&]() -> const char* {
-        MGErr err;
-        err.mess_1 = "Ошибка функции чтения имен файлов из открытого каталога";
-        err.func_1 = "ReadDir";
+        MGErr err = error_of("ReadDir", "Ошибка функции чтения имен файлов из открытого каталога");
         if (!m_dir) fail(err, "Нет открытого каталога", "m_dir == NULL");
         m_dir_entry = readdir(m_dir);
         return m_dir_entry ? m_dir_entry->d_name : nullptr;
@@ -79,9 +75,7 @@ void MGFile::CloseDir() {
 
 void MGFile::OpenFileBuf(const std::string& file) {
     at_edge("MGFile::OpenFileBuf", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка открытия файла для чтения данных";
-        err.func_1 = "OpenFileBuf";
+        MGErr err = error_of("OpenFileBuf", "Ошибка открытия файла для чтения данных");
         err.str_param = file;
         CloseFileBuf();
         m_file_handle = open(file.c_str(), O_RDONLY | O_CLOEXEC);
@@ -92,9 +86,7 @@ void MGFile::OpenFileBuf(const std::string& file) {
 
 size_t MGFile::ReadFileBufEx(uint8_t* buf, size_t size) {
     return at_edge("MGFile::ReadFileBufEx", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка чтения данных из файла без определения размера файла";
-        err.func_1 = "ReadFileBufEx";
+        MGErr err = error_of("ReadFileBufEx", "Ошибка чтения данных из файла без определения размера файла");
         if (m_file_handle < 0) fail(err, "Файл не был открыт", "( m_file_handle < 0 )");
         err.num_param = static_cast<int64_t>(size);
         const ssize_t got = read_some(m_file_handle, buf, size);
@@ -105,9 +97,7 @@ size_t MGFile::ReadFileBufEx(uint8_t* buf, size_t size) {
 
 void MGFile::ReadFileBuf(size_t size, std::vector<uint8_t>& data) {
     at_edge("MGFile::ReadFileBuf", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка чтения данных из файла";
-        err.func_1 = "ReadFileBuf";
+        MGErr err = error_of("ReadFileBuf", "Ошибка чтения данных из файла");
         data.clear();
         if (m_file_handle < 0) fail(err, "Файл не был открыт", "( m_file_handle < 0 )");
         err.num_param = static_cast<int64_t>(size);
@@ -302,9 +292,7 @@ void MGFile::DelAllFilesFromDir(const std::string& dir) {
 
 void MGFile::SleepTimeout(unsigned seconds, unsigned milliseconds) {
     at_edge("MGFile::SleepTimeout", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка выполнения задержки на заданное время";
-        err.func_1 = "MGFile::SleepTimeout";
+        MGErr err = error_of("MGFile::SleepTimeout", "Ошибка выполнения задержки на заданное время");
         err.num_param = seconds;
         err.uint32_param = std::min(milliseconds, 1000U);
         while (seconds > 0) seconds = sleep(seconds); // a signal doesn't cut the wait short

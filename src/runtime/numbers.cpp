@@ -15,9 +15,7 @@ Number number_at_start(const char* text, Number (*convert)(const std::string&, s
     try {
         return convert(text, nullptr, 10);
     } catch (const std::logic_error&) { // no number, or out of range
-        MGErr err;
-        err.mess_1 = "Ошибка получения числа из строки";
-        err.func_1 = func_1;
+        MGErr err = error_of(func_1, "Ошибка получения числа из строки");
         err.str_param = text;
         fail(err, "Строка не содержит числовое значение", func_2);
     }
@@ -39,9 +37,7 @@ int32_t MGFile::GetNextInt32(std::string& text, const char* sep) {
     return at_edge("MGFile::GetNextInt32", [&] {
         const size_t pos = text.find(sep);
         if (pos == std::string::npos) {
-            MGErr err;
-            err.mess_1 = "Ошибка получения числа из строки с датой";
-            err.func_1 = "MGFile::GetNextInt32";
+            MGErr err = error_of("MGFile::GetNextInt32", "Ошибка получения числа из строки с датой");
             err.opt_param = text;
             err.str_param = sep;
             fail(err, "Строка не содержит ограничительный символ", "str.find(simbol)");

@@ -1,7 +1,13 @@
-// Owners of what the system hands out by number.
+// Owners of memory and descriptors.
 #pragma once
 
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
 #include <unistd.h>
+
+// What malloc or MGFile::ReadFile gave, freed on every path.
+using HeapBuffer = std::unique_ptr<uint8_t, decltype(&std::free)>;
 
 // An open descriptor, closed on every path. -1 is none.
 class FileDescriptor {

@@ -29,9 +29,7 @@ sockaddr_un guard_address(const std::string& name) {
 // Test and taking are one bind, so two processes can't both succeed. The descriptor doesn't pass to programs that are
 // started later: they would hold the guard beyond the life of this process.
 void take_guard(const char* function, const std::string& name, bool release) {
-    MGErr err;
-    err.mess_1 = "Ошибка повторного запуска программы с одинаковым идентификатором профиля";
-    err.func_1 = function;
+    MGErr err = error_of(function, "Ошибка повторного запуска программы с одинаковым идентификатором профиля");
     err.str_param = name;
     if (name.empty()) fail(err, "Не задан идентификатор профиля", "m_socket_name.empty()");
 
@@ -93,9 +91,7 @@ void MGFile::SetPidFile(const char* file) {
 
 void MGFile::WritePid() {
     at_edge("MGFile::WritePid", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка записи файла с номером программы PID";
-        err.func_1 = "WritePid";
+        MGErr err = error_of("WritePid", "Ошибка записи файла с номером программы PID");
         if (m_pid_file.empty()) fail(err, "Отсутствует имя файла", "m_pid_file.empty()");
         const std::string text = std::to_string(getpid()) + "\n";
         WriteFile(m_pid_file.c_str(), reinterpret_cast<const uint8_t*>(text.data()), text.size());
@@ -156,9 +152,7 @@ bool MGFile::ReadSignal(std::string& text) {
 
 int MGFile::RunExtenProgAndWaitExitCode(const std::string& command, bool hide) {
     return at_edge("MGFile::RunExtenProgAndWaitExitCode", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка запуска внешней программы";
-        err.func_1 = "RunExtenProgAndWaitExitCode";
+        MGErr err = error_of("RunExtenProgAndWaitExitCode", "Ошибка запуска внешней программы");
         if (!hide) err.opt_param = command;
         if (StringIsEmpty(command)) fail(err, "Не задано имя программы", "StringIsEmpty");
 
@@ -177,9 +171,7 @@ int MGFile::RunExtenProgAndWaitExitCode(const std::string& command, bool hide) {
 
 void MGFile::RunExtenProgNoWait(const std::string& program, const std::string& params) {
     at_edge("MGFile::RunExtenProgNoWait", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка запуска внешней программы";
-        err.func_1 = "RunExtenProgNoWait";
+        MGErr err = error_of("RunExtenProgNoWait", "Ошибка запуска внешней программы");
         err.opt_param = program;
         err.str_param = params;
 
@@ -217,9 +209,7 @@ int MGFile::GetNumProc(const std::string& file) {
 
 void MGFile::LoadLib(const char* file) {
     at_edge("MGFile::LoadLib", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка функции загрузки внешней библиотеки";
-        err.func_1 = "LoadLibrary";
+        MGErr err = error_of("LoadLibrary", "Ошибка функции загрузки внешней библиотеки");
         err.str_param = file;
         UnloadLib();
         errno = 0;
@@ -230,9 +220,7 @@ void MGFile::LoadLib(const char* file) {
 
 void* MGFile::GetLibFunc(const char* name) {
     return at_edge("MGFile::GetLibFunc", [&] {
-        MGErr err;
-        err.mess_1 = "Ошибка получения функции из внешней библиотеки";
-        err.func_1 = "GetLibFunc";
+        MGErr err = error_of("GetLibFunc", "Ошибка получения функции из внешней библиотеки");
         err.str_param = name;
         dlerror(); // forgets an earlier failure
         errno = 0;
