@@ -5,8 +5,8 @@
 
 // Called once for a window that `builder` has made, before it is shown. Then
 // - the wheel changes a spin button or combo box only where it is being edited, and scrolls the page elsewhere;
-// - Ctrl with a page key turns the notebook's page from a spin button too;
-// - Enter in a list opens the row, whichever of its cells has the cursor;
+// - Ctrl with a page key turns the notebook's page from a spin button or a list too;
+// - Enter opens the row of a list whose rows can be opened, whichever of its cells has the cursor;
 // - F4 presses the icon in the entry that has the focus;
 // - Tab reaches radio buttons also where the chosen one of their group lies on another page;
 // - a label is dimmed together with the input that it names.
