@@ -41,7 +41,7 @@ REFUSED = [
      "Идентификатор профиля не совпадает с именем файла", "other", "profile"),
     (MASTER, bend(PROFILE, "</admit>", "<user/></admit>"), SURPLUS, "counter == quantity", "user"),
     (MASTER, bend(PROFILE, " mask_file=", " mask="), "Не удалось получить значение свойства", "mask_file"),
-    (MASTER, bend(PROFILE, 'time_hour="110"', 'time_hour="%s"' % ("x" * 9000000)),
+    (MASTER, bend(PROFILE, 'time_hour="21"', 'time_hour="%s"' % ("x" * 9000000)),
      "Свойства не содержит числовое значение", "x" * 480 + "…"),
 ]
 
