@@ -1,5 +1,5 @@
-#include "config/error_of.h"
 #include "config/mg_libxml.h"
+#include "support/error_of.h"
 
 #include <gtest/gtest.h>
 
@@ -39,10 +39,14 @@ TEST(MGLibxml, ReadsNumbersAsTheStandardTextConversionsDo) {
         xmlNode* root = xml.AddDocRoot("root");
         xml.SetTextProp(root, "n", row.text);
         uint64_t value = 0;
-        const ErrorFields err = error_of([&] {
+        const std::string err = error_text([&] {
             value = row.is_64 ? xml.GetNumber64Prop(root, "n") : static_cast<uint64_t>(xml.GetNumberProp(root, "n"));
         });
-        EXPECT_EQ(err, row.refused_by ? no_number(row.refused_by, "n", row.text) : ErrorFields());
+        EXPECT_EQ(err, row.refused_by
+                           ? "Ошибка получения свойства раздела\nСвойства не содержит числовое значение\n"
+                             "GetNumberPropExt\n" +
+                                 std::string(row.refused_by) + "\n" + row.text + (*row.text ? "\nn\n" : "n\n")
+                           : "");
         EXPECT_EQ(value, row.value);
     }
 }
@@ -50,22 +54,16 @@ TEST(MGLibxml, ReadsNumbersAsTheStandardTextConversionsDo) {
 TEST(MGLibxml, SaysWhichStepFailedAndPrintsNothing) {
     MGLibxml xml, full;
     full.AddDocRoot("root");
-    const std::string making = "Ошибка конструктора класса с чтением XML документа из ",
-                      unread = "Не удалось прочесть XML документ из ";
-    const struct {
-        std::function<void()> step;
-        std::string mess_1, func_1, opt_param, mess_2, func_2;
-    } rows[] = {
-        {[] { MGLibxml file("/none"); }, making + "файла", "MGLibxml", "/none", unread + "файла", "xmlReadFile"},
-        {[] { MGLibxml text("<a", 0); }, making + "строки", "MGLibxml", "", unread + "строки", "xmlReadDoc"},
-        {[&] { xml.GetRoot(); }, "Ошибка получения корневого раздела", "GetRoot", "",
-         "Не удалось найти корневой раздел", ""},
-        {[&] { full.SaveFile("/dev/full"); }, "Ошибка сохранения XML документа в файл", "SaveFile", "/dev/full",
-         "Не удалось создать файл", "xmlSaveFormatFileEnc"},
+    const std::pair<std::function<void()>, const char*> rows[] = {
+        {[] { MGLibxml file("/none"); }, "Ошибка конструктора класса с чтением XML документа из файла\n"
+                                         "Не удалось прочесть XML документ из файла\nMGLibxml\nxmlReadFile\n/none\n"},
+        {[] { MGLibxml text("<a", 0); }, "Ошибка конструктора класса с чтением XML документа из строки\n"
+                                         "Не удалось прочесть XML документ из строки\nMGLibxml\nxmlReadDoc\n"},
+        {[&] { xml.GetRoot(); }, "Ошибка получения корневого раздела\nНе удалось найти корневой раздел\nGetRoot\n"},
+        {[&] { full.SaveFile("/dev/full"); }, "Ошибка сохранения XML документа в файл\nНе удалось создать файл\n"
+                                              "SaveFile\nxmlSaveFormatFileEnc\n/dev/full\n"},
     };
     testing::internal::CaptureStderr();
-    for (const auto& row : rows)
-        EXPECT_EQ(error_of(row.step),
-                  ErrorFields({row.mess_1, row.mess_2, row.func_1, row.func_2, row.opt_param, "", "", "0"}));
+    for (const auto& [step, text] : rows) EXPECT_EQ(error_text(step), text);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <utility>
 
 // The MGErr that body throws; if it throws none, the test fails and an empty one is given back.
@@ -17,4 +18,15 @@ MGErr error_of(Body&& body) {
     }
     ADD_FAILURE() << "no MGErr was thrown";
     return {};
+}
+
+// What the log would say of the MGErr that body throws; empty if it throws none.
+template <class Body>
+std::string error_text(Body&& body) {
+    try {
+        std::forward<Body>(body)();
+    } catch (const MGErr& err) {
+        return err.GetString();
+    }
+    return "";
 }
