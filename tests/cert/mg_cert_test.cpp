@@ -105,6 +105,9 @@ void expect_same(const Bytes& der, X509* cert) {
     EXPECT_EQ(get_subject_from_der_cert(der), expected_name(X509_get_subject_name(cert)));
 }
 
+constexpr const char* full_name =
+    "CN=Иванов,1.2.3.4.5=x,OGRN=1027700132195,Email=a@example.org,O=ООО \"Омега\", склад,OU=Отдел,C=RU";
+
 TEST(MGCert, ReadsNamesAndExtensions) {
     const X509Owner made = make_cert(fill_all);
     const Bytes der = der_of(made.get(), i2d_X509);
@@ -113,8 +116,7 @@ TEST(MGCert, ReadsNamesAndExtensions) {
     ASSERT_EQ(cert.ParsCert(), der_ok);
     std::string_view text;
     EXPECT_TRUE(cert.GetSubjectFullName(text));
-    EXPECT_EQ(text,
-              "CN=Иванов,1.2.3.4.5=x,OGRN=1027700132195,Email=a@example.org,O=ООО \"Омега\", склад,OU=Отдел,C=RU");
+    EXPECT_EQ(text, full_name);
     std::string_view skip, oid;
     EXPECT_TRUE(cert.GetOther(0, skip, skip, oid, text) && text == "Other");
     EXPECT_EQ(oid, "1.2.3.4.5");
@@ -222,15 +224,9 @@ TEST(MGCert, AuthoritiesOfTheSystemAgreeWithOpenssl) {
 // A signed request with both attributes that are read.
 Bytes make_request() {
     const RequestOwner request(X509_REQ_new());
-    X509_NAME* subject = X509_REQ_get_subject_name(request.get());
-    add_part(subject, "C", V_ASN1_PRINTABLESTRING, "RU");
-    add_part(subject, "CN", V_ASN1_UTF8STRING, "Иванов");
+    fill_name(X509_REQ_get_subject_name(request.get()));
     X509_REQ_set_pubkey(request.get(), test_key());
-    STACK_OF(X509_EXTENSION)* extensions = sk_X509_EXTENSION_new_null();
-    sk_X509_EXTENSION_push(extensions, make_extension(NID_key_usage, "keyEncipherment").release());
-    sk_X509_EXTENSION_push(extensions, make_extension(NID_ext_key_usage, "clientAuth").release());
-    X509_REQ_add_extensions(request.get(), extensions);
-    sk_X509_EXTENSION_pop_free(extensions, X509_EXTENSION_free);
+    X509V3_EXT_REQ_add_nconf(notation(), nullptr, "request_extensions", request.get());
     X509_REQ_add1_attr_by_NID(request.get(), NID_pkcs9_signingTime, V_ASN1_UTCTIME,
                               reinterpret_cast<const uint8_t*>("210131235958Z"), 13);
     X509_REQ_sign(request.get(), test_key(), EVP_sha256());
@@ -239,8 +235,7 @@ Bytes make_request() {
 
 // PKCS #7 signed data around the content.
 Bytes envelope(const Bytes& content) {
-    const X509Owner cert =
-        make_cert([](X509* c) { add_part(X509_get_subject_name(c), "CN", V_ASN1_UTF8STRING, "Подписант"); });
+    const X509Owner cert = make_cert([](X509*) {});
     const std::unique_ptr<BIO, Release<BIO_free>> data(
         BIO_new_mem_buf(content.data(), static_cast<int>(content.size())));
     const std::unique_ptr<PKCS7, Release<PKCS7_free>> signed_data(
@@ -266,7 +261,7 @@ TEST(MGCertRequest, BareAndInBothEnvelopes) {
         ASSERT_EQ(cert.ParsReq(), der_ok);
 
         std::string_view name, other;
-        EXPECT_TRUE(cert.GetSubjectFullName(name) && name == "CN=Иванов,C=RU");
+        EXPECT_TRUE(cert.GetSubjectFullName(name) && name == full_name);
         const DER_S_UTC_TIME* time = nullptr;
         EXPECT_TRUE(cert.GetSigningTime(time) && time->year == 2021 && time->second == 58);
         EXPECT_TRUE(cert.GetKeyUsage(2, name, other, other) && !cert.GetKeyUsage(0, name, other, other));

@@ -3,7 +3,6 @@
 #include "support/ui_script.h"
 
 #include <cstring>
-#include <random>
 
 namespace {
 
@@ -42,54 +41,15 @@ protected:
     GtkListStore* found = nullptr;
 };
 
-// What the moves promise, in other words: the selected letters go to their rows plus a distance, the others fill what
-// is left in their order.
-std::string moved(const std::string& letters, const std::vector<int>& selected, int distance) {
-    std::string result(letters.size(), ' '), others = letters;
-    for (const int row : selected) {
-        result[static_cast<size_t>(row + distance)] = letters[static_cast<size_t>(row)];
-        std::erase(others, letters[static_cast<size_t>(row)]);
-    }
-    size_t next = 0;
-    for (char& place : result)
-        if (place == ' ') place = others[next++];
-    return result;
-}
-
-TEST_F(Lists, MovesAnySelectionAsAVectorDoes) {
-    std::mt19937 random(20);
-    for (int round = 0; round < 200; ++round) {
-        const int count = 1 + static_cast<int>(random() % 9);
-        std::vector<int> selected;
-        for (int row = 0; row < count; ++row)
-            if (random() % 2) selected.push_back(row);
-        if (selected.empty()) continue;
-        const GtkSelectionMode mode =
-            selected.size() > 1 || random() % 2 ? GTK_SELECTION_MULTIPLE : GTK_SELECTION_BROWSE;
-        const int head = selected.front(), tail = count - 1 - selected.back();
-        const std::pair<bool (MGDialog::*)(GtkListStore*), int> moves[] = {
-            {&MGDialog::ListStoreMoveTop, -head},
-            {&MGDialog::ListStoreMoveUp, head ? -1 : 0},
-            {&MGDialog::ListStoreMoveBottom, tail},
-            {&MGDialog::ListStoreMoveDown, tail ? 1 : 0}};
-        for (const auto& [move, distance] : moves) {
-            ASSERT_TRUE(fill(count, mode, selected));
-            SCOPED_TRACE(rows() + " " + testing::PrintToString(selected) + " by " + std::to_string(distance));
-            const std::string expected = moved(rows(), selected, distance);
-            ASSERT_EQ((dialog.*move)(store), distance != 0);
-            ASSERT_EQ(rows(), expected);
-        }
-    }
-}
-
 TEST_F(Lists, ReadsAndDeletesTheSelectionByItsMode) {
     const struct {
         GtkSelectionMode mode;
         std::vector<int> selected;
         const char* left; // after the deletion
     } table[] = {
-        {GTK_SELECTION_MULTIPLE, {1, 2, 5}, "ade"}, {GTK_SELECTION_MULTIPLE, {3}, "abcef"},
-        {GTK_SELECTION_MULTIPLE, {}, "abcdef"},     {GTK_SELECTION_BROWSE, {1}, "acdef"},
+        {GTK_SELECTION_MULTIPLE, {1, 2, 5}, "ade"},
+        {GTK_SELECTION_MULTIPLE, {}, "abcdef"},
+        {GTK_SELECTION_BROWSE, {1}, "acdef"},
         {GTK_SELECTION_NONE, {}, "abcdef"},
     };
     for (const auto& row : table) {

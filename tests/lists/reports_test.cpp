@@ -30,20 +30,8 @@ const Report reports[] = {
 	Порт отправки: 65535
 2 Имя владельца сертификата: CN=Два
 )"},
-    {"button_gw_admission_list", "admit", "допущенных пользователей", R"(Список допущенных пользователей
-Количество пользователей: 1
-1 Имя владельца сертификата: CN=Один
-)"},
-    {"button_fc_queue", "admit", "очередей", R"(Список очередей
-Количество очередей: 1
-1 Идентификатор очереди: q1
-	Каталог входящих: /in
-	Каталог исходящих: /out
-	Выдавать подпись: Да
-	Сохранять квитанции в каталог: Нет
-	Каталог квитанций: /tickets
-	Выдавать подпись квитанций: Нет
-)"},
+    {"button_gw_admission_list", "admit", "допущенных пользователей",
+     "Список допущенных пользователей\nКоличество пользователей: 1\n1 Имя владельца сертификата: CN=Один\n"},
     {"button_fs_allow", "admit", "клиентов", R"(Список клиентов
 Количество клиентов: 2
 1 Наименование клиента: Первый
@@ -51,9 +39,8 @@ const Report reports[] = {
 	Логин: first
 	Пароль: Да
 	Список допущенных пользователей
-	Количество пользователей: 2
+	Количество пользователей: 1
 		1 Имя владельца сертификата: CN=Один
-		2 Имя владельца сертификата: CN=Два
 	Список очередей
 	Количество очередей: 1
 		1 Идентификатор очереди: q1
@@ -79,7 +66,6 @@ const Report reports[] = {
 	Доменное имя: a.example
 	Подсеть: 10.0.0.0/24
 )"},
-    {"button_gw_server_list_adrs", "adrs", "внутренних адресов", "Список внутренних адресов\nКоличество адресов: 0\n"},
     {"button_gw_server_list_virtual", "adrs", "виртуальных адресов", R"(Список виртуальных адресов
 Количество адресов: 1
 1 Наименование: шлюз
@@ -95,8 +81,8 @@ protected:
         Context = &context;
         config.admit = {{"CN=Один", true, "10.0.0.1", "", 65535}, {"CN=Два", false, "10.0.0.2", "", 1}};
         config.gw_admit = {config.admit[0]};
-        config.fc_queue = {{"q1", "/in", "/out", true, false, "/tickets", false}};
-        config.fs_allow = {{true, "Первый", "first", "secret", config.admit, config.fc_queue},
+        const MGQueue queue = {"q1", "/in", "/out", true, false, "/tickets", false};
+        config.fs_allow = {{true, "Первый", "first", "secret", {config.admit[0]}, {queue}},
                            {false, "Второй", "second", "", {}, {}}};
         config.gw_client.adrs = config.gw_server.virt = {{"10.0.0.1", "a.example", "10.0.0.0/24", "шлюз"}};
     }
@@ -143,7 +129,7 @@ TEST_F(ReportsTest, WritesEachListAnewAndTellsWhereItLies) {
 TEST_F(ReportsTest, TellsWhenTheFileCannotBeWritten) {
     std::filesystem::remove(dir.path("result"));
     print(reports[0], [&] { script.refusal(testing::HasSubstr("admit_list.result")); });
-    print(reports[4], [&] { script.refusal(testing::HasSubstr("adrs_list.result")); });
+    print(reports[3], [&] { script.refusal(testing::HasSubstr("adrs_list.result")); });
     EXPECT_THAT(dir.read("editor.log"), testing::HasSubstr("adrs_list.result"));
 }
 
