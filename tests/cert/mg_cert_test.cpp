@@ -226,7 +226,9 @@ Bytes make_request() {
     const RequestOwner request(X509_REQ_new());
     fill_name(X509_REQ_get_subject_name(request.get()));
     X509_REQ_set_pubkey(request.get(), test_key());
-    X509V3_EXT_REQ_add_nconf(notation(), nullptr, "request_extensions", request.get());
+    X509V3_CTX context;
+    X509V3_set_ctx(&context, nullptr, nullptr, request.get(), nullptr, 0);
+    X509V3_EXT_REQ_add_nconf(notation(), &context, "request_extensions", request.get());
     X509_REQ_add1_attr_by_NID(request.get(), NID_pkcs9_signingTime, V_ASN1_UTCTIME,
                               reinterpret_cast<const uint8_t*>("210131235958Z"), 13);
     X509_REQ_sign(request.get(), test_key(), EVP_sha256());

@@ -1,12 +1,144 @@
 #include "app/mg_context.h"
+#include "config/master_file.h"
+#include "config/mg_libxml.h"
 #include "config/profile_file.h"
 #include "support/error_of.h"
 #include "support/temp_dir.h"
 
 #include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
+#include <csignal>
+#include <functional>
+#include <limits>
 #include <random>
 #include <regex>
+#include <sys/resource.h>
+
+TEST(MGLibxml, FindsElementsByNameBetweenTextAndComments) {
+    const MGLibxml xml("<!--first--><!--second--><root> t <!--c--><b n='1'/> <a n='2'/>x<b n='3'/></root>", 0);
+    xmlNode* root = xml.GetRoot();
+    EXPECT_STREQ(xml.GetComment(), "first");
+    xmlNode* b = xml.GetFirstChildren(root, "b");
+    EXPECT_EQ(xml.GetNumberProp(b, "n"), 1);
+    b = xml.GetNextNode(b, "b");
+    EXPECT_EQ(xml.GetNumberProp(b, "n"), 3);
+    EXPECT_EQ(xml.GetNextNode(b, "b"), nullptr);
+    EXPECT_EQ(xml.GetStringContentFromNode(root), " t  x");
+}
+
+TEST(MGLibxml, ReadsNumbersAsTheStandardTextConversionsDo) {
+    const struct {
+        const char* text;
+        const char* refused_by; // null: it is a number
+        uint64_t value;         // of a 32-bit number sign-extended
+        bool is_64;
+    } rows[] = {
+        {" \t+7", nullptr, 7, false},
+        {"12abc", nullptr, 12, false},
+        {"-2147483648", nullptr, static_cast<uint64_t>(std::numeric_limits<int32_t>::min()), false},
+        {"4294967295", "stoi", 0, false},
+        {"", "stoi", 0, false},
+        {"18446744073709551615", nullptr, std::numeric_limits<uint64_t>::max(), true},
+        {"18446744073709551616", "stolu", 0, true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        MGLibxml xml;
+        xmlNode* root = xml.AddDocRoot("root");
+        xml.SetTextProp(root, "n", row.text);
+        uint64_t value = 0;
+        const std::string err = error_text([&] {
+            value = row.is_64 ? xml.GetNumber64Prop(root, "n") : static_cast<uint64_t>(xml.GetNumberProp(root, "n"));
+        });
+        EXPECT_EQ(err, row.refused_by
+                           ? "Ошибка получения свойства раздела\nСвойства не содержит числовое значение\n"
+                             "GetNumberPropExt\n" +
+                                 std::string(row.refused_by) + "\n" + row.text + (*row.text ? "\nn\n" : "n\n")
+                           : "");
+        EXPECT_EQ(value, row.value);
+    }
+}
+
+TEST(MGLibxml, SaysWhichStepFailedAndPrintsNothing) {
+    MGLibxml xml, full;
+    full.AddDocRoot("root");
+    const std::pair<std::function<void()>, const char*> rows[] = {
+        {[] { MGLibxml file("/none"); }, "Ошибка конструктора класса с чтением XML документа из файла\n"
+                                         "Не удалось прочесть XML документ из файла\nMGLibxml\nxmlReadFile\n/none\n"},
+        {[] { MGLibxml text("<a", 0); }, "Ошибка конструктора класса с чтением XML документа из строки\n"
+                                         "Не удалось прочесть XML документ из строки\nMGLibxml\nxmlReadDoc\n"},
+        {[&] { xml.GetRoot(); }, "Ошибка получения корневого раздела\nНе удалось найти корневой раздел\nGetRoot\n"},
+        {[&] { full.SaveFile("/dev/full"); }, "Ошибка сохранения XML документа в файл\nНе удалось создать файл\n"
+                                              "SaveFile\nxmlSaveFormatFileEnc\n/dev/full\n"},
+    };
+    testing::internal::CaptureStderr();
+    for (const auto& [step, text] : rows) EXPECT_EQ(error_text(step), text);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+namespace {
+
+const std::string good = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                         "<!--Список конфигурационных профилей программы Резервного копирования.-->\n"
+                         "<config version=\"3\" release=\"9\" mark=\"VORQSCFG\">\n"
+                         "  <profiles quantity=\"2\">\n"
+                         "    <profile default=\"1\" name=\"Первый &amp; &lt;второй&gt;\" id=\"one\" active=\"0\"/>\n"
+                         "    <profile default=\"0\" name=\"\" id=\"two\" active=\"1\"/>\n"
+                         "  </profiles>\n"
+                         "  <settings>\n"
+                         "    <editor path=\"/bin/view\"/>\n"
+                         "  </settings>\n"
+                         "</config>\n";
+
+struct MasterFile : testing::Test {
+    TempDir dir;
+    MGContext context;
+
+    MasterFile() {
+        dir.write("master.xml", good);
+        context.config_file = dir.path("master.xml");
+        read_config_file(&context);
+    }
+};
+
+} // namespace
+
+TEST_F(MasterFile, ComesBackByteForByte) {
+    EXPECT_EQ(context.editor_path, "/bin/view");
+    MGProfile first;
+    first.is_default = true;
+    first.name = "Первый & <второй>";
+    first.id = "one";
+    EXPECT_EQ(context.profiles[0], first);
+
+    write_config_file(&context);
+    EXPECT_EQ(dir.read("master.xml"), good);
+    context.profiles.pop_back();
+    write_config_file(&context);
+    EXPECT_EQ(context.quantity, 1);
+    EXPECT_EQ(dir.read("master.xml~"), good) << "the content before the latest save";
+}
+
+TEST_F(MasterFile, ASaveThatFailsHalfWayLosesNothing) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit;
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit small{4096, limit.rlim_max};
+
+    context.profiles.resize(1000);
+    for (const char* attempt : {"first", "second"}) {
+        SCOPED_TRACE(attempt);
+        setrlimit(RLIMIT_FSIZE, &small);
+        const std::string err = error_text([&] { write_config_file(&context); });
+        setrlimit(RLIMIT_FSIZE, &limit);
+        EXPECT_NE(err.find("Не удалось создать файл"), err.npos) << err;
+        EXPECT_EQ(dir.read("master.xml"), good);
+        EXPECT_EQ(dir.read("master.xml~"), good);
+    }
+    write_config_file(&context);
+    EXPECT_EQ(dir.read("master.xml~"), good);
+}
 
 namespace {
 

@@ -28,6 +28,9 @@ inline std::function<void(UiWindow)> type(std::vector<std::pair<std::string, std
 class EditorTest : public testing::Test {
 protected:
     EditorTest() {
+        for (History* history :
+             {&init_recv_ip, &init_recv_domen, &init_send_ip, &init_send_domen, &init_virtual_adr, &init_active_file})
+            history->clear(); // of the test before
         setenv("HOME", home.path().c_str(), 1);
         Context = &context;
         init_vorma_catalogs(Context, "vormaqscfg.log");

@@ -1,0 +1,251 @@
+#include "runtime/mg_file.h"
+#include "support/error_of.h"
+#include "support/temp_dir.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <clocale>
+#include <cstdlib>
+#include <cwchar>
+#include <cwctype>
+#include <fnmatch.h>
+#include <random>
+#include <zlib.h>
+
+namespace {
+
+TEST(Utf8, WalkEndsAtWhatIsNoCharacter) {
+    const struct {
+        std::string text;
+        size_t number;
+        bool valid;
+    } rows[] = {
+        {"aя€\xF0\x9F\x98\x80", 4, true},
+        {"\x7F\xDF\xBF\xEF\xBF\xBF\xF7\xBF\xBF\xBF", 4, true},         // the last of each length
+        {"\xC0\x80\xE0\x80\x80\xF0\x80\x80\x80\xED\xA0\x80", 4, true}, // overlong forms and a surrogate
+        {"Прив\xD0", 4, false},                                        // ends inside a character
+        {"a\x80z", 1, false},                                          // a tail without a head
+        {"a\xF8\x80\x80\x80\x80z", 1, false},
+        {"a\xE2\x82zz", 1, false}, // a head without its tail
+        {std::string("a\0z", 3), 1, false},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(MGFile::NumberUtf8(row.text), row.number) << row.text;
+        EXPECT_EQ(MGFile::IsUtf8String(row.text), row.valid) << row.text;
+    }
+}
+
+std::string utf8(wint_t c) {
+    char bytes[MB_LEN_MAX];
+    std::mbstate_t state = {};
+    return {bytes, std::wcrtomb(bytes, static_cast<wchar_t>(c), &state)};
+}
+
+// Every character of one to three bytes, against the C library's own case table.
+TEST(Utf8, CaseIsOfLatinAndRussianLettersOnly) {
+    ASSERT_TRUE(std::setlocale(LC_CTYPE, "C.UTF-8"));
+    for (wint_t c = 1; c < 0x10000; ++c) {
+        if (c >= 0xD800 && c < 0xE000) continue;
+        const bool has_case = (c < 0x80 && std::iswalpha(c)) || (c >= L'А' && c <= L'я') || c == L'ё' || c == L'Ё';
+        ASSERT_EQ(MGFile::UpperUtf8(utf8(c)), utf8(has_case ? std::towupper(c) : c)) << c;
+        ASSERT_EQ(MGFile::LowerUtf8(utf8(c)), utf8(has_case ? std::towlower(c) : c)) << c;
+    }
+    std::setlocale(LC_CTYPE, "C");
+    EXPECT_EQ(MGFile::UpperUtf8("ёлка \xFF abc"), "ЁЛКА \xFF abc");
+}
+
+// The C library's matcher knows the same two wildcards; it gets one byte for each of our characters.
+TEST(Masks, AgreeWithTheCLibrary) {
+    const std::vector<std::string> ours = {"a", "я", "€", "😀", "*", "*", "?"};
+    const std::string plain = "abcd**?";
+    std::mt19937 random(20240229);
+    int matches = 0;
+    for (int i = 0; i < 100000; ++i) {
+        std::string text, mask, plain_text, plain_mask;
+        for (size_t left = random() % 8; left > 0; --left) {
+            const size_t at = random() % 4;
+            text += ours[at];
+            plain_text += plain[at];
+        }
+        for (size_t left = random() % 7; left > 0; --left) {
+            const size_t at = random() % ours.size();
+            mask += ours[at];
+            plain_mask += plain[at];
+        }
+        const bool expected = fnmatch(plain_mask.c_str(), plain_text.c_str(), 0) == 0;
+        ASSERT_EQ(MGFile::CompareMaskUtf8(text, mask, true), expected) << text << " against " << mask;
+        matches += expected;
+    }
+    EXPECT_GT(matches, 5000);
+}
+
+TEST(Masks, CaseAndInvalidText) {
+    const struct {
+        std::string text, mask;
+        bool blind, exact;
+    } rows[] = {
+        {"Ёлка.TXT", "ё*.txt", true, false},
+        {"a\xFFz", "a*", true, true},
+        {"abc", "ab\xFF*", false, false}, // the mask is "ab"
+        {"\xD0", "?", false, false},      // half a character is none
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(MGFile::CompareMaskUtf8(row.text, row.mask, false), row.blind) << row.text << " " << row.mask;
+        EXPECT_EQ(MGFile::CompareMaskUtf8(row.text, row.mask, true), row.exact) << row.text << " " << row.mask;
+    }
+}
+
+using Texts = std::vector<std::string>;
+
+TEST(Numbers, AreReadAtTheStartOrRefused) {
+    const std::pair<const char*, int32_t> good[] = {
+        {nullptr, 0}, {" \r\n", 0}, {"12abc", 12}, {"\t -7 8", -7}, {"-2147483648", INT32_MIN}};
+    for (const auto& [text, number] : good) EXPECT_EQ(MGFile::StringToInt32(text), number) << text;
+    for (const char* text : {"abc", "- 1", "2147483648"})
+        EXPECT_EQ(error_of([&] { MGFile::StringToInt32(text); }).str_param, text);
+    EXPECT_EQ(error_of([] { MGFile::StringToInt64("9223372036854775808"); }).func_2, "stoll");
+    EXPECT_EQ(MGFile::GetUint32Format(7, "%0200u"), std::string(127, '0')); // the work area's limit
+}
+
+TEST(TextHelpers, SplitFromEitherEnd) {
+    const struct {
+        const char *text, *sep;
+        Texts left, right;
+    } rows[] = {{".1..2", ".", {"", "1", "", "2"}, {"2", "", "1"}},
+                {"a<|>b<|>", "<|>", {"a", "b", ""}, {"", "b", "a"}}};
+    for (const auto& row : rows) {
+        Texts left = {"old"}, right = {"old"};
+        MGFile::SplitStringLeft(row.text, row.sep, left);
+        MGFile::SplitStringRight(row.text, row.sep, right);
+        EXPECT_EQ(left, row.left) << row.text;
+        EXPECT_EQ(right, row.right) << row.text;
+    }
+}
+
+TEST(Paths, ReadTheNumberOfANumberedName) {
+    EXPECT_EQ(MGFile::GetNumberFromFileName("log~4294967295.txt", "log", ".txt"), 4294967295U);
+    for (const char* file : {"log~x.txt", "log~4294967296.txt", "log~.txt", "log~-1.txt", "a"})
+        EXPECT_EQ(MGFile::GetNumberFromFileName(file, "log", ".txt"), 0U) << file;
+    std::string rest = "a.tar.gz", tail;
+    MGFile::SplitFileNameToNameAndExt(rest, rest, tail); // in place
+    EXPECT_EQ(rest + "|" + tail, "a.tar|.gz");
+}
+
+TEST(Paths, KeepNamesSafeAndShort) {
+    const struct {
+        std::string given, safe, cut; // cut to 5 bytes
+    } rows[] = {{"\"%'*/:<>?\\|\x01\x1f\x7f ~", "_____________\x7f ~", "_____"},
+                {"Привет\n", "Привет_", "Пр"},
+                {"a*\xff*bcd", "a_\xff*bcd", "a_"}};
+    for (const auto& row : rows) {
+        std::string name = row.given;
+        MGFile::ReplaceFileNameIllegalSimbos(name);
+        EXPECT_EQ(name, row.safe);
+        MGFile::CutFileNameUpToNChars(name, 5);
+        EXPECT_EQ(name, row.cut);
+    }
+}
+
+TEST(Paths, TryOutADirectoryAndLeaveNothingThere) {
+    const TempDir dir;
+    EXPECT_TRUE(MGFile::TestDirOnReadAndWriteAccess(dir.path()));
+    std::filesystem::create_symlink("/dev/full", dir.path("mgfiletest.tmp"));
+    EXPECT_FALSE(MGFile::TestDirOnReadAndWriteAccess(dir.path()));
+    EXPECT_TRUE(std::filesystem::is_empty(dir.path()));
+
+    dir.write("file", "x");
+    EXPECT_TRUE(MGFile::IsRenamedFile(dir.path("file")));
+    dir.write("file.tmp", "another");
+    EXPECT_FALSE(MGFile::IsRenamedFile(dir.path("file")));
+    EXPECT_EQ(dir.read("file") + " " + dir.read("file.tmp"), "x another");
+}
+
+using Bytes = std::vector<uint8_t>;
+
+TEST(Encodings, AreThoseOfZlibAndOfTheBase64Program) {
+    const TempDir dir;
+    std::mt19937 random(7);
+    for (size_t size : {0, 1, 2, 3, 57, 65537}) {
+        Bytes data(size), back = {1};
+        for (uint8_t& byte : data) byte = static_cast<uint8_t>(random());
+        EXPECT_EQ(MGFile::MakeCrc32Ext(data), crc32_z(0, data.data(), size)) << size;
+
+        std::string text = "old";
+        MGFile::DataToBase64(data, text);
+        dir.write("data", std::string(data.begin(), data.end()));
+        const std::string files = dir.path("data") + " > " + dir.path("text");
+        ASSERT_EQ(std::system(("base64 -w 0 " + files).c_str()), 0);
+        EXPECT_EQ(text, dir.read("text"));
+        ASSERT_EQ(std::system(("base64 -w 7 " + files).c_str()), 0); // in lines
+        MGFile::Base64ToData(dir.read("text"), back);
+        EXPECT_EQ(back, data);
+    }
+    EXPECT_EQ(MGFile::MakeCrc32Lower("ПРИВЕТ, World Ё"), MGFile::MakeCrc32("привет, world ё"));
+
+    const std::pair<std::string, std::string> rows[] = {
+        {"YWJj=ZGVm", "abc"}, {std::string("YWJj\0ZGVm", 9), "abc"}, {" Y*W-J_j\xFF", "abc"}, {"YWJ", "ab"}, {"Y", ""}};
+    for (const auto& [text, expected] : rows) {
+        Bytes data;
+        MGFile::Base64ToData(text, data);
+        EXPECT_EQ(std::string(data.begin(), data.end()), expected) << text;
+    }
+}
+
+TEST(Encodings, RefuseAndLeaveNothing) {
+    Bytes data;
+    std::string text;
+    MGFile::String2Binary("0D73d6Ff", data);
+    EXPECT_EQ(data, (Bytes{0x0D, 0x73, 0xD6, 0xFF}));
+    error_of([&] { MGFile::String2Binary("00g0", data); });
+    EXPECT_TRUE(data.empty());
+
+    MGFile::GetUtf8StringFromBinaryExt({0xD0, 0xAF, 'z', 0}, text);
+    EXPECT_EQ(text, "Яz");
+    for (const Bytes& refused : {Bytes(), Bytes{'a'}, Bytes{'a', 0, 0}, Bytes{0xD0, 0}}) {
+        error_of([&] { MGFile::GetUtf8StringFromBinaryExt(refused, text); });
+        EXPECT_EQ(text, "");
+    }
+}
+
+// Central European time, spelled out so that no time zone data are needed. Expected texts are those of date(1).
+class Dates : public testing::Test {
+protected:
+    Dates() {
+        setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+        tzset();
+    }
+    ~Dates() override {
+        unsetenv("TZ");
+        tzset();
+    }
+};
+
+TEST_F(Dates, FollowTheLocalClock) {
+    const struct {
+        time_t t;
+        std::string text, file, archive;
+    } rows[] = {
+        {1711846799, "2024-03-31 01:59:59", "_20240331_015959", "/d2024/03/31/015959_0000002a"},
+        {1711846800, "2024-03-31 03:00:00", "_20240331_030000", "/d2024/03/31/030000_0000002a"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(MGFile::GetDateAndTime(row.t), row.text);
+        EXPECT_EQ(MGFile::GetDateAndTimeForFile(row.t), row.file);
+        std::string dir = "/d";
+        MGFile::DirAddArchiveDateExtTime(row.t, dir, 42);
+        EXPECT_EQ(dir, row.archive);
+    }
+    EXPECT_EQ(MGFile::GetDateAndTime(0), "");
+    EXPECT_EQ(error_of([] { MGFile::GetDateAndTime(67767976233532799); }).mess_1, "Непонятная ошибка"); // year 2^31
+}
+
+TEST_F(Dates, TextComesBackAsTheSameMoment) {
+    constexpr time_t new_year = 1704063600, hour = 3600, twice_told = 1729990800;
+    for (time_t t = new_year; t < new_year + 366 * 24 * hour; t += hour) {
+        if (t == twice_told || t == twice_told - hour) continue;
+        ASSERT_EQ(MGFile::StringToTime(MGFile::GetDateAndTime(t)), t);
+    }
+}
+
+} // namespace
