@@ -15,7 +15,6 @@ MASTER = """<config version="1" release="1" mark="VORQSCFG"><profiles quantity="
 """.encode()
 PROFILE = (pathlib.Path(__file__).parent.parent / "net/golden/profile.xml").read_bytes()
 UNREADABLE = "Не удалось прочесть XML документ из файла"
-SURPLUS = "Количество правил для входящих сообщений в XML файле превышает значение, заданное в атрибуте"
 FEWER = "Количество правил для входящих сообщений в XML файле меньше, чем значение, заданное в атрибуте"
 
 
@@ -37,9 +36,6 @@ REFUSED = [
     (MASTER, b"", UNREADABLE),
     (MASTER, bend(PROFILE, 'version="1" release', 'version="2" release'),
      "Версия файла конфигурации не совпадает с версией файла профиля", "num != version", "2"),
-    (MASTER, bend(PROFILE, 'id="profile"', 'id="other"'),
-     "Идентификатор профиля не совпадает с именем файла", "other", "profile"),
-    (MASTER, bend(PROFILE, "</admit>", "<user/></admit>"), SURPLUS, "counter == quantity", "user"),
     (MASTER, bend(PROFILE, " mask_file=", " mask="), "Не удалось получить значение свойства", "mask_file"),
     (MASTER, bend(PROFILE, 'time_hour="21"', 'time_hour="%s"' % ("x" * 9000000)),
      "Свойства не содержит числовое значение", "x" * 480 + "…"),

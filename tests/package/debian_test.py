@@ -7,7 +7,7 @@ import subprocess
 import sys
 import tempfile
 
-from installed import ROOT, program_starts
+from install_test import ROOT, program_starts
 
 
 def run(*command):

@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <dlfcn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -72,15 +71,6 @@ TEST(Programs, StartWithoutWaitingAndLeaveNoZombie) {
     signal(SIGCHLD, SIG_DFL);
     MGFile::RunExtenProgNoWait("/no/such/program", "");
     EXPECT_EQ(waitpid(-1, nullptr, 0), -1);
-}
-
-TEST(Library, IsLoadedOneAtATime) {
-    const char* first = "libBrokenLocale.so.1";
-    MGFile file;
-    file.LoadLib(first);
-    file.LoadLib("libm.so.6");
-    EXPECT_EQ(dlopen(first, RTLD_LAZY | RTLD_NOLOAD), nullptr);
-    EXPECT_EQ(reinterpret_cast<double (*)(double)>(file.GetLibFunc("cos"))(0), 1);
 }
 
 } // namespace
