@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <functional>
 #include <limits>
 #include <random>
 #include <regex>
@@ -58,23 +57,6 @@ TEST(MGLibxml, ReadsNumbersAsTheStandardTextConversionsDo) {
                            : "");
         EXPECT_EQ(value, row.value);
     }
-}
-
-TEST(MGLibxml, SaysWhichStepFailedAndPrintsNothing) {
-    MGLibxml xml, full;
-    full.AddDocRoot("root");
-    const std::pair<std::function<void()>, const char*> rows[] = {
-        {[] { MGLibxml file("/none"); }, "Ошибка конструктора класса с чтением XML документа из файла\n"
-                                         "Не удалось прочесть XML документ из файла\nMGLibxml\nxmlReadFile\n/none\n"},
-        {[] { MGLibxml text("<a", 0); }, "Ошибка конструктора класса с чтением XML документа из строки\n"
-                                         "Не удалось прочесть XML документ из строки\nMGLibxml\nxmlReadDoc\n"},
-        {[&] { xml.GetRoot(); }, "Ошибка получения корневого раздела\nНе удалось найти корневой раздел\nGetRoot\n"},
-        {[&] { full.SaveFile("/dev/full"); }, "Ошибка сохранения XML документа в файл\nНе удалось создать файл\n"
-                                              "SaveFile\nxmlSaveFormatFileEnc\n/dev/full\n"},
-    };
-    testing::internal::CaptureStderr();
-    for (const auto& [step, text] : rows) EXPECT_EQ(error_text(step), text);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 namespace {

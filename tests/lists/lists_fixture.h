@@ -63,14 +63,6 @@ inline void expect_checks(UiScript& script, const char* dialog, const char* ok, 
     }
 }
 
-inline std::string column_titles(UiWindow window, const std::string& view) {
-    std::string titles;
-    GtkTreeView* tree = GTK_TREE_VIEW(window.find(view));
-    for (int index = 0; GtkTreeViewColumn* column = gtk_tree_view_get_column(tree, index); ++index)
-        titles += (index ? "|" : "") + std::string(gtk_tree_view_column_get_title(column));
-    return titles;
-}
-
 // Each row of the view's store in one text, "mark|cell|cell".
 inline std::vector<std::string> rows_of(UiWindow window, const std::string& view) {
     std::vector<std::string> rows;

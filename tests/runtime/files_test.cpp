@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -15,6 +16,7 @@
 #include <sstream>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -100,49 +102,35 @@ TEST(CopyLongFile, LeavesAFileThatIsItsOwnTargetAlone) {
     EXPECT_EQ(dir.read("f"), "content");
 }
 
-// A stem is no mask, and what has another stem belongs to another family.
-TEST(SameName, RotationKeepsToItsOwnFamily) {
-    const struct {
-        const char *name, *before, *after;
-    } rows[] = {
-        {"a*.txt", "a*.txt=0 ab~1.txt=1 a~2.txt=2", "a*.txt=new a*~1.txt=0 ab~1.txt=1 a~2.txt=2 "},
-        {"a.txt", "a.txt=0 a~1~7.txt=1 a~2b.txt=2 a~03.txt=3",
-         "a.txt=new a~03.txt=3 a~1.txt=0 a~1~7.txt=1 a~2b.txt=2 "},
-        {"a.txt", "a.txt=0 a~4294967295.txt=1", "a.txt=new a~4294967295.txt=1 "},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.before);
-        const TempDir from, to;
-        from.write(row.name, "new");
-        put_files(to, row.before);
-        std::string result;
-        MGFile().CopySameFile(from.path(), to.path(), row.name, result, "", false, false, 0, false, true, 1);
-        EXPECT_EQ(files_of(to), row.after);
-    }
-}
-
+// In a rotation a stem is no mask, and what has another stem belongs to another family.
 TEST(SameName, IsDecidedByTheModeOrByRotation) {
     const struct {
         const char* mode;
-        int copies;                          // above 0: rotation; below: with the signature
+        int copies; // above 0: rotation; below: with the signature
+        std::string name;
         const char *before, *result, *after; // without a result it is refused
     } rows[] = {
-        {"ADD_NUM", 0, "a.txt=0", "a~1.txt", "a.txt=0 a~1.txt=new "},
-        {"ADD_NUM", -1, "a.txt=0", "a~1.txt", "a.txt=0 a~1.txt=new a~1.txt.p7d=sign "},
-        {"REPLACE", 0, "a.txt=0", "a.txt", "a.txt=new "},
-        {"ERROR", 0, "a.txt=0", "", "a.txt=0 "},
-        {"ERROR", 2, "a.txt=0 a~1.txt=1 a~2.txt=2", "a.txt", "a.txt=new a~2.txt=2 a~3.txt=0 "},
-        {"ERROR", 1, "a~9.txt=9 a~10.txt=10 a~x.txt=x", "a.txt", "a.txt=new a~10.txt=10 a~x.txt=x "},
+        {"ADD_NUM", 0, "a.txt", "a.txt=0", "a~1.txt", "a.txt=0 a~1.txt=new "},
+        {"ADD_NUM", -1, "a.txt", "a.txt=0", "a~1.txt", "a.txt=0 a~1.txt=new a~1.txt.p7d=sign "},
+        {"REPLACE", 0, "a.txt", "a.txt=0", "a.txt", "a.txt=new "},
+        {"ERROR", 0, "a.txt", "a.txt=0", "", "a.txt=0 "},
+        {"ERROR", 2, "a.txt", "a.txt=0 a~1.txt=1 a~2.txt=2", "a.txt", "a.txt=new a~2.txt=2 a~3.txt=0 "},
+        {"ERROR", 1, "a.txt", "a~9.txt=9 a~10.txt=10 a~x.txt=x", "a.txt", "a.txt=new a~10.txt=10 a~x.txt=x "},
+        {"", 1, "a*.txt", "a*.txt=0 ab~1.txt=1 a~2.txt=2", "a*.txt", "a*.txt=new a*~1.txt=0 ab~1.txt=1 a~2.txt=2 "},
+        {"", 1, "a.txt", "a.txt=0 a~1~7.txt=1 a~2b.txt=2 a~03.txt=3", "a.txt",
+         "a.txt=new a~03.txt=3 a~1.txt=0 a~1~7.txt=1 a~2b.txt=2 "},
+        {"", 1, "a.txt", "a.txt=0 a~4294967295.txt=1", "a.txt", "a.txt=new a~4294967295.txt=1 "},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.mode) + " " + row.before);
         const TempDir from, to;
-        put_files(from, "a.txt=new a.txt.p7d=sign");
+        put_files(from, row.name + "=new a.txt.p7d=sign");
         put_files(to, row.before);
+        const bool with_signature = row.copies<0, rotate = row.copies> 0;
         std::string result;
         try {
-            MGFile().CopySameFile(from.path(), to.path(), "a.txt", result, row.mode,
-                                  row.copies<0, true, 3, false, row.copies> 0, row.copies);
+            MGFile().CopySameFile(from.path(), to.path(), row.name, result, row.mode, with_signature, true, 3, false,
+                                  rotate, row.copies);
         } catch (const MGErr& err) {
             EXPECT_EQ(err.func_2, "(mode_same == ERROR)");
         }
@@ -282,16 +270,6 @@ TEST(Waiting, PicksFilesAtRest) {
     EXPECT_EQ(slept_microseconds, 1000000U);
 }
 
-TEST(Pieces, AreReadInOrder) {
-    const TempDir dir;
-    dir.write("f", std::string("abcdefg\0", 8));
-    for (size_t piece : {1, 3, 8}) {
-        std::string text;
-        MGFile().ReadFileStringEx(dir.path("f"), piece, text);
-        EXPECT_EQ(text, "abcdefg") << piece;
-    }
-}
-
 TEST(MGInfo, PrintsOneLineForEachRow) {
     MGInfo info;
     info.AddRow("unsigned long", 18446744073709551615UL);
@@ -306,19 +284,65 @@ TEST(MGInfo, PrintsOneLineForEachRow) {
                                 "dump: (17) [F8 F9 FA FB FC FD FE FF ... 01 02 03 04 05 06 07 08]\n");
 }
 
-TEST(ResultFile, StartsAnewOrGrows) {
+TEST(Guard, IsHeldByOneAndFreeOnceItIsKilledThoughItsProgramLivesOn) {
+    const TempDir dir;
+    const std::string name = "vorma-test-" + std::to_string(getpid()); // guards are a matter of the whole machine
+    const std::string fifo = dir.path("fifo");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const pid_t holder = fork();
+    if (holder == 0) {
+        MGFile::Reloading(name);
+        MGFile::RunExtenProgNoWait("sh", "-c<|>echo $$ > " + fifo + "; exec sleep 600");
+        for (;;) pause();
+    }
+    pid_t program = 0;
+    std::ifstream(fifo) >> program;
+    EXPECT_TRUE(MGFile::IsRunProgram(name));
+    EXPECT_EQ(error_of([&] { MGFile::Reloading(name); }).err_code, EADDRINUSE);
+    kill(holder, SIGKILL);
+    waitpid(holder, nullptr, 0);
+    EXPECT_FALSE(MGFile::IsRunProgram(name));
+    MGFile::Reloading(name);
+    if (program > 0) kill(program, SIGKILL);
+}
+
+TEST(Files, CarrySignalsAndTheProcessId) {
     const TempDir dir;
     MGFile file;
-    file.SetResultDir(dir.path().c_str());
-    file.SetResultFileDate("list", false, ".result");
-    MGInfo info;
-    info.AddRow("a", 1);
-    file.PrintInfoInResultFile(info, true);
-    file.PrintInfoInResultFile(info, false);
-    EXPECT_EQ(dir.read("list.result"), "a: 1\na: 1\n");
-    file.SetResultFile("absent/list.result");
-    for (int again = 0; again < 2; ++again) // the second time only ends if the first has given the mutex back
-        EXPECT_EQ(error_of([&] { file.PrintInfoInResultFile(info, true); }).func_1, "AddFile");
+    std::string text = "old";
+    file.SetSignalFile(dir.path("in").c_str(), dir.path("out").c_str());
+    EXPECT_FALSE(file.ReadSignal(text) || file.WriteSignal(""));
+    dir.write("in", " stop стоп\r\n");
+    EXPECT_TRUE(file.ReadSignal(text));
+    EXPECT_EQ(text, "STOP СТОП");
+    EXPECT_TRUE(std::filesystem::is_empty(dir.path()));
+    EXPECT_TRUE(file.WriteSignal("long text") && file.WriteSignal("short"));
+    EXPECT_EQ(dir.read("out"), "short");
+
+    file.SetPidFile(dir.path("pid").c_str());
+    file.WritePid();
+    EXPECT_EQ(dir.read("pid"), std::to_string(getpid()) + "\n");
+    file.DeletePid();
+    EXPECT_FALSE(std::filesystem::exists(dir.path("pid")));
+}
+
+TEST(Programs, GiveTheirExitCode) {
+    signal(SIGCHLD, SIG_IGN); // as a program that wasn't waited for leaves it
+    EXPECT_EQ(MGFile::RunExtenProgAndWaitExitCode("exit 254", false), 254);
+    for (const char* command : {"exit 255", "kill -9 $$", " \t\n"})
+        EXPECT_EQ(error_of([&] { MGFile::RunExtenProgAndWaitExitCode(command, true); }).opt_param, "") << "hidden";
+}
+
+TEST(Programs, StartWithoutWaitingAndLeaveNoZombie) {
+    const TempDir dir;
+    const std::string fifo = dir.path("fifo");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    MGFile::RunExtenProgNoWait(" sh ", " -c <|>printf '%s,' \"$@\" > " + fifo + "<|>sh<|> a <|> <|><|>b b");
+    EXPECT_EQ(dir.read("fifo"), "a,b b,");
+    EXPECT_EQ(waitpid(-1, nullptr, 0), -1); // waits for its end; a zombie would be given out
+    signal(SIGCHLD, SIG_DFL);
+    MGFile::RunExtenProgNoWait("/no/such/program", "");
+    EXPECT_EQ(waitpid(-1, nullptr, 0), -1);
 }
 
 } // namespace
