@@ -162,18 +162,6 @@ void expect_reading_order(GtkWidget* window) {
 
 // With a doubled font a larger screen.
 TEST_F(Definition, FitsASmallScreenAndIsReadInOrderByTab) {
-    GtkSettings* settings = gtk_settings_get_default();
-    gint usual = 0;
-    g_object_get(settings, "gtk-xft-dpi", &usual, nullptr);
-    g_object_set(settings, "gtk-xft-dpi", 2 * 96 * 1024, nullptr);
-    for (GtkWidget* window : windows_) {
-        GtkRequisition minimum;
-        gtk_widget_get_preferred_size(window, &minimum, nullptr);
-        EXPECT_LE(minimum.width, 1024) << id_of(G_OBJECT(window));
-        EXPECT_LE(minimum.height, 768) << id_of(G_OBJECT(window));
-    }
-    g_object_set(settings, "gtk-xft-dpi", usual, nullptr);
-    settle();
     EXPECT_THAT(windows_, SizeIs(20));
     auto* pages = GTK_NOTEBOOK(gtk_builder_get_object(builder_.get(), "notebook_config"));
     for (GtkWidget* window : windows_) {
@@ -193,6 +181,20 @@ TEST_F(Definition, FitsASmallScreenAndIsReadInOrderByTab) {
             expect_reading_order(window);
         }
     }
+
+    GtkSettings* settings = gtk_settings_get_default();
+    gint usual = 0;
+    g_object_get(settings, "gtk-xft-dpi", &usual, nullptr);
+    g_object_set(settings, "gtk-xft-dpi", 2 * 96 * 1024, nullptr);
+    settle();
+    for (GtkWidget* window : windows_) {
+        GtkRequisition minimum;
+        gtk_widget_get_preferred_size(window, &minimum, nullptr);
+        EXPECT_LE(minimum.width, 1024) << id_of(G_OBJECT(window));
+        EXPECT_LE(minimum.height, 768) << id_of(G_OBJECT(window));
+    }
+    g_object_set(settings, "gtk-xft-dpi", usual, nullptr);
+    settle();
 }
 
 // The key, where the window has the focus; the toolkit knows its bindings by the code that the keyboard sends.
