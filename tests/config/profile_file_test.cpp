@@ -50,11 +50,8 @@ TEST(MGLibxml, ReadsNumbersAsTheStandardTextConversionsDo) {
         const std::string err = error_text([&] {
             value = row.is_64 ? xml.GetNumber64Prop(root, "n") : static_cast<uint64_t>(xml.GetNumberProp(root, "n"));
         });
-        EXPECT_EQ(err, row.refused_by
-                           ? "Ошибка получения свойства раздела\nСвойства не содержит числовое значение\n"
-                             "GetNumberPropExt\n" +
-                                 std::string(row.refused_by) + "\n" + row.text + (*row.text ? "\nn\n" : "n\n")
-                           : "");
+        EXPECT_EQ(err.empty(), !row.refused_by);
+        EXPECT_THAT(err, testing::HasSubstr(row.refused_by ? row.refused_by : ""));
         EXPECT_EQ(value, row.value);
     }
 }

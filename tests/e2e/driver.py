@@ -13,6 +13,8 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi  # noqa: E402
 
+MAIN = "Конфигурационная программа Резервного копирования"
+PROFILE = "Настройка конфигурационных параметров профиля"
 LIMIT = 30  # seconds until a wait for an event counts as a failure
 
 

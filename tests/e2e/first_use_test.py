@@ -4,9 +4,8 @@
 import sys
 import xml.etree.ElementTree as ElementTree
 
-from driver import Desktop, Editor, wait_for
+from driver import MAIN, Desktop, Editor, wait_for
 
-MAIN = "Конфигурационная программа Резервного копирования"
 NAMING = "Окно ввода данных"
 CATALOGS = ["archive/in", "archive/out", "config", "error/in", "log", "result", "signal", "tmp"]
 

@@ -4,10 +4,8 @@
 import sys
 import xml.etree.ElementTree as ElementTree
 
-from driver import Desktop, Editor, wait_for
+from driver import MAIN, PROFILE, Desktop, Editor, wait_for
 
-MAIN = "Конфигурационная программа Резервного копирования"
-PROFILE = "Настройка конфигурационных параметров профиля"
 LIST = "Список допуска"
 RECORD = "Добавление пользователя"
 RESULT = "Окно просмотра списка клиентов"

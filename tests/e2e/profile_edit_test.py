@@ -7,10 +7,8 @@ import shutil
 import sys
 import xml.etree.ElementTree as ElementTree
 
-from driver import Atspi, Desktop, Editor
+from driver import MAIN, PROFILE, Atspi, Desktop, Editor
 
-MAIN = "Конфигурационная программа Резервного копирования"
-PROFILE = "Настройка конфигурационных параметров профиля"
 ACTION = "Окно добавления нового действия"
 CONSOLE = "Окно установки параметров консольной утилиты"
 

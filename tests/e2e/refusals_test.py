@@ -6,9 +6,8 @@ import random
 import re
 import sys
 
-from driver import Desktop, Editor, wait_for
+from driver import MAIN, Desktop, Editor, wait_for
 
-MAIN = "Конфигурационная программа Резервного копирования"
 MASTER = """<config version="1" release="1" mark="VORQSCFG"><profiles quantity="1">
   <profile default="1" name="Копия" id="profile" active="0"/>
 </profiles><settings><editor path="/usr/bin/kate"/></settings></config>

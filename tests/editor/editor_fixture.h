@@ -80,19 +80,6 @@ protected:
         return start.profiles;
     }
 
-    // While one is alive, every save fails at its first file, with one box.
-    struct BrokenDisk {
-        explicit BrokenDisk(const std::string& config_dir) : dir(config_dir) {
-            std::filesystem::rename(dir, dir + ".away");
-            std::ofstream(dir) << "a file";
-        }
-        ~BrokenDisk() {
-            std::filesystem::remove(dir);
-            std::filesystem::rename(dir + ".away", dir);
-        }
-        std::string dir;
-    };
-
     TempDir home;
     MGContext context;
 };

@@ -135,12 +135,14 @@ TEST_F(ProfileList, SavesOnceForEachRowThatTheDefaultMarkPassesAndKeepsWhatCanno
     show({"a", "b", "c"});
     const Rows moved = {{"0", "Имя a", "a", "0"}, {"0", "Имя b", "b", "0"}, {"1", "Имя c", "c", "0"}};
     {
-        const BrokenDisk broken(context.config_dir);
+        const std::string obstacle = context.config_dir + "/vormaqs_config.xml";
+        std::filesystem::create_directory(obstacle);
         UiScript script;
         for (int save = 0; save < 3; ++save) script.refusal(HasSubstr("vormaqs_config.xml"));
         main().toggle_cell("profile_view", 2, default_column);
         EXPECT_TRUE(script.finished());
         EXPECT_EQ(rows(), moved);
+        std::filesystem::remove(obstacle);
     }
     EXPECT_THAT(home.read(".selunara/vormaqs/log/vormaqscfg.log"), HasSubstr("____ERROR____"));
     EXPECT_THAT(config_files(), IsEmpty());

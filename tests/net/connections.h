@@ -98,26 +98,6 @@ std::string outcome(Body&& body) {
     }
 }
 
-// While it lives, a signal handler interrupts the process's calls every two milliseconds.
-class SignalStorm {
-public:
-    SignalStorm() {
-        struct sigaction tick {};
-        tick.sa_handler = [](int) {};
-        sigaction(SIGALRM, &tick, &former_);
-        const itimerval every{{0, 2000}, {0, 2000}};
-        setitimer(ITIMER_REAL, &every, nullptr);
-    }
-    ~SignalStorm() {
-        const itimerval never{};
-        setitimer(ITIMER_REAL, &never, nullptr);
-        sigaction(SIGALRM, &former_, nullptr);
-    }
-
-private:
-    struct sigaction former_;
-};
-
 class VirtualClock {
 public:
     VirtualClock() { present = this; }

@@ -190,6 +190,7 @@ MGProfile the_profile() {
         config.actions.push_back(config.actions[0]);
         config.actions.back().type = type;
     }
+    config.actions.emplace_back(); // is not active
     return profile;
 }
 
@@ -253,7 +254,7 @@ const struct {
     {&MGConfig::fs_radio, "10.1.0.11|20134|allow0.name|Да|allow0.login|Да|queue.allow0.fs_queue0.id|"
                           "queue.allow0.fs_queue0.in_dir|queue.allow0.fs_queue0.out_dir|Да|Да|"
                           "queue.allow0.fs_queue0.ticket_dir|Да|allow1.name|Нет|allow1.login|Нет|"
-                          "user.allow1.fs_admit0.subject|user.allow1.fs_admit1.subject|"
+                          "user.allow1.fs_admit0.subject|"
                           "queue.allow1.fs_queue0.id|queue.allow1.fs_queue0.in_dir|queue.allow1.fs_queue0.out_dir|"
                           "Да|Да|queue.allow1.fs_queue0.ticket_dir|Да|"},
 };

@@ -7,10 +7,9 @@ import subprocess
 import sys
 import tempfile
 
-from driver import Desktop, Editor
+from driver import MAIN, Desktop, Editor
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-MAIN = "Конфигурационная программа Резервного копирования"
 DEMO = ["Ночная копия документов", "Приём копий в хранилище", "Файл-сервер отдела", "Файл-клиент бухгалтерии",
         "Шлюз головного офиса", "Шлюз филиала"]
 
