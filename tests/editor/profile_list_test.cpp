@@ -82,21 +82,18 @@ TEST_F(ProfileList, RenamesWithoutTouchingTheId) {
 
 TEST_F(ProfileList, DeletesAfterAQuestionAndPassesTheDefaultMarkOn) {
     show({"a", "b", "c"});
-    const struct {
-        int row;
-        const char* question;
-        Rows left;
-    } deletions[] = {
-        {1, "Вы действительно хотите удалить этот профиль (b)?", {{"1", "Имя a", "a", "0"}, {"0", "Имя c", "c", "0"}}},
-        {0, "Вы действительно хотите удалить этот профиль (a)?", {{"1", "Имя c", "c", "0"}}},
-        {0, "Вы действительно хотите удалить этот профиль (c)?", {}},
-    };
-    for (const auto& row : deletions) {
+    const std::pair<int, Rows> deletions[] = {// the row, and what is left
+                                              {1, {{"1", "Имя a", "a", "0"}, {"0", "Имя c", "c", "0"}}},
+                                              {0, {{"1", "Имя c", "c", "0"}}},
+                                              {0, {}}};
+    for (const auto& [row, left] : deletions) {
         UiScript script;
-        script.question(row.question, GTK_RESPONSE_YES);
-        main().select("profile_view", {row.row});
+        script.question("Вы действительно хотите удалить этот профиль (" + rows().at(static_cast<size_t>(row))[2] +
+                            ")?",
+                        GTK_RESPONSE_YES);
+        main().select("profile_view", {row});
         main().click("button_profile_delete");
-        expect_saved(row.left);
+        expect_saved(left);
     }
     EXPECT_TRUE(config_files().count("c.xml")) << "a deleted profile's file stays";
     for (const char* button : {"rename", "delete", "configure"}) // with nothing selected they say and do nothing

@@ -36,7 +36,7 @@ const Report reports[] = {
     {"button_gw_admission_list", "admit", "допущенных пользователей",
      "Список допущенных пользователей\nКоличество пользователей: 1\n1 Имя владельца сертификата: CN=Один\n"},
     {"button_fs_allow", "admit", "клиентов", R"(Список клиентов
-Количество клиентов: 2
+Количество клиентов: 1
 1 Наименование клиента: Первый
 	Доступ: Да
 	Логин: first
@@ -53,14 +53,6 @@ const Report reports[] = {
 		Сохранять квитанции в каталог: Нет
 		Каталог квитанций: /tickets
 		Выдавать подпись квитанций: Нет
-2 Наименование клиента: Второй
-	Доступ: Нет
-	Логин: second
-	Пароль: Нет
-	Список допущенных пользователей
-	Количество пользователей: 0
-	Список очередей
-	Количество очередей: 0
 )"},
     {"button_gw_client_list_adrs", "adrs", "внутренних адресов", R"(Список внутренних адресов
 Количество адресов: 1
@@ -85,8 +77,7 @@ protected:
         config.admit = {{"CN=Один", true, "10.0.0.1", "", 65535}, {"CN=Два", false, "10.0.0.2", "", 1}};
         config.gw_admit = {config.admit[0]};
         const MGQueue queue = {"q1", "/in", "/out", true, false, "/tickets", false};
-        config.fs_allow = {{true, "Первый", "first", "secret", {config.admit[0]}, {queue}},
-                           {false, "Второй", "second", "", {}, {}}};
+        config.fs_allow = {{true, "Первый", "first", "secret", {config.admit[0]}, {queue}}};
         config.gw_client.adrs = config.gw_server.virt = {{"10.0.0.1", "a.example", "10.0.0.0/24", "шлюз"}};
     }
     ~ReportsTest() override { Context = nullptr; }

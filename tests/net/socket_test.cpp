@@ -159,21 +159,6 @@ Bytes inverted(Bytes data) {
 
 } // namespace
 
-// The bytes on the wire, with a scripted peer at the other end.
-TEST(FramedExchange, SpeaksTheWireFormat) {
-    TcpPair pair;
-    pair.peer_sends(std::string(16, '\0'));
-    EXPECT_TRUE(pair.server.SendData(pair.sock, {'b', 'o', 'd', 'y', 0}));
-    EXPECT_EQ(pair.peer_got(13), std::string("\5\0\0\0\0\0\0\0body\0", 13));
-
-    pair.peer_sends(std::string("\4\0\0\0\0\0\0\0back\7\0\0\0\0\0\0\1", 20));
-    Bytes got{1, 2, 3};
-    EXPECT_TRUE(pair.server.RecvData(pair.sock, got));
-    EXPECT_EQ(text(got), "back");
-    EXPECT_EQ(pair.server.RecvCode(pair.sock), 0x0100000000000007u);
-    EXPECT_EQ(pair.peer_got(16), std::string(16, '\0'));
-}
-
 // Two processes, 1,000 messages each way, bodies of any size; one of them has a time-out at every turn.
 TEST(FramedExchange, TwoProcessesTalkWithoutLoss) {
     TcpPair pair;
