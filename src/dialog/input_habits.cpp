@@ -59,12 +59,31 @@ gboolean enter_group_without_choice(GtkWidget* radio, GtkDirectionType, gpointer
     return TRUE;
 }
 
+// A key can choose a mode whose frame is out of sight.
+void show_chosen(GtkWidget* radio, gpointer) {
+    if (gtk_widget_get_mapped(radio) && gtk_toggle_button_get_active(GTK_TOGGLE_BUTTON(radio)))
+        gtk_widget_grab_focus(radio);
+}
+
+// Otherwise the longest row says how narrow the page can be.
+void let_rows_shrink(GtkCellLayout* combo) {
+    GList* cells = gtk_cell_layout_get_cells(combo);
+    for (GList* cell = cells; cell; cell = cell->next)
+        g_object_set(cell->data, "ellipsize", PANGO_ELLIPSIZE_END, nullptr);
+    g_list_free(cells);
+}
+
 void mend(GtkWidget* input, GtkWidget* window) {
     if (GTK_IS_SPIN_BUTTON(input) || GTK_IS_COMBO_BOX(input))
         g_signal_connect(input, "scroll-event", G_CALLBACK(leave_wheel_to_page), window);
     if ((GTK_IS_SPIN_BUTTON(input) || GTK_IS_TREE_VIEW(input)) && gtk_widget_get_ancestor(input, GTK_TYPE_NOTEBOOK))
         g_signal_connect(input, "key-press-event", G_CALLBACK(leave_page_keys_to_notebook), nullptr);
-    if (GTK_IS_RADIO_BUTTON(input)) g_signal_connect(input, "focus", G_CALLBACK(enter_group_without_choice), nullptr);
+    if (GTK_IS_COMBO_BOX_TEXT(input) && !gtk_combo_box_get_has_entry(GTK_COMBO_BOX(input)))
+        let_rows_shrink(GTK_CELL_LAYOUT(input));
+    if (GTK_IS_RADIO_BUTTON(input)) {
+        g_signal_connect(input, "focus", G_CALLBACK(enter_group_without_choice), nullptr);
+        g_signal_connect_after(input, "clicked", G_CALLBACK(show_chosen), nullptr);
+    }
     if (GTK_IS_TREE_VIEW(input) &&
         g_signal_has_handler_pending(input, g_signal_lookup("row-activated", GTK_TYPE_TREE_VIEW), 0, FALSE))
         g_signal_connect(input, "key-press-event", G_CALLBACK(open_row_by_enter), nullptr);
