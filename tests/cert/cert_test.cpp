@@ -1,5 +1,4 @@
 #include "app/mg_err.h"
-#include "cert/der_bytes.h"
 #include "cert/der_params.h"
 #include "cert/der_reader.h"
 #include "cert/mg_cert.h"

@@ -209,19 +209,13 @@ TEST(Encodings, RefuseAndLeaveNothing) {
 }
 
 // Central European time, spelled out so that no time zone data are needed. Expected texts are those of date(1).
-class Dates : public testing::Test {
-protected:
-    Dates() {
-        setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
-        tzset();
-    }
-    ~Dates() override {
-        unsetenv("TZ");
-        tzset();
-    }
-};
+void set_time_zone() {
+    setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+    tzset();
+}
 
-TEST_F(Dates, FollowTheLocalClock) {
+TEST(Dates, FollowTheLocalClock) {
+    set_time_zone();
     const struct {
         time_t t;
         std::string text, file, archive;
@@ -240,7 +234,8 @@ TEST_F(Dates, FollowTheLocalClock) {
     EXPECT_EQ(error_of([] { MGFile::GetDateAndTime(67767976233532799); }).mess_1, "Непонятная ошибка"); // year 2^31
 }
 
-TEST_F(Dates, TextComesBackAsTheSameMoment) {
+TEST(Dates, TextComesBackAsTheSameMoment) {
+    set_time_zone();
     constexpr time_t new_year = 1704063600, hour = 3600, twice_told = 1729990800;
     for (time_t t = new_year; t < new_year + 366 * 24 * hour; t += hour) {
         if (t == twice_told || t == twice_told - hour) continue;

@@ -41,11 +41,6 @@ GtkWidget* below(GtkWidget* widget, const std::string& id) {
 
 std::string describe(GtkWidget* window) {
     if (!window) return "nothing";
-    if (GTK_IS_MESSAGE_DIALOG(window)) {
-        char* text = nullptr;
-        g_object_get(window, "text", &text, nullptr);
-        return "a box \"" + taken(text) + "\"";
-    }
     return id_of(window) + " \"" + UiWindow(window).title() + "\"";
 }
 
