@@ -231,10 +231,8 @@ TEST_F(ProfileFile, RefusesAndTellsWhy) {
         const char* told;
     } rows[] = {
         {root, "<config/>", "GetRoot\nprofile\n"},
-        {"version=\"3\"", "version=\"7\"", "num != version\nprofile\n"},
         {"VORQSPRF", "VORQSCFG", "\nVORQSCFG\n"},
         {"id=\"profile\"", "id=\"other\"", "str != id\nother\n"},
-        {" mask_file=\"file.mask_file\"", "", "xmlGetProp\nmask_file\n"},
         {"<crypto ", "<krypto ", "Не удалось найти подчиненный раздел\nGetFirstChildren\ncrypto\n"},
         {"<gw_server_virtual quantity=\"2\"", "<gw_server_virtual quantity=\"4\"", "counter != quantity\n"},
         {"<fs_admit quantity=\"0\"/>", "", "\nfs_admit\n"},

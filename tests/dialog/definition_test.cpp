@@ -6,7 +6,6 @@
 #include <gmock/gmock.h>
 #include <gtk/gtk.h>
 
-#include <algorithm>
 #include <map>
 #include <memory>
 #include <set>
@@ -111,22 +110,17 @@ std::string spoken_label(GtkWidget* input) {
     return text;
 }
 
-TEST_F(Definition, NamesEveryInputForAssistiveTechnology) {
+// What is typed into a list is looked for in the column of the search.
+TEST_F(Definition, NamesEveryInputForAssistiveTechnologyAndSearchesListsByText) {
     for (GObject* object : objects_) {
+        SCOPED_TRACE(id_of(object));
         if (GTK_IS_ENTRY(object) || GTK_IS_COMBO_BOX(object) || GTK_IS_TREE_VIEW(object)) {
-            EXPECT_NE(spoken_label(GTK_WIDGET(object)), "") << id_of(object);
+            EXPECT_NE(spoken_label(GTK_WIDGET(object)), "");
         }
-    }
-}
-
-// What is typed into a list is looked for in that column.
-TEST_F(Definition, SearchesListsByText) {
-    for (GObject* object : objects_) {
         if (!GTK_IS_TREE_VIEW(object)) continue;
         GtkTreeView* view = GTK_TREE_VIEW(object);
         EXPECT_EQ(gtk_tree_model_get_column_type(gtk_tree_view_get_model(view), gtk_tree_view_get_search_column(view)),
-                  G_TYPE_STRING)
-            << id_of(object);
+                  G_TYPE_STRING);
     }
 }
 

@@ -186,6 +186,12 @@ TEST_F(ActionLevels, CancelDropsWhatItsLevelAndThoseBelowConfirmed) {
             window.set_combo("combo_active_type", "SENDFILE");
             window.click("button_active_customize");
         });
+        script.when("dialog_send", [](UiWindow window) {
+            for (const bool tls : {true, false}) {
+                window.set_toggle("check_tls_send", tls);
+                EXPECT_EQ(window.sensitive("entry_tls_server"), tls);
+            }
+        });
         script.when("dialog_send", type({{"send_domen", "host"}, {"send_catalog", "/"}, {"send_file", file}},
                                         row.parameters ? "send_ok" : "send_cancel"));
         script.when("dialog_active", type({}, row.action ? "active_ok" : "active_cancel"));
@@ -287,19 +293,6 @@ TEST_F(ActionDialogs, RefuseOneFaultAfterTheOther) {
         script.when("dialog_" + dialog, type({}, button(dialog, "cancel")));
         expect_cancelled(dialog);
     }
-}
-
-TEST_F(ActionDialogs, OpenTheServerNameWithTls) {
-    UiScript script;
-    script.when("dialog_send", [](UiWindow window) {
-        EXPECT_FALSE(window.sensitive("entry_tls_server"));
-        for (const bool tls : {true, false}) {
-            window.set_toggle("check_tls_send", tls);
-            EXPECT_EQ(window.sensitive("entry_tls_server"), tls);
-        }
-        window.close();
-    });
-    expect_cancelled("send");
 }
 
 } // namespace

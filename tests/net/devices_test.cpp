@@ -53,8 +53,6 @@ public:
     ~NetNamespace() {
         if (refusal_.empty()) setns(former_.get(), CLONE_NEWNET);
     }
-    NetNamespace(const NetNamespace&) = delete;
-    NetNamespace& operator=(const NetNamespace&) = delete;
 
     // Why the machine grants none, empty if it does.
     const std::string& refusal() const { return refusal_; }

@@ -38,8 +38,6 @@ class ProviderTest {
 public:
     ProviderTest();
     ~ProviderTest();
-    ProviderTest(const ProviderTest&) = delete;
-    ProviderTest& operator=(const ProviderTest&) = delete;
 
 private:
     std::string former_;
