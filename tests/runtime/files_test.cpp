@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <dlfcn.h>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -343,6 +344,14 @@ TEST(Programs, StartWithoutWaitingAndLeaveNoZombie) {
     signal(SIGCHLD, SIG_DFL);
     MGFile::RunExtenProgNoWait("/no/such/program", "");
     EXPECT_EQ(waitpid(-1, nullptr, 0), -1);
+}
+
+TEST(Library, IsLoadedOneAtATime) {
+    const char* first = "libBrokenLocale.so.1";
+    MGFile file;
+    file.LoadLib(first);
+    file.LoadLib("libm.so.6");
+    EXPECT_EQ(dlopen(first, RTLD_LAZY | RTLD_NOLOAD), nullptr);
 }
 
 } // namespace
