@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -48,6 +49,13 @@ void break_long_words(GtkMessageDialog* box) {
     pango_attr_list_unref(attributes);
 }
 
+// The toolkit names these two by the locale, which may lack Russian.
+void name_answers(GtkDialog* box) {
+    for (const auto& [response, label] : {std::pair(GTK_RESPONSE_YES, "_Да"), {GTK_RESPONSE_NO, "_Нет"}})
+        if (GtkWidget* button = gtk_dialog_get_widget_for_response(box, response))
+            gtk_button_set_label(GTK_BUTTON(button), label);
+}
+
 GtkOwnWindow make_chooser(GtkWidget* window, const char* title, GtkFileChooserAction action) {
     return GtkOwnWindow(gtk_file_chooser_dialog_new(title, GTK_WINDOW(window), action, "Отменить", GTK_RESPONSE_CANCEL,
                                                     "Установить", GTK_RESPONSE_ACCEPT, nullptr));
@@ -68,6 +76,7 @@ int32_t MGDialog::MessageBox(const char* title, const char* text, GtkMessageType
     const GtkOwnWindow box(gtk_message_dialog_new(GTK_WINDOW(window), GTK_DIALOG_MODAL, type, buttons, "%s",
                                                   fitting(text ? text : "").c_str()));
     break_long_words(GTK_MESSAGE_DIALOG(box.get()));
+    name_answers(GTK_DIALOG(box.get()));
     if (title) gtk_window_set_title(GTK_WINDOW(box.get()), title);
     return gtk_dialog_run(GTK_DIALOG(box.get()));
 }

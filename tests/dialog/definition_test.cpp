@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtk/gtk.h>
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <set>
@@ -154,7 +155,6 @@ void expect_reading_order(GtkWidget* window) {
     EXPECT_NE(last, nullptr) << id_of(G_OBJECT(window));
 }
 
-// With a doubled font a larger screen.
 TEST_F(Definition, FitsASmallScreenAndIsReadInOrderByTab) {
     EXPECT_THAT(windows_, SizeIs(20));
     auto* pages = GTK_NOTEBOOK(gtk_builder_get_object(builder_.get(), "notebook_config"));
@@ -175,20 +175,32 @@ TEST_F(Definition, FitsASmallScreenAndIsReadInOrderByTab) {
             expect_reading_order(window);
         }
     }
+}
 
+TEST_F(Definition, KeepsTheAnswersInSightWithADoubledFont) {
     GtkSettings* settings = gtk_settings_get_default();
     gint usual = 0;
     g_object_get(settings, "gtk-xft-dpi", &usual, nullptr);
     g_object_set(settings, "gtk-xft-dpi", 2 * 96 * 1024, nullptr);
-    settle();
     for (GtkWidget* window : windows_) {
-        GtkRequisition minimum;
-        gtk_widget_get_preferred_size(window, &minimum, nullptr);
-        EXPECT_LE(minimum.width, 1024) << id_of(G_OBJECT(window));
-        EXPECT_LE(minimum.height, 768) << id_of(G_OBJECT(window));
+        gtk_window_resize(GTK_WINDOW(window), 1024, 768);
+        gtk_widget_show(window);
     }
-    g_object_set(settings, "gtk-xft-dpi", usual, nullptr);
     settle();
+    size_t answers = 0;
+    for (GObject* object : objects_) {
+        const std::string id = id_of(object);
+        if (!GTK_IS_BUTTON(object) || (id.find("_ok") == id.npos && id.find("_cancel") == id.npos)) continue;
+        ++answers;
+        const GdkRectangle place = place_in(gtk_widget_get_toplevel(GTK_WIDGET(object)), GTK_WIDGET(object));
+        EXPECT_TRUE(gtk_widget_get_mapped(GTK_WIDGET(object))) << id;
+        EXPECT_GE(std::min(place.x, place.y), 0) << id;
+        EXPECT_LE(place.x + place.width, 1024) << id;
+        EXPECT_LE(place.y + place.height, 768) << id;
+        EXPECT_GT(place.height, 40) << id; // the font is large indeed
+    }
+    EXPECT_EQ(answers, 37U);
+    g_object_set(settings, "gtk-xft-dpi", usual, nullptr);
 }
 
 // The key, where the window has the focus; the toolkit knows its bindings by the code that the keyboard sends.

@@ -217,6 +217,13 @@ class Editor:
         shown = "•" * len(text) if role == "password text" else text
         wait_for(f"«{text}» in «{label}»", lambda: Atspi.Text.get_text(entry, 0, -1) == shown)
 
-    def close(self, window):
-        """The window manager's close button, by its key."""
-        self.key("alt+F4")
+    def close(self, main):
+        """The window manager's close button of the main window, by its key, until the program ends: the manager can miss
+        a key that comes while it moves the focus."""
+
+        def ended():
+            self.key("alt+F4")
+            self.process.wait(2)
+            return True
+
+        wait_for("the program to end", ended)

@@ -73,7 +73,7 @@ with Desktop() as desktop:
         assert profiles(master)[1] == ("1", "Копия <ночь & день>", "night_copy", "0")
         editor.click(editor.find(main, "table cell", "Копия <ночь & день>"))
         editor.press(main, "Удалить")
-        editor.press(editor.window("Вопрос"), "Yes")
+        editor.press(editor.window("Вопрос"), "Да")
         wait_for("the deletion", lambda: [p[0] for p in profiles(master)] == ["1"])
         assert (config / "night_copy.xml").exists()  # a deleted profile's file stays
-        editor.key("alt+F4")
+        editor.close(editor.window(MAIN))
