@@ -45,7 +45,9 @@ MGProfile realistic_profile(int number) {
                        ",CN=Иванов Иван Иванович";
         config.admit.push_back(user);
     }
-    const MGQueue queue{.id = "queue_" + tail, .in_dir = "/srv/in/" + tail, .out_dir = "/srv/out/" + tail,
+    const MGQueue queue{.id = "queue_" + tail,
+                        .in_dir = "/srv/in/" + tail,
+                        .out_dir = "/srv/out/" + tail,
                         .ticket_dir = "/srv/ticket/" + tail};
     config.fc_queue.assign(4, queue);
     MGAllow client;

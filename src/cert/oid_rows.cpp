@@ -4,7 +4,8 @@
 namespace {
 
 // The body of one identifier.
-template <uint8_t... bytes> constexpr uint8_t body[] = {bytes...};
+template <uint8_t... bytes>
+constexpr uint8_t body[] = {bytes...};
 
 } // namespace
 

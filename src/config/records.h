@@ -3,6 +3,7 @@
 // Strings are UTF-8 of any length and start empty. The records check nothing; readers and dialogs do.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -297,23 +298,26 @@ struct TokenText {
 };
 
 // MGConfig::mode_same_file and MGCopy::mode.
-inline constexpr TokenText same_file_modes[] = {
+inline constexpr auto same_file_modes = std::to_array<TokenText>({
     {"ADD_NUM", "Сохранить с добавлением номера (*~N.*)"},
     {"REPLACE", "Перезаписать файл"},
     {"ERROR", "Выдать сообщение об ошибке"},
-};
+});
 
 // MGConfig::ticket_type.
-inline constexpr TokenText ticket_types[] = {
+inline constexpr auto ticket_types = std::to_array<TokenText>({
     {"TXT", "Текстовый файл"},
     {"XML", "XML файл"},
-};
+});
 
 // MGAction::type.
-inline constexpr TokenText action_types[] = {
-    {"CONSOLE", "Консольная утилита"}, {"SENDFILE", "Отправка файла"}, {"COPYFILE", "Копирование файла"},
-    {"RUNPROG", "Запуск программы"},   {"EXIST", "Наличие файла"},
-};
+inline constexpr auto action_types = std::to_array<TokenText>({
+    {"CONSOLE", "Консольная утилита"},
+    {"SENDFILE", "Отправка файла"},
+    {"COPYFILE", "Копирование файла"},
+    {"RUNPROG", "Запуск программы"},
+    {"EXIST", "Наличие файла"},
+});
 
 // The text shown for a token; empty for an unknown or empty token.
 std::string get_same_file_txt_mode(const std::string& token);

@@ -25,8 +25,11 @@ const WidgetField<MGConfig> file_fields[] = {
 };
 
 const WidgetField<MGConfig> recv_fields[] = {
-    F::combo("recv_ip", &MGConfig::recv_ip, init_recv_ip), F::spin("recv_port", &MGConfig::recv_port, max_port),
-    F::entry("recv_catalog", &MGConfig::recv_catalog),     F::check("tls_recv", &MGConfig::recv_tls),
+    F::combo("recv_ip", &MGConfig::recv_ip, init_recv_ip),
+    F::spin("recv_port", &MGConfig::recv_port, max_port),
+    F::entry("recv_catalog", &MGConfig::recv_catalog),
+    // Without TLS there is no certificate to ask for.
+    F::check("tls_recv", &MGConfig::recv_tls),
     F::check("need_cert", &MGConfig::recv_need_cert),
 };
 
@@ -88,9 +91,13 @@ const WidgetField<MGDev> side_fields[] = {
 };
 
 const WidgetField<MGConfig> fc_fields[] = {
-    F::combo("fc_ip", &MGConfig::fc_ip, init_send_ip), F::combo("fc_domen", &MGConfig::fc_domen, init_send_domen),
-    F::spin("fc_port", &MGConfig::fc_port, max_port),  F::entry("fc_tls_server", &MGConfig::fc_tls_server),
-    F::entry("fc_login", &MGConfig::fc_login),         F::entry("fc_password", &MGConfig::fc_hash),
+    F::combo("fc_ip", &MGConfig::fc_ip, init_send_ip),
+    F::combo("fc_domen", &MGConfig::fc_domen, init_send_domen),
+    F::spin("fc_port", &MGConfig::fc_port, max_port),
+    F::entry("fc_tls_server", &MGConfig::fc_tls_server),
+    // What the client says of itself.
+    F::entry("fc_login", &MGConfig::fc_login),
+    F::entry("fc_password", &MGConfig::fc_hash),
 };
 
 const WidgetField<MGConfig> fs_fields[] = {

@@ -5,6 +5,7 @@
 #include "app/log.h"
 #include "app/mg_err.h"
 
+#include <array>
 #include <type_traits>
 #include <variant>
 
@@ -58,14 +59,14 @@ void add_list(MGInfo& info, const char* indent, const char* label, const std::ve
 
 // --- General settings ---
 
-constexpr ReportRow<MGProfile> profile_rows[] = {
+constexpr auto profile_rows = std::to_array<ReportRow<MGProfile>>({
     {"\nКонфигурационные параметры профиля", &MGProfile::name},
     {"Идентификатор", &MGProfile::id},
     {"По умолчанию", &MGProfile::is_default},
     {"Активный", &MGProfile::active},
-};
+});
 
-constexpr ReportRow<MGConfig> general_rows[] = {
+constexpr auto general_rows = std::to_array<ReportRow<MGConfig>>({
     {"\tТаймаут неактивности (сек.)", &MGConfig::timeout_inactivity},
     {"\tЗадержка для определения изменений файла (сек.)", &MGConfig::sleep_sec},
     {"\tЗадержка для определения изменений файла (миллисек.)", &MGConfig::sleep_millisec},
@@ -104,42 +105,42 @@ constexpr ReportRow<MGConfig> general_rows[] = {
     {"\tРежим сохранения файлов с одинаковыми именами", &MGConfig::mode_same_file, get_same_file_txt_mode},
     {"\tОтправлять квитанции", &MGConfig::use_ticket},
     {"\tВид квитанции", &MGConfig::ticket_type, get_type_ticket_name},
-};
+});
 
 // --- Start modes with actions ---
 
-constexpr ReportRow<MGConfig> timer_rows[] = {
+constexpr auto timer_rows = std::to_array<ReportRow<MGConfig>>({
     {"\t\tВремя старта в часах", &MGConfig::time_hour},
     {"\t\tВремя старта в минутах", &MGConfig::time_minute},
     {"\t\tПериод старта в часах", &MGConfig::period_hour},
     {"\t\tПериод старта в минутах", &MGConfig::period_minute},
-};
-constexpr ReportRow<MGConfig> file_rows[] = {
+});
+constexpr auto file_rows = std::to_array<ReportRow<MGConfig>>({
     {"\t\tКаталог", &MGConfig::file_catalog},
     {"\t\tИмя файла", &MGConfig::mask_file},
-};
-constexpr ReportRow<MGConfig> recv_rows[] = {
+});
+constexpr auto recv_rows = std::to_array<ReportRow<MGConfig>>({
     {"\t\tIP адрес", &MGConfig::recv_ip},
     {"\t\tПорт", &MGConfig::recv_port},
     {"\t\tКаталог сохранения полученного файла", &MGConfig::recv_catalog},
     {"\t\tTLS", &MGConfig::recv_tls},
     {"\t\tТребовать сертификат", &MGConfig::recv_need_cert},
-};
-constexpr ReportRow<MGConfig> modify_rows[] = {
+});
+constexpr auto modify_rows = std::to_array<ReportRow<MGConfig>>({
     {"\t\tКаталог", &MGConfig::modify_catalog},
     {"\t\tИмя файла", &MGConfig::modify_file},
-};
+});
 
-constexpr ReportRow<MGAction> action_rows[] = {
+constexpr auto action_rows = std::to_array<ReportRow<MGAction>>({
     {"\t\t\tНаименование", &MGAction::name},
     {"\t\t\tДействие", &MGAction::type, get_action_txt_type},
-};
-constexpr ReportRow<MGConsole> console_rows[] = {
+});
+constexpr auto console_rows = std::to_array<ReportRow<MGConsole>>({
     {"\t\t\t\tВыполняемая команда", &MGConsole::prog},
     {"\t\t\t\tИспользовать подстановку пароля", &MGConsole::use_hash},
     {"\t\t\t\tНе проверять нулевой код возврата", &MGConsole::no_code},
-};
-constexpr ReportRow<MGSend> send_rows[] = {
+});
+constexpr auto send_rows = std::to_array<ReportRow<MGSend>>({
     {"\t\t\t\tIP адрес", &MGSend::ip},
     {"\t\t\t\tДоменное имя", &MGSend::domen},
     {"\t\t\t\tКаталог", &MGSend::catalog},
@@ -149,8 +150,8 @@ constexpr ReportRow<MGSend> send_rows[] = {
     {"\t\t\t\tВремя задержки между пересылкой блоков файла (сек.)", &MGSend::inactivity},
     {"\t\t\t\tTLS", &MGSend::tls},
     {"\t\t\t\tИмя TLS сервера", &MGSend::tls_server},
-};
-constexpr ReportRow<MGCopy> copy_rows[] = {
+});
+constexpr auto copy_rows = std::to_array<ReportRow<MGCopy>>({
     {"\t\t\t\tИз каталога", &MGCopy::catalog},
     {"\t\t\t\tИмя файла", &MGCopy::file},
     {"\t\t\t\tВ каталог", &MGCopy::catalog_to},
@@ -158,17 +159,17 @@ constexpr ReportRow<MGCopy> copy_rows[] = {
     {"\t\t\t\tСоздавать подкаталог (ГГГГ/ММ/ДД)", &MGCopy::sub_dir},
     {"\t\t\t\tСохранять последние N файлов с одинаковыми именами", &MGCopy::save_last_n_files},
     {"\t\t\t\tМаксимальное количество сохраняемых файлов с одинаковыми именами", &MGCopy::n_saved_files},
-};
-constexpr ReportRow<MGRunprog> runprog_rows[] = {
+});
+constexpr auto runprog_rows = std::to_array<ReportRow<MGRunprog>>({
     {"\t\t\t\tПрограмма", &MGRunprog::prog},
     {"\t\t\t\tПараметры", &MGRunprog::param},
-};
-constexpr ReportRow<MGExist> exist_rows[] = {
+});
+constexpr auto exist_rows = std::to_array<ReportRow<MGExist>>({
     {"\t\t\t\tКаталог", &MGExist::catalog},
     {"\t\t\t\tФайл", &MGExist::file},
     {"\t\t\t\tСодержимое", &MGExist::content},
     {"\t\t\t\tВремя ожидания", &MGExist::timeout},
-};
+});
 
 void add_action(MGInfo& info, const MGAction& action) {
     add_rows(info, action, action_rows);
@@ -203,12 +204,15 @@ void add_modes_with_actions(MGInfo& info, const MGConfig& config) {
 
 // --- TLS client and server ---
 
-constexpr ReportRow<MGConfig> client_rows[] = {
-    {"\t\tIP адрес получения", &MGConfig::client_recv_ip}, {"\t\tПорт получения", &MGConfig::client_recv_port},
-    {"\t\tIP адрес отправки", &MGConfig::client_send_ip},  {"\t\tДоменное имя отправки", &MGConfig::client_send_domen},
-    {"\t\tПорт отправки", &MGConfig::client_send_port},    {"\t\tИмя сервера для TLS", &MGConfig::client_tls_server},
-};
-constexpr ReportRow<MGConfig> server_rows[] = {
+constexpr auto client_rows = std::to_array<ReportRow<MGConfig>>({
+    {"\t\tIP адрес получения", &MGConfig::client_recv_ip},
+    {"\t\tПорт получения", &MGConfig::client_recv_port},
+    {"\t\tIP адрес отправки", &MGConfig::client_send_ip},
+    {"\t\tДоменное имя отправки", &MGConfig::client_send_domen},
+    {"\t\tПорт отправки", &MGConfig::client_send_port},
+    {"\t\tИмя сервера для TLS", &MGConfig::client_tls_server},
+});
+constexpr auto server_rows = std::to_array<ReportRow<MGConfig>>({
     {"\t\tIP адрес получения", &MGConfig::server_recv_ip},
     {"\t\tПорт получения", &MGConfig::server_recv_port},
     {"\t\tТребовать сертификат", &MGConfig::server_need_cert},
@@ -217,13 +221,13 @@ constexpr ReportRow<MGConfig> server_rows[] = {
     {"\t\tIP адрес отправки", &MGConfig::server_send_ip},
     {"\t\tДоменное имя отправки", &MGConfig::server_send_domen},
     {"\t\tПорт отправки", &MGConfig::server_send_port},
-};
+});
 // The server that a user is connected to.
-constexpr ReportRow<MGAdmit> connection_rows[] = {
+constexpr auto connection_rows = std::to_array<ReportRow<MGAdmit>>({
     {"\t\t\t\tIP адрес отправки", &MGAdmit::ip},
     {"\t\t\t\tДоменное имя отправки", &MGAdmit::domen},
     {"\t\t\t\tПорт отправки", &MGAdmit::port},
-};
+});
 
 constexpr const char* subject_label = "Имя владельца сертификата";
 
@@ -247,43 +251,49 @@ struct Protocol {
     bool MGDev::*chosen;
 };
 
-constexpr Protocol protocols[] = {
-    {"icmp", &MGDev::ip_icmp}, {"igmp", &MGDev::ip_igmp}, {"tcp", &MGDev::ip_tcp}, {"udp", &MGDev::ip_udp},
-    {"esp", &MGDev::ip_esp},   {"ah", &MGDev::ip_ah},     {"pmi", &MGDev::ip_pmi}, {"sctp", &MGDev::ip_sctp},
-};
+constexpr auto protocols = std::to_array<Protocol>({
+    {"icmp", &MGDev::ip_icmp},
+    {"igmp", &MGDev::ip_igmp},
+    {"tcp", &MGDev::ip_tcp},
+    {"udp", &MGDev::ip_udp},
+    {"esp", &MGDev::ip_esp},
+    {"ah", &MGDev::ip_ah},
+    {"pmi", &MGDev::ip_pmi},
+    {"sctp", &MGDev::ip_sctp},
+});
 
-constexpr ReportRow<MGDev> device_rows[] = {
+constexpr auto device_rows = std::to_array<ReportRow<MGDev>>({
     {"\t\tИмя внутреннего сетевого интерфейса", &MGDev::internal_device},
     {"\t\tИмя виртуального сетевого интерфейса", &MGDev::device},
     {"\t\tРежим маршрутизатора", &MGDev::is_router},
     {"\t\tЛокальный режим", &MGDev::is_local},
-};
-constexpr ReportRow<MGDev> local_rows[] = {
+});
+constexpr auto local_rows = std::to_array<ReportRow<MGDev>>({
     {"\t\t\tЛокальный адрес", &MGDev::local_adr},
     {"\t\t\tВиртуальный адрес", &MGDev::virtual_adr},
-};
-constexpr ReportRow<MGListAdrs> internal_rows[] = {
+});
+constexpr auto internal_rows = std::to_array<ReportRow<MGListAdrs>>({
     {"\t\t\t\tIP адрес", &MGListAdrs::ip},
     {"\t\t\t\tДоменное имя", &MGListAdrs::domen},
     {"\t\t\t\tПодсеть", &MGListAdrs::net},
-};
-constexpr ReportRow<MGListAdrs> virtual_rows[] = {
+});
+constexpr auto virtual_rows = std::to_array<ReportRow<MGListAdrs>>({
     {"\t\t\t\tIP адрес", &MGListAdrs::ip},
-};
-constexpr ReportRow<MGDev> packet_rows[] = {
+});
+constexpr auto packet_rows = std::to_array<ReportRow<MGDev>>({
     {"\t\tИспользовать все IP пакеты", &MGDev::ip_all},
     {"\t\tИспользовать выборочные IP пакеты", &MGDev::ip_select},
-};
-constexpr ReportRow<MGConfig> gw_client_rows[] = {
+});
+constexpr auto gw_client_rows = std::to_array<ReportRow<MGConfig>>({
     {"\t\tIP адрес отправки", &MGConfig::gw_client_send_ip},
     {"\t\tДоменное имя отправки", &MGConfig::gw_client_send_domen},
     {"\t\tПорт отправки", &MGConfig::gw_client_send_port},
     {"\t\tИмя сервера для TLS", &MGConfig::gw_client_tls_server},
-};
-constexpr ReportRow<MGConfig> gw_server_rows[] = {
+});
+constexpr auto gw_server_rows = std::to_array<ReportRow<MGConfig>>({
     {"\t\tIP адрес получения", &MGConfig::gw_server_recv_ip},
     {"\t\tПорт получения", &MGConfig::gw_server_recv_port},
-};
+});
 
 constexpr const char* internal_label = "Наименование внутреннего адреса";
 constexpr const char* virtual_label = "Наименование виртуального адреса";
@@ -318,15 +328,17 @@ void add_gw_server(MGInfo& info, const MGConfig& config) {
 
 // --- File client and file server ---
 
-constexpr ReportRow<MGConfig> fc_rows[] = {
-    {"\t\tIP адрес", &MGConfig::fc_ip}, {"\t\tДоменное имя", &MGConfig::fc_domen},
-    {"\t\tПорт", &MGConfig::fc_port},   {"\t\tИмя сервера для TLS", &MGConfig::fc_tls_server},
+constexpr auto fc_rows = std::to_array<ReportRow<MGConfig>>({
+    {"\t\tIP адрес", &MGConfig::fc_ip},
+    {"\t\tДоменное имя", &MGConfig::fc_domen},
+    {"\t\tПорт", &MGConfig::fc_port},
+    {"\t\tИмя сервера для TLS", &MGConfig::fc_tls_server},
     {"\t\tЛогин", &MGConfig::fc_login},
-};
-constexpr ReportRow<MGConfig> fs_rows[] = {
+});
+constexpr auto fs_rows = std::to_array<ReportRow<MGConfig>>({
     {"\t\tIP адрес", &MGConfig::fs_ip},
     {"\t\tПорт", &MGConfig::fs_port},
-};
+});
 
 // The queues, numbered behind `indent`, their rows one tab deeper.
 void add_queues(MGInfo& info, const std::string& indent, const std::vector<MGQueue>& list) {
