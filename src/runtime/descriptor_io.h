@@ -4,15 +4,34 @@
 #pragma once
 
 #include "app/mg_err.h"
+#include "runtime/owners.h"
 
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 // The rights of a file that we make, less the umask.
 inline constexpr mode_t file_mode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH;
+
+// Opens what is to be read whole: a regular file, or a link to one. Anything else is refused at once, without waiting
+// for a peer and without touching a device. Completes err with the failing step, its errno and text, and throws it.
+inline FileDescriptor open_regular(MGErr& err, const char* file, const char* mess_2, const char* func_2,
+                                   const char* opt_param = "") {
+    struct stat info;
+    if (stat(file, &info) != 0) fail_errno(err, mess_2, func_2, opt_param);
+    FileDescriptor fd;
+    if (S_ISREG(info.st_mode)) {
+        fd.reset(open(file, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)); // the name may have changed hands since
+        if (fd.get() < 0 || fstat(fd.get(), &info) != 0) fail_errno(err, mess_2, func_2, opt_param);
+    }
+    if (S_ISREG(info.st_mode)) return fd;
+    if (*opt_param) err.opt_param = opt_param;
+    err.err_description = "Это не обычный файл";
+    fail(err, mess_2, func_2);
+}
 
 // The file's size, with the position at its start again; -1 with errno.
 inline off_t size_and_rewind(int fd) {
