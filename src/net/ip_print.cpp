@@ -1,6 +1,8 @@
 // The text form of a packet's parsed fields.
 #include "net/mg_ip.h"
 
+#include "app/mg_err.h"
+
 #include <cstdarg>
 #include <cstdio>
 
@@ -70,21 +72,23 @@ void add_tcp(std::string& text, const MGIp& ip) {
 } // namespace
 
 std::string MGIp::Print2String() const {
-    std::string text;
-    add_ip(text, *this);
-    const bool tcp = m_protocol == 6;
-    if (tcp || m_protocol == 17) {
-        add_separator(text, tcp ? "TCP" : "UDP", 70);
-        add_line(text, "Порт отправителя: %d\n", m_src_port);
-        add_line(text, "Порт получателя: %d\n", m_dst_port);
-        add_line(text, "Контрольная TCP/UDP: %d\n", m_transport_checksum);
-        if (tcp)
-            add_tcp(text, *this);
-        else
-            add_line(text, "Длина заголовка и данных UDP: %d\n", m_udp_len);
-    }
-    add_separator(text, "END", 72);
-    return text;
+    return at_edge("MGIp::Print2String", [&] {
+        std::string text;
+        add_ip(text, *this);
+        const bool tcp = m_protocol == 6;
+        if (tcp || m_protocol == 17) {
+            add_separator(text, tcp ? "TCP" : "UDP", 70);
+            add_line(text, "Порт отправителя: %d\n", m_src_port);
+            add_line(text, "Порт получателя: %d\n", m_dst_port);
+            add_line(text, "Контрольная TCP/UDP: %d\n", m_transport_checksum);
+            if (tcp)
+                add_tcp(text, *this);
+            else
+                add_line(text, "Длина заголовка и данных UDP: %d\n", m_udp_len);
+        }
+        add_separator(text, "END", 72);
+        return text;
+    });
 }
 
 void MGIp::Print() const {

@@ -9,8 +9,6 @@
 #include <string>
 #include <vector>
 
-class MGErr;
-
 // One TCP option.
 struct MGIpOpt {
     uint8_t kind = 0;
@@ -60,8 +58,8 @@ public:
     std::vector<MGIpOpt> m_options; // in packet order
     // UDP:
     uint16_t m_udp_len = 0; // header and data; as stated, so it may be below 8, and in a fragment above what is there
-    // The UDP data, not owned. After Parse it points into m_buf and is good until m_buf changes, which MakeIp does too:
-    // who makes a packet anew from its own data copies the data first.
+    // The UDP data, not owned. After Parse it points into m_buf and is good until m_buf changes; MakeIp keeps a copy of
+    // data that stands there, and points to it.
     const uint8_t* m_udp_data = nullptr;
 
     MGIp() = default;
@@ -86,8 +84,10 @@ public:
     static size_t GetIpLen(const unsigned char* buf, size_t n);
 
     // Fills the parsed fields from the bytes; the bytes stay as they are. With check, both checksums must be right;
-    // with only_ip the transport header isn't looked at, as befits a fragment that has none. Throws: no IPv4 header, a
-    // wrong checksum, a length or an option list that runs past its bytes. The fields read until then stay set.
+    // with only_ip the transport header isn't looked at, as befits a fragment: a later one has none, and the checksum
+    // in the first is that of the whole datagram. The UDP checksum FFFF stands for a sum of 0 too, and 0 is taken only
+    // where the sum is 0. Throws: no IPv4 header, a wrong checksum, a length or an option list that runs past its
+    // bytes. The fields read until then stay set.
     void Parse(bool check, bool only_ip);
     void Parse(bool check) { Parse(check, false); }
     void Parse() { Parse(true, false); }
@@ -101,10 +101,12 @@ public:
     // The fixed packet of the exit, 36 bytes of UDP from and to `ip`. Throws on what isn't an address.
     void MakeUdpForExit(const char* ip);
 
-    // Rewrites addresses and ports of the parsed packet in place, in fields and bytes, with the checksums made anew; 0
-    // leaves a value as it is. A UDP checksum of 0, which says that there is none, stays 0; of a protocol other than
-    // TCP and UDP, and of a fragment that isn't the first, only the addresses change. Throws, with nothing changed, on
-    // lengths that run past the bytes.
+    // Rewrites addresses and ports of the parsed packet in place, in fields and bytes; 0 leaves a value as it is. The
+    // checksums are made anew, so that a damaged packet would pass for sound: only what Parse took with its check, a
+    // fragment with only_ip, may be changed. Of a first fragment the transport checksum is brought up to date, since it
+    // is that of the whole datagram (RFC 1624). A UDP checksum of 0, which says that there is none, stays 0, and one
+    // that comes to 0 is written as FFFF (RFC 768). Of a protocol other than TCP and UDP, and of a fragment that isn't
+    // the first, only the addresses change. Throws, with nothing changed, on lengths that run past the bytes.
     void Change(uint32_t src_ip, uint16_t src_port, uint32_t dst_ip, uint16_t dst_port);
 
     // Writes the 12 bytes of the pseudo header, of the packet's bytes and the lengths in the fields.
@@ -115,7 +117,8 @@ public:
 
     // An address of its four numbers, `a` the highest byte.
     static uint32_t IpCharToInt(uint8_t a, uint8_t b, uint8_t c, uint8_t d);
-    // Between the dotted form and a number, in host order unless network_order. Throw on what isn't an address.
+    // Between the dotted form and a number, in host order unless network_order. Throw on what isn't an address, a null
+    // among it.
     static uint32_t IpStrToUint32(const char* ip, bool network_order);
     static std::string IpUint32ToStr(uint32_t ip, bool network_order);
 
@@ -123,7 +126,7 @@ public:
     std::string Print2String() const;
     void Print() const;
 
-    // `out` becomes a copy of the bytes, or empty if there are none or data is null; or gets them at its end.
+    // `out` becomes a copy of the bytes, or gets them at its end; data may stand in it, and a null has no bytes.
     static void Data2Vector(const void* data, size_t size, std::vector<uint8_t>& out);
     static void Append2Vector(std::vector<uint8_t>& out, const void* data, size_t size);
     static void ClearMem(void* data, size_t size);
@@ -131,9 +134,14 @@ public:
 
 private:
     uint8_t* Transport() const { return m_packet + m_ihl * 4; }
-    void TestLengths(MGErr& err, uint64_t transport_header) const;
-    void ParseTransport(MGErr& err, bool check);
-    void ParseTcp(MGErr& err);
-    void ParseOptions(MGErr& err);
-    uint16_t TransportCheckSum(uint8_t* checksum);
+    struct Operation;
+    void TestLengths(const Operation& operation, uint64_t transport_header) const;
+    void ParseTransport(const Operation& operation, bool check);
+    void TestTransportCheckSum(const Operation& operation) const;
+    void ParseTcp(const Operation& operation);
+    void ParseOptions(const Operation& operation);
+    uint16_t TransportCheckSum(size_t at) const;
+    uint16_t ChangedPartCheckSum() const;
+
+    std::vector<uint8_t> m_udp_copy; // the data that MakeIp kept
 };

@@ -5,11 +5,13 @@
 #include "runtime/descriptor_io.h"
 #include "runtime/owners.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <linux/if_tun.h>
 #include <net/if.h>
+#include <random>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
@@ -29,14 +31,31 @@ ssize_t send_to(int sock, const void* data, size_t size, const sockaddr_in& to) 
     return sent;
 }
 
+void write_header_checksum(MGIp& fragment) {
+    uint8_t* const packet = fragment.m_packet;
+    put16(packet + 10, 0);
+    fragment.m_checksum = MGIp::CheckSum(reinterpret_cast<uint16_t*>(packet), ip_header / 2, nullptr, nullptr);
+    put16(packet + 10, fragment.m_checksum);
+}
+
+// What the fragments of the next packet without an identification take: 1 to 0xFFFF in turn, from anywhere.
+uint16_t next_identification() {
+    static std::atomic<uint32_t> next(std::random_device{}());
+    return static_cast<uint16_t>(next++ % 0xFFFF + 1);
+}
+
 // Builds and sends all fragments of the packet; gives back how many they are.
 size_t send_fragments(MGErr& err, int sock, uint8_t* packet, size_t size, const sockaddr_in& to) {
     const auto last_size = static_cast<uint16_t>((size - ip_header) % fragment_data);
     const size_t count = (size - ip_header) / fragment_data + (last_size != 0 ? 1 : 0);
+    // To the kernel 0 is no identification: it would give each fragment one of its own.
+    const uint16_t id = get16(packet + 4) != 0 ? get16(packet + 4) : next_identification();
     for (size_t index = 0; index < count; ++index) {
         MGIp fragment;
         const bool last = index + 1 == count;
         MGSocket::MakeFragment(packet, fragment, static_cast<uint16_t>(index), last && last_size != 0, last_size, last);
+        put16(fragment.m_packet + 4, id);
+        write_header_checksum(fragment);
         const ssize_t b_write = send_to(sock, fragment.m_packet, fragment.m_size, to);
         if (b_write < 0) fail_errno(err, "Ошибка функции отправки фрагмента IP пакета", "sendto");
         if (static_cast<size_t>(b_write) != fragment.m_size)
@@ -147,8 +166,6 @@ void MGSocket::MakeFragment(unsigned char* data, MGIp& fragment, uint16_t index,
         fragment.m_flags = last ? 0 : 1;
         put16(packet + 6, fragment.m_offset | (last ? 0 : more_fragments));
         put16(packet + 2, fragment.m_len);
-        put16(packet + 10, 0);
-        fragment.m_checksum = MGIp::CheckSum(reinterpret_cast<uint16_t*>(packet), ip_header / 2, nullptr, nullptr);
-        put16(packet + 10, fragment.m_checksum);
+        write_header_checksum(fragment);
     });
 }

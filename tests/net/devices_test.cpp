@@ -258,6 +258,8 @@ TEST_F(TunRaw, PacketsArriveWholeOrAreFragmentedSoThatAnotherStackPutsThemTogeth
         MGIp ip;
         Bytes data;
         make_packet(ip, size, data);
+        if (result != size) ip.m_id = 0; // the fragments get one of their own
+        ip.MakeIp();
         ASSERT_EQ(send(ip.m_buf), result);
         for (size_t rest = result == size ? 1 : result; rest != 0; --rest) {
             const Bytes packet = read_tun();

@@ -1,6 +1,7 @@
 // MGIp against packets that an independent packet builder made, and against a checksum reckoned in another way.
 #include "net/address_syntax.h"
 #include "net/mg_ip.h"
+#include "net/network_order.h"
 #include "support/error_of.h"
 
 #include <gtest/gtest.h>
@@ -138,14 +139,42 @@ TEST(MGIp, ChangesAndBuildsWhatOthersWouldBuild) {
         EXPECT_EQ(ip.m_buf, from_hex(row.changed));
         EXPECT_EQ(MGIp::IpUint32ToStr(ip.m_src_ip, false), "172.16.5.6");
     }
-    MGIp ip;
+    // Fragments stay what they are of one whole: the first has the checksum of all, a later one only data.
+    MGIp first, last, ip;
+    for (const auto& [fragment, hex] : {std::pair(&first, first_fragment), std::pair(&last, last_fragment)}) {
+        init(*fragment, hex);
+        fragment->Parse(true, true);
+        fragment->Change(MGIp::IpCharToInt(172, 16, 5, 6), 4242, 0, 9999);
+        EXPECT_TRUE(fragment->IsIp());
+    }
+    Bytes whole(12);
+    first.Pseudo(whole.data());
+    whole[11] = 58; // the length of the whole
+    MGIp::Append2Vector(whole, first.m_packet + 20, first.m_size - 20);
+    MGIp::Append2Vector(whole, last.m_packet + 20, last.m_size - 20);
+    EXPECT_EQ(other_sum(whole), 0u);
+    EXPECT_EQ(Bytes(last.m_buf.begin() + 20, last.m_buf.end()), from_hex(last_fragment.substr(40)));
+
+    // A checksum of 0 goes out as FFFF, but as it is from MakeUdp.
+    ip.MakeUdpForExit("127.0.0.1");
+    put16(ip.m_packet + 34, static_cast<uint16_t>(0x0708 + ip.m_transport_checksum));
+    ip.Change(0, 21212, 0, 0);
+    EXPECT_EQ(ip.m_transport_checksum, 0xFFFF);
+    EXPECT_EQ(condition_of([&] { ip.Parse(); }), "");
+    ip.MakeUdp();
+    EXPECT_EQ(ip.m_transport_checksum, 0);
+    EXPECT_EQ(condition_of([&] { ip.Parse(); }), "");
+
+    // A packet is made anew of its own data, with IP options and without.
     init(ip, udp_odd);
-    ip.m_buf[7] = 1; // a later fragment: what stands behind its header is data, whatever it looks like
-    ip.Parse(false, true);
-    ip.Change(MGIp::IpCharToInt(172, 16, 5, 6), 4242, 0, 9999);
-    const size_t data = 20;
-    EXPECT_EQ(Bytes(ip.m_buf.begin() + data, ip.m_buf.end()), from_hex(udp_odd.substr(2 * data)));
-    EXPECT_TRUE(ip.IsIp());
+    ip.Parse();
+    for (const auto& [ihl, size] : {std::pair(7, 60000), std::pair(5, 31)}) {
+        ip.m_ihl = static_cast<uint8_t>(ihl);
+        ip.m_len = static_cast<uint16_t>(size);
+        ip.MakeIp();
+        ip.MakeUdp();
+    }
+    EXPECT_EQ(ip.m_buf, from_hex(udp_odd));
     ip.MakeUdpForExit("127.0.0.1");
     EXPECT_EQ(ip.m_buf, from_hex("45000024e14d400040115b797f0000017f00000152dc7a510010248a0102030405060708"));
 }
@@ -220,9 +249,14 @@ TEST(MGIp, RefusesWhatCannotBeginAPacketOrIsNoAddress) {
     for (const auto& [bytes, condition] : {std::pair(Bytes{0x65}, "(ver != 4)"), std::pair(Bytes{0x44}, "(ihl < 5)"),
                                            std::pair(Bytes{0x45, 0, 0, 19}, "(len < 20)")})
         EXPECT_EQ(condition_of([&] { MGIp::GetIpLen(bytes.data(), bytes.size()); }), condition);
-    for (const char* text : {"", "1.2.3", "1.2.3.256", "::1", " 1.2.3.4"})
-        EXPECT_EQ(condition_of([&] { MGIp::IpStrToUint32(text, false); }), "inet_pton") << text;
+    for (const char* text : {static_cast<const char*>(nullptr), "", "1.2.3", "1.2.3.256", "::1", " 1.2.3.4"})
+        EXPECT_EQ(condition_of([&] { MGIp::IpStrToUint32(text, false); }), "inet_pton") << (text ? text : "null");
     MGIp ip;
+    Bytes bytes = {1, 2};
+    MGIp::Append2Vector(bytes, nullptr, 3);
+    MGIp::Append2Vector(bytes, bytes.data(), 2);
+    MGIp::Data2Vector(bytes.data() + 1, 3, bytes);
+    EXPECT_EQ(bytes, (Bytes{2, 1, 2}));
     ip.Init("0123456789abcde", 14);
     EXPECT_EQ(condition_of([&] { ip.SkipEthernet(); }), "(n <= 14)");
     ip.Init("0123456789abcde", 15);
