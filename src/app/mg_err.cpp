@@ -5,6 +5,7 @@
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 namespace {
 
@@ -23,6 +24,19 @@ void dump(const char* field, int64_t value) {
 void dump(const char* field, uint32_t value) {
     if (value != 0) std::printf("err.%s = %u\n", field, value);
 }
+
+MGErr foreign_error(const char* function, const char* mess_2, const char* what) {
+    MGErr err;
+    err.mess_1 = "Непонятная ошибка";
+    err.mess_2 = mess_2;
+    err.func_1 = function;
+    err.err_description = what;
+    return err;
+}
+
+// Made while there is memory.
+const std::exception_ptr no_memory =
+    std::make_exception_ptr(foreign_error("", "Исключение библиотеки STD", "std::bad_alloc"));
 
 } // namespace
 
@@ -119,8 +133,9 @@ void fail_errno(MGErr& err, const char* mess_2, const char* func_2, const char* 
 }
 
 void throw_foreign(const char* function, const char* mess_2, const char* what) {
-    MGErr err = error_of(function, "Непонятная ошибка");
-    err.mess_2 = mess_2;
-    err.err_description = what;
-    throw err;
+    try {
+        throw foreign_error(function, mess_2, what);
+    } catch (const std::bad_alloc&) {
+        std::rethrow_exception(no_memory);
+    }
 }

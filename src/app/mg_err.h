@@ -75,7 +75,8 @@ MGErr error_of(const std::string& func_1, const std::string& mess_1);
 [[noreturn]] void fail(MGErr& err, const char* mess_2, const char* func_2);
 // The same for a failed system call: takes errno and its text too, errno before anything else can change it.
 [[noreturn]] void fail_errno(MGErr& err, const char* mess_2, const char* func_2, const char* opt_param = "");
-// Throws the MGErr into which the edge of `function` turns an exception that is not ours.
+// Throws the MGErr into which the edge of `function` turns an exception that is not ours. Without memory for a new one
+// it throws the one that was made beforehand, which names no function and is the same for all: catch by reference.
 [[noreturn]] void throw_foreign(const char* function, const char* mess_2, const char* what);
 
 // Runs body at the edge of the operation `function` (full name, "MGFile::ReadFile"): MGErr and MGExit pass unchanged,
