@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <fcntl.h>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -31,6 +32,20 @@ inline FileDescriptor open_regular(MGErr& err, const char* file, const char* mes
     if (*opt_param) err.opt_param = opt_param;
     err.err_description = "Это не обычный файл";
     fail(err, mess_2, func_2);
+}
+
+// IsFile, where a wrong "no" would let something be overwritten or left out: whatever keeps us from knowing completes
+// err, with the name, and throws it. A link that leads nowhere, or where we may not go, is no file.
+inline bool is_surely_file(MGErr& err, const std::string& name) {
+    struct stat info;
+    if (stat(name.c_str(), &info) == 0) return !S_ISDIR(info.st_mode);
+    const int code = errno;
+    if (code == ENOENT || code == ENOTDIR) return false;
+    const bool link_fails = code == ELOOP || code == ENAMETOOLONG || code == EACCES;
+    if (link_fails && lstat(name.c_str(), &info) == 0 && S_ISLNK(info.st_mode)) return false;
+    err.str_param = name;
+    errno = code;
+    fail_errno(err, "Ошибка получения сведений о файле", "stat");
 }
 
 // The file's size, with the position at its start again; -1 with errno.
@@ -59,12 +74,12 @@ inline bool read_whole(int fd, uint8_t* data, size_t size) {
     return true;
 }
 
-// Whether all size bytes were written; if not, errno tells why.
+// Whether all size bytes were written; if not, errno tells why. A disk that takes no more and gives no cause is full.
 inline bool write_whole(int fd, const uint8_t* data, size_t size) {
     while (size > 0) {
         const ssize_t put = write(fd, data, size);
         if (put < 0 && errno == EINTR) continue;
-        if (put == 0) errno = 0;
+        if (put == 0) errno = ENOSPC;
         if (put <= 0) return false;
         data += put;
         size -= static_cast<size_t>(put);
@@ -72,8 +87,14 @@ inline bool write_whole(int fd, const uint8_t* data, size_t size) {
     return true;
 }
 
-// Throws err for a piece that read_whole or write_whole did not finish; without a code where no call failed.
+// Throws err for a piece that read_whole did not finish; without a code where no call failed.
 [[noreturn]] inline void fail_short(MGErr& err, const char* mess_2, const char* func_2) {
     if (errno != 0) fail_errno(err, mess_2, func_2);
     fail(err, mess_2, func_2);
 }
+
+// Puts data in the place of the file's content, under the same name. The room is reserved while the old content stands:
+// on a full disk it is still there. Then the bytes are written over the old ones, and only then is the file cut to its
+// length. A file that isn't there is made with file_mode. Null if all went well, else the name of the call that failed,
+// with errno. Throws nothing.
+const char* overwrite_file(const char* file, const uint8_t* data, size_t size) noexcept;

@@ -27,6 +27,8 @@ public:
         fd_ = -1;
         return fd;
     }
+    // Closes what was written to. False, with errno, if the system tells only now that it was not kept.
+    [[nodiscard]] bool finish() { return close(release()) == 0; }
     // Closes what is held and takes fd instead.
     void reset(int fd = -1) {
         if (fd_ >= 0) close(fd_);
