@@ -111,7 +111,7 @@ void MGSocket::GetLocalIps(std::vector<std::string>& ips) {
     });
 }
 
-void MGSocket::GetIps(const std::string& domain, std::vector<std::string>& ips) {
+void MGSocket::GetIps(std::string domain, std::vector<std::string>& ips) {
     at_edge("MGSocket::GetIps", [&] {
         MGErr err = error_of("MGSocket::GetIps", "Ошибка получения IP адресов из доменного имени");
         err.str_param = domain;
@@ -165,7 +165,7 @@ void MGSocket::FindDevs(std::vector<MGDevs>& devs) {
     });
 }
 
-bool MGSocket::IsDev(const std::string& dev, bool& loopback, bool& up, bool& running, std::vector<std::string>& ips) {
+bool MGSocket::IsDev(std::string dev, bool& loopback, bool& up, bool& running, std::vector<std::string>& ips) {
     return at_edge("MGSocket::IsDev", [&] {
         loopback = up = running = false;
         ips.clear();
@@ -264,7 +264,7 @@ void MGSocket::PrintDevs(const std::vector<MGDevs>& devs) {
     }
 }
 
-void get_dev_ips(const std::string& dev, std::vector<std::string>& ips) {
+void get_dev_ips(std::string dev, std::vector<std::string>& ips) {
     at_edge("get_dev_ips", [&] {
         std::vector<MGDevs> devs;
         MGSocket().FindDevs(devs);

@@ -109,14 +109,14 @@ public:
     // too. ips isn't emptied, here and in GetIps and get_dev_ips.
     void GetLocalIps(std::vector<std::string>& ips);
     // Appends the IPv4 addresses of a name, by getaddrinfo. A name that has only others gives none.
-    void GetIps(const std::string& domain, std::vector<std::string>& ips);
+    void GetIps(std::string domain, std::vector<std::string>& ips);
     // All interfaces, in the kernel's order.
     void FindIndexDevs(std::vector<MGIndexDevs>& devs);
     // The interfaces that have an address, each with all its addresses that the kernel lists next to each other. After
     // a failure devs holds what was found up to there.
     void FindDevs(std::vector<MGDevs>& devs);
     // Whether there is such an interface with an address; its state and addresses, or all false and empty.
-    bool IsDev(const std::string& dev, bool& loopback, bool& up, bool& running, std::vector<std::string>& ips);
+    bool IsDev(std::string dev, bool& loopback, bool& up, bool& running, std::vector<std::string>& ips);
     // The hardware address, "%02x:%02x:%02x:%02x:%02x:%02x".
     std::string GetMac(const std::string& dev);
     // ioctl; on failure completes err with mess and func, each unless null, and with errno, and throws it.
@@ -314,4 +314,4 @@ public:
 };
 
 // Appends the addresses of the interface dev, or none if there is no such interface with an address.
-void get_dev_ips(const std::string& dev, std::vector<std::string>& ips);
+void get_dev_ips(std::string dev, std::vector<std::string>& ips);

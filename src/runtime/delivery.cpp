@@ -151,9 +151,9 @@ std::string MGFile::WriteSameFile(const std::string& file, const uint8_t* data, 
     });
 }
 
-void MGFile::CopySameFile(const std::string& from_dir, const std::string& to_dir, const std::string& name,
-                          std::string& result, const std::string& mode_same, bool with_sign, bool test_size,
-                          size_t size, bool date_dirs, bool rotate, int copies) {
+void MGFile::CopySameFile(std::string from_dir, std::string to_dir, std::string name, std::string& result,
+                          std::string mode_same, bool with_sign, bool test_size, size_t size, bool date_dirs,
+                          bool rotate, int copies) {
     at_edge("MGFile::CopySameFile", [&] {
         MGErr err = error_of("CopySameFile", "Ошибка функции копирования файлов");
         err.opt_param = from_dir;

@@ -73,14 +73,14 @@ void MGFile::CloseDir() {
     m_dir_entry = nullptr;
 }
 
-void MGFile::OpenFileBuf(const std::string& file) {
+void MGFile::OpenFileBuf(std::string file) {
     at_edge("MGFile::OpenFileBuf", [&] {
         MGErr err = error_of("OpenFileBuf", "Ошибка открытия файла для чтения данных");
         err.str_param = file;
         CloseFileBuf();
         m_file_handle = open(file.c_str(), O_RDONLY | O_CLOEXEC);
         if (m_file_handle < 0) fail_errno(err, "Ошибка выполнения открытия файла", "open", "O_RDONLY");
-        m_file_name = file;
+        m_file_name = std::move(file);
     });
 }
 
@@ -114,10 +114,10 @@ void MGFile::CloseFileBuf() {
     m_file_name.clear();
 }
 
-void MGFile::ReadFileVectorEx(const std::string& file, size_t piece, std::vector<uint8_t>& data) {
+void MGFile::ReadFileVectorEx(std::string file, size_t piece, std::vector<uint8_t>& data) {
     at_edge("MGFile::ReadFileVectorEx", [&] {
         data.clear();
-        OpenFileBuf(file);
+        OpenFileBuf(std::move(file));
         const Closing<&MGFile::CloseFileBuf> closing(*this);
         std::vector<uint8_t> buffer(piece);
         std::vector<uint8_t> whole;
@@ -127,15 +127,15 @@ void MGFile::ReadFileVectorEx(const std::string& file, size_t piece, std::vector
     });
 }
 
-void MGFile::ReadFileStringEx(const std::string& file, size_t piece, std::string& text) {
+void MGFile::ReadFileStringEx(std::string file, size_t piece, std::string& text) {
     at_edge("MGFile::ReadFileStringEx", [&] {
         std::vector<uint8_t> data;
-        ReadFileVectorEx(file, piece, data);
+        ReadFileVectorEx(std::move(file), piece, data);
         GetUtf8StringFromBinaryExt(data, text);
     });
 }
 
-void MGFile::GetListFilesFromDirExt2(const std::string& dir, const std::string& mask, bool case_sensitive,
+void MGFile::GetListFilesFromDirExt2(std::string dir, std::string mask, bool case_sensitive,
                                      std::vector<MGFileAndSize>& list, bool full) {
     at_edge("MGFile::GetListFilesFromDirExt2", [&] {
         list.clear();
@@ -146,7 +146,7 @@ void MGFile::GetListFilesFromDirExt2(const std::string& dir, const std::string& 
     });
 }
 
-void MGFile::GetListFilesFromDirExt(const std::string& dir, const std::string& mask, bool case_sensitive,
+void MGFile::GetListFilesFromDirExt(std::string dir, std::string mask, bool case_sensitive,
                                     std::vector<std::string>& list, bool full) {
     at_edge("MGFile::GetListFilesFromDirExt", [&] {
         list.clear();
@@ -155,17 +155,17 @@ void MGFile::GetListFilesFromDirExt(const std::string& dir, const std::string& m
     });
 }
 
-void MGFile::GetListFilesFromDir(const std::string& dir, const std::string& mask, bool case_sensitive,
+void MGFile::GetListFilesFromDir(std::string dir, std::string mask, bool case_sensitive,
                                  std::vector<std::string>& list) {
-    GetListFilesFromDirExt(dir, mask, case_sensitive, list, false);
+    GetListFilesFromDirExt(std::move(dir), std::move(mask), case_sensitive, list, false);
 }
 
-void MGFile::GetListFullFilesFromDir(const std::string& dir, const std::string& mask, bool case_sensitive,
+void MGFile::GetListFullFilesFromDir(std::string dir, std::string mask, bool case_sensitive,
                                      std::vector<std::string>& list) {
-    GetListFilesFromDirExt(dir, mask, case_sensitive, list, true);
+    GetListFilesFromDirExt(std::move(dir), std::move(mask), case_sensitive, list, true);
 }
 
-void MGFile::GetListFilesFromDirTimeout(const std::string& dir, const std::string& mask, bool case_sensitive,
+void MGFile::GetListFilesFromDirTimeout(std::string dir, std::string mask, bool case_sensitive,
                                         std::vector<std::string>& list, unsigned seconds, unsigned milliseconds) {
     at_edge("MGFile::GetListFilesFromDirTimeout", [&] {
         list.clear();
@@ -184,8 +184,7 @@ void MGFile::GetListFilesFromDirTimeout(const std::string& dir, const std::strin
     });
 }
 
-void MGFile::GetListFilesFromDir(const std::string& dir, const std::string& stem, const std::string& ext,
-                                 std::vector<std::string>& list) {
+void MGFile::GetListFilesFromDir(std::string dir, std::string stem, std::string ext, std::vector<std::string>& list) {
     at_edge("MGFile::GetListFilesFromDir", [&] {
         list.clear();
         if (IsFile(JoinDirAndFileNameExt(dir, stem.c_str(), ext.c_str()).c_str())) list.push_back(stem + ext);
@@ -194,13 +193,11 @@ void MGFile::GetListFilesFromDir(const std::string& dir, const std::string& stem
     });
 }
 
-void MGFile::GetListFilesFromDir(const std::string& dir, const std::string& stem, const char* ext,
-                                 std::vector<std::string>& list) {
-    GetListFilesFromDir(dir, stem, std::string(ext), list);
+void MGFile::GetListFilesFromDir(std::string dir, std::string stem, const char* ext, std::vector<std::string>& list) {
+    GetListFilesFromDir(std::move(dir), std::move(stem), std::string(ext), list);
 }
 
-uint32_t MGFile::GetMaxNameNExtFromDir(const std::string& dir, const std::string& stem, const std::string& ext,
-                                       std::string& name) {
+uint32_t MGFile::GetMaxNameNExtFromDir(std::string dir, std::string stem, std::string ext, std::string& name) {
     return at_edge("MGFile::GetMaxNameNExtFromDir", [&]() -> uint32_t {
         name.clear();
         const std::vector<MGFileNumExt> copies = numbered_copies(*this, dir, stem, ext);
@@ -228,8 +225,8 @@ std::vector<MGFileNumExt> numbered_copies(MGFile& file, const std::string& dir, 
     return copies;
 }
 
-void MGFile::CopyListFileToListNumFile(const std::vector<std::string>& files, const std::string& stem,
-                                       const std::string& ext, std::vector<MGFileNumExt>& list) {
+void MGFile::CopyListFileToListNumFile(const std::vector<std::string>& files, std::string stem, std::string ext,
+                                       std::vector<MGFileNumExt>& list) {
     at_edge("MGFile::CopyListFileToListNumFile", [&] {
         list.clear();
         for (const std::string& name : files) list.push_back({name, GetNumberFromFileName(name, stem, ext)});

@@ -1,6 +1,7 @@
 // The runtime class: files, paths, text, numbers, dates, processes, reports and the log. A cheap object with empty
 // defaults: whoever needs a file operation makes one for the length of a call; only LogFileGlobal (app/log.h) lives as
 // long as the process. Operations that keep no state are static. MGSocket derives from it; nothing is virtual.
+// An argument taken by value may be an element of a result.
 // Failures are MGErr. Names are byte strings as the system takes them, text is UTF-8; a const char* argument is never
 // null unless its operation says so. The sections bear the names of the source files that hold them.
 #pragma once
@@ -160,7 +161,7 @@ public:
     // The decimal number at the start of text; 0 if there is none or it is out of range. Throws nothing.
     static uint32_t StrToUint32(const std::string& text);
     // Removes mask from the start of text and gives true; false if text doesn't begin with it. No wildcards.
-    static bool DelBeginMaskFromLeftStr(const std::string& mask, std::string& text);
+    static bool DelBeginMaskFromLeftStr(std::string mask, std::string& text);
     static bool DelBeginMaskFromLeftStr(const char* mask, std::string& text);
     // Replaces by "_" what no file name should hold: control characters and "%'*/:<>?\|. Ends at an invalid sequence.
     static void ReplaceFileNameIllegalSimbos(std::string& name);
@@ -234,7 +235,7 @@ public:
     // text in pieces of n bytes (n above 0) with sep between two pieces.
     static std::string InsertSepToString(const std::string& text, const char* sep, size_t n);
     // Replaces the first src by dst; false if there is none.
-    static bool StrReplaceSrcOnDstLeft(std::string& text, const std::string& src, const std::string& dst);
+    static bool StrReplaceSrcOnDstLeft(std::string& text, std::string src, std::string dst);
     // Cuts at the first sep, both sides trimmed. False, with both empty, if there is none.
     static bool SplitSubStringLeft(std::string text, std::string sep, std::string& left, std::string& right);
     // The line that begins at pos, without its line feed and a carriage return before that; pos moves behind it.
@@ -242,7 +243,7 @@ public:
     static bool FindNextLine(const std::string& text, size_t& pos, std::string& line);
     // The lines of text, trimmed; what stands behind the last line feed is dropped. With stop_on_blank the first blank
     // line ends the walk.
-    static void SplitBlockOnSubStrings(const std::string& text, std::vector<std::string>& lines, bool stop_on_blank);
+    static void SplitBlockOnSubStrings(std::string text, std::vector<std::string>& lines, bool stop_on_blank);
     // Cuts off text the block that begins with the last sep. Its first line, trimmed, goes to header, what follows to
     // block. False if there is no sep.
     static bool GetInfoBlockFromEnd(std::string& text, std::string sep, std::string& header, std::string& block);
@@ -375,39 +376,35 @@ public:
     void CloseDir();
     const char* ReadDir();
     // One file at a time, in pieces. OpenFileBuf closes what is open.
-    void OpenFileBuf(const std::string& file);
+    void OpenFileBuf(std::string file);
     // Up to size bytes; 0 at the end.
     size_t ReadFileBufEx(uint8_t* buf, size_t size);
     // Exactly size bytes, or throws with data empty.
     void ReadFileBuf(size_t size, std::vector<uint8_t>& data);
     void CloseFileBuf();
     // The whole file by pieces, without asking for its size; as text it must be UTF-8 that ends in a zero byte.
-    void ReadFileVectorEx(const std::string& file, size_t piece, std::vector<uint8_t>& data);
-    void ReadFileStringEx(const std::string& file, size_t piece, std::string& text);
+    void ReadFileVectorEx(std::string file, size_t piece, std::vector<uint8_t>& data);
+    void ReadFileStringEx(std::string file, size_t piece, std::string& text);
     // The files of dir, no directories, whose bare name matches mask, in the directory's order. With full the names
     // are whole paths.
-    void GetListFilesFromDirExt2(const std::string& dir, const std::string& mask, bool case_sensitive,
+    void GetListFilesFromDirExt2(std::string dir, std::string mask, bool case_sensitive,
                                  std::vector<MGFileAndSize>& list, bool full);
-    void GetListFilesFromDirExt(const std::string& dir, const std::string& mask, bool case_sensitive,
-                                std::vector<std::string>& list, bool full);
-    void GetListFilesFromDir(const std::string& dir, const std::string& mask, bool case_sensitive,
-                             std::vector<std::string>& list);
-    void GetListFullFilesFromDir(const std::string& dir, const std::string& mask, bool case_sensitive,
+    void GetListFilesFromDirExt(std::string dir, std::string mask, bool case_sensitive, std::vector<std::string>& list,
+                                bool full);
+    void GetListFilesFromDir(std::string dir, std::string mask, bool case_sensitive, std::vector<std::string>& list);
+    void GetListFullFilesFromDir(std::string dir, std::string mask, bool case_sensitive,
                                  std::vector<std::string>& list);
     // The names of the files whose size stays the same over the wait.
-    void GetListFilesFromDirTimeout(const std::string& dir, const std::string& mask, bool case_sensitive,
+    void GetListFilesFromDirTimeout(std::string dir, std::string mask, bool case_sensitive,
                                     std::vector<std::string>& list, unsigned seconds, unsigned milliseconds);
     // The family of a name: the plain file, then its numbered copies, highest number first.
-    void GetListFilesFromDir(const std::string& dir, const std::string& stem, const std::string& ext,
-                             std::vector<std::string>& list);
+    void GetListFilesFromDir(std::string dir, std::string stem, std::string ext, std::vector<std::string>& list);
     // The same: without it a literal would pass for the flag of the listing by mask.
-    void GetListFilesFromDir(const std::string& dir, const std::string& stem, const char* ext,
-                             std::vector<std::string>& list);
+    void GetListFilesFromDir(std::string dir, std::string stem, const char* ext, std::vector<std::string>& list);
     // The highest number of the family, 0 if none, and that file's bare name.
-    uint32_t GetMaxNameNExtFromDir(const std::string& dir, const std::string& stem, const std::string& ext,
-                                   std::string& name);
-    static void CopyListFileToListNumFile(const std::vector<std::string>& files, const std::string& stem,
-                                          const std::string& ext, std::vector<MGFileNumExt>& list);
+    uint32_t GetMaxNameNExtFromDir(std::string dir, std::string stem, std::string ext, std::string& name);
+    static void CopyListFileToListNumFile(const std::vector<std::string>& files, std::string stem, std::string ext,
+                                          std::vector<MGFileNumExt>& list);
     static uint32_t GetMaxNumFromListNumFile(const std::vector<MGFileNumExt>& list);
     // Remove from a list of bare names: those that end in ext; those without a file of that name and ext; those that
     // can't be renamed; those of size 0.
@@ -443,9 +440,9 @@ public:
     // Copies name from one directory to another; result is the name it got. With rotate and copies above 0 the target
     // moves to the next number and at most `copies` numbered files stay; otherwise mode_same decides. With with_sign
     // the detached signature goes along.
-    void CopySameFile(const std::string& from_dir, const std::string& to_dir, const std::string& name,
-                      std::string& result, const std::string& mode_same, bool with_sign, bool test_size, size_t size,
-                      bool date_dirs, bool rotate, int copies);
+    void CopySameFile(std::string from_dir, std::string to_dir, std::string name, std::string& result,
+                      std::string mode_same, bool with_sign, bool test_size, size_t size, bool date_dirs, bool rotate,
+                      int copies);
 
     // --- log (src/app): settings, entries and errors. The log never fails its caller. ---
 

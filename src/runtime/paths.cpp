@@ -98,7 +98,7 @@ uint32_t MGFile::StrToUint32(const std::string& text) {
     return fits ? static_cast<uint32_t>(number) : 0;
 }
 
-bool MGFile::DelBeginMaskFromLeftStr(const std::string& mask, std::string& text) {
+bool MGFile::DelBeginMaskFromLeftStr(std::string mask, std::string& text) {
     const bool begins = text.starts_with(mask);
     if (begins) text.erase(0, mask.size());
     return begins;

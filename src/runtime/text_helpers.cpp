@@ -90,7 +90,7 @@ std::string MGFile::InsertSepToString(const std::string& text, const char* sep, 
     });
 }
 
-bool MGFile::StrReplaceSrcOnDstLeft(std::string& text, const std::string& src, const std::string& dst) {
+bool MGFile::StrReplaceSrcOnDstLeft(std::string& text, std::string src, std::string dst) {
     return at_edge("MGFile::StrReplaceSrcOnDstLeft", [&] {
         const size_t pos = text.find(src);
         if (pos == std::string::npos) return false;
@@ -126,7 +126,7 @@ bool MGFile::FindNextLine(const std::string& text, size_t& pos, std::string& lin
     });
 }
 
-void MGFile::SplitBlockOnSubStrings(const std::string& text, std::vector<std::string>& lines, bool stop_on_blank) {
+void MGFile::SplitBlockOnSubStrings(std::string text, std::vector<std::string>& lines, bool stop_on_blank) {
     at_edge("MGFile::SplitBlockOnSubStrings", [&] {
         lines.clear();
         size_t start = 0;
@@ -161,19 +161,20 @@ bool MGFile::FindSubString(const std::string& text, size_t& pos, std::string beg
                            bool escape) {
     return at_edge("MGFile::FindSubString", [&] {
         out.clear();
-        size_t from = pos;
+        // The next end and the next line feed are looked for again only once the search has passed them.
+        size_t closed = find_unescaped(text, end, pos, escape), feed = text.find('\n', pos), from = pos;
         while (true) {
             const size_t opened = find_unescaped(text, begin, from, escape);
             if (opened == std::string::npos) return false;
             const size_t inner = opened + begin.size();
-            const size_t closed = find_unescaped(text, end, inner, escape);
+            if (closed < inner) closed = find_unescaped(text, end, inner, escape);
             if (closed == std::string::npos) return false;
-            out = text.substr(inner, closed - inner);
-            if (out.find('\n') == std::string::npos) {
+            if (feed < inner) feed = text.find('\n', inner);
+            if (feed >= closed) {
+                out = text.substr(inner, closed - inner);
                 pos = closed + end.size();
                 return true;
             }
-            out.clear();
             from = std::max(inner, opened + 1); // on, even with an empty begin
         }
     });

@@ -141,8 +141,8 @@ TEST(Interfaces, AgreeWithTheSystemsOwnTool) {
     sock.FindDevs(devs);
     ASSERT_EQ(devs.size(), 3u) << "none without an address";
     bool loopback = false, up = false, running = false;
-    Texts ips;
-    EXPECT_TRUE(sock.IsDev("lo", loopback, up, running, ips));
+    Texts ips = {"lo"};
+    EXPECT_TRUE(sock.IsDev(ips[0], loopback, up, running, ips));
     EXPECT_TRUE(loopback && up && running);
     EXPECT_TRUE(sock.IsDev("off", loopback, up, running, ips));
     EXPECT_FALSE(loopback || up || running);

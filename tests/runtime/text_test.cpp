@@ -160,6 +160,59 @@ TEST(Paths, TryOutADirectoryAndLeaveNothingThere) {
     EXPECT_EQ(dir.read("file") + " " + dir.read("file.tmp"), "x another");
 }
 
+// Long texts, so that reading one that is gone shows.
+TEST(Arguments, MayBeResultsToo) {
+    const TempDir dir;
+    const std::string stem = "the-stem-of-a-family", plain = stem + ".txt", copy = stem + "~2.txt";
+    dir.write(plain, std::string("a text of its own\0", 18));
+    dir.write(copy, "");
+    MGFile file;
+    Texts list = {dir.path(), stem, ".txt"};
+    file.GetListFilesFromDir(list[0], list[1], list[2], list);
+    EXPECT_EQ(list, (Texts{plain, copy}));
+    list = {dir.path(), "the-stem-of-a-family?2*"};
+    file.GetListFilesFromDir(list[0], list[1], true, list);
+    EXPECT_EQ(list, Texts{copy});
+    std::string text = stem;
+    EXPECT_EQ(file.GetMaxNameNExtFromDir(dir.path(), text, ".txt", text), 2U);
+    EXPECT_EQ(text, copy);
+    file.CopySameFile(dir.path(), dir.path(), text, text, "ADD_NUM", false, false, 0, false, false, 0);
+    EXPECT_EQ(text, stem + "~2~1.txt");
+    file.OpenFileBuf(dir.path(plain));
+    file.OpenFileBuf(file.m_file_name);
+    EXPECT_EQ(file.m_file_name, dir.path(plain));
+    file.CloseFileBuf();
+    text = dir.path(plain);
+    file.ReadFileStringEx(text, 5, text);
+    EXPECT_EQ(text, "a text of its own");
+    EXPECT_TRUE(MGFile::StrReplaceSrcOnDstLeft(text, text, text + text) && MGFile::DelBeginMaskFromLeftStr(text, text));
+    list = {" the first of two lines \nthe second\nthe rest"};
+    MGFile::SplitBlockOnSubStrings(list[0], list, false);
+    EXPECT_EQ(list, (Texts{"the first of two lines", "the second"}));
+    std::vector<MGFileNumExt> numbered = {{stem, 0}};
+    MGFile::CopyListFileToListNumFile({copy}, numbered[0].name, ".txt", numbered);
+    EXPECT_EQ(numbered.at(0).num, 2U);
+}
+
+TEST(TextHelpers, FindTextBetweenMarksOfOneLine) {
+    const struct {
+        std::string text, begin, end, found;
+        bool escape;
+    } rows[] = {
+        {"<a\n<b> <c>", "<", ">", "b c", false},
+        {"\\<a> <b\\>c>", "<", ">", "b\\>c", true},
+        {"[[a]] [[\n]] [[b]]", "[[", "]]", "a b", false},
+        {"a\nb.", "", ".", "b", false},
+        {"<<<\n>", "<", ">", "", false},
+    };
+    for (const auto& row : rows) {
+        std::string all, found;
+        for (size_t pos = 0; MGFile::FindSubString(row.text, pos, row.begin, row.end, found, row.escape);)
+            all += (all.empty() ? "" : " ") + found;
+        EXPECT_EQ(all, row.found) << row.text;
+    }
+}
+
 using Bytes = std::vector<uint8_t>;
 
 TEST(Encodings, AreThoseOfZlibAndOfTheBase64Program) {
