@@ -1,6 +1,7 @@
 // The exchange of messages: a size, an answer, the bytes, an answer.
 #include "app/mg_err.h"
 #include "net/address_syntax.h"
+#include "net/exchange.h"
 #include "net/mg_socket.h"
 
 #include <algorithm>
@@ -8,10 +9,9 @@
 
 namespace {
 
-constexpr size_t read_size = 17408; // bytes asked of one Recv
+constexpr uint64_t no_limit = UINT64_MAX;
 
 constexpr char too_little[] = "Требуемое количество данных не было получено";
-constexpr char too_much[] = "Прочитанное количество данных превышает требуемое занчение";
 
 } // namespace
 
@@ -47,19 +47,25 @@ bool MGSocket::RecvAll(int sock, std::vector<uint8_t>& data, uint64_t only_equal
         MGErr err = error_of("RecvAll", "Ошибка получения данных из сетевого соединения");
         TestEqualAndLess(err, only_equal, less_then);
         uint8_t buffer[read_size];
+        // No more is read than is missing; the first byte above a limit ends it.
+        const uint64_t most = only_equal != 0  ? only_equal
+                              : less_then != 0 ? less_then + (less_then < no_limit)
+                                               : no_limit;
         uint64_t read_all = 0;
         for (;;) {
             bool is_close = false;
             if (!RecvPoll(sock, is_close)) return false;
             // Whoever waits for the beginning of something may find the peer gone, but half of it is a fault.
             if (is_close && (only_equal == 0 || read_all == 0)) return true;
-            const uint64_t last_equal = only_equal == 0 ? read_size : only_equal - read_all;
-            const size_t got = is_close ? 0 : Recv(sock, buffer, std::min<uint64_t>(last_equal, read_size));
+            const uint64_t missing = most - read_all;
+            size_t got = 0;
+            if (!is_close) while_connected([&] { got = Recv(sock, buffer, std::min<uint64_t>(missing, read_size)); });
             if (got == 0) {
                 if (only_equal != 0) fail(err, too_little, "(last_equal > 0)");
                 return true;
             }
             read_all += got;
+            make_room(data, got, missing);
             data.insert(data.end(), buffer, buffer + got);
             if (only_equal != 0 && read_all == only_equal) return true;
             if (less_then != 0 && read_all > less_then) fail(err, too_much, "(read_all > less_then)");
@@ -88,19 +94,23 @@ bool MGSocket::RecvData(int sock, std::vector<uint8_t>& data, uint64_t only_equa
         data.clear();
         try {
             TestEqualAndLess(err, only_equal, less_then);
+            limit_sends(sock, m_output_timeout);
             const uint64_t size = RecvCode(sock);
             TestEqualAndLessForRecv(err, only_equal, less_then, size);
             SendCode(sock, 0);
             ClearBeginTimeForInactive();
             TestLimitInactive();
-            // After a time-out the whole size is asked for again. The sender sends nothing further before our answer,
-            // so that the next time-out ends the reading.
-            for (size_t had = 0; !RecvAll(sock, data, size, 0) && data.size() < size; had = data.size()) {
-                if (data.size() > had) ClearBeginTimeForInactive();
-                TestLimitInactive();
+            bool is_close = false;
+            if (size == 0) {
+                if (RecvPoll(sock, is_close) && !is_close) fail(err, too_much, "(data.size() > size)");
+            } else if (!RecvAll(sock, data, size, 0)) {
+                // The sender sends nothing further before our answer: a time-out ends what came in parts.
+                while (data.size() < size) {
+                    TestLimitInactive();
+                    if (RecvAll(sock, data, 0, size - data.size())) break;
+                }
             }
             if (data.size() < size) fail(err, too_little, "(data.size() < size)");
-            if (data.size() > size) fail(err, too_much, "(data.size() > size)");
             SendCode(sock, 0);
         } catch (...) {
             data.clear();
@@ -115,30 +125,38 @@ bool MGSocket::RecvData(int sock, std::vector<uint8_t>& data) {
 }
 
 void MGSocket::TestEqualAndLess(MGErr& err, uint64_t only_equal, uint64_t less_then) {
-    if (only_equal != 0 && less_then != 0)
-        fail(err, "Нельзя задавать два параметра одновременно", "(only_equal != 0) && (less_then != 0)");
+    at_edge("MGSocket::TestEqualAndLess", [&] {
+        if (only_equal != 0 && less_then != 0)
+            fail(err, "Нельзя задавать два параметра одновременно", "(only_equal != 0) && (less_then != 0)");
+    });
 }
 
 void MGSocket::TestEqualAndLessForRecv(MGErr& err, uint64_t only_equal, uint64_t less_then, uint64_t recv_byte) {
-    if (only_equal != 0) {
-        if (recv_byte != only_equal)
+    at_edge("MGSocket::TestEqualAndLessForRecv", [&] {
+        if (only_equal != 0) {
+            if (recv_byte != only_equal)
+                fail(err,
+                     "Количество полученных байт не совпадает с количеством байт, заданным параметром с точным "
+                     "значением",
+                     "( recv_byte != only_equal )");
+        } else if (less_then != 0 && recv_byte > less_then) {
             fail(err,
-                 "Количество полученных байт не совпадает с количеством байт, заданным параметром с точным значением",
-                 "( recv_byte != only_equal )");
-    } else if (less_then != 0 && recv_byte > less_then) {
-        fail(err,
-             "Количество полученных байт превысило количество байт, заданное ограничением, которое нельзя превышать",
-             "( recv_byte > less_then )");
-    }
+                 "Количество полученных байт превысило количество байт, заданное ограничением, которое нельзя "
+                 "превышать",
+                 "( recv_byte > less_then )");
+        }
+    });
 }
 
 std::string MGSocket::SprintfBuf(const void* buf, size_t size) {
-    return sprintf_buf(buf, size);
+    return at_edge("MGSocket::SprintfBuf", [&] { return sprintf_buf(buf, size); });
 }
 
 void MGSocket::Data2Vector(const void* data, size_t size, std::vector<uint8_t>& out) {
-    const auto* bytes = static_cast<const uint8_t*>(data);
-    out.assign(bytes, bytes + size);
+    at_edge("MGSocket::Data2Vector", [&] {
+        const auto* bytes = static_cast<const uint8_t*>(data);
+        out.assign(bytes, bytes + size);
+    });
 }
 
 void MGSocket::ClearMem(void* data, size_t size) {

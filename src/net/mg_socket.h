@@ -3,7 +3,8 @@
 //
 // A conversation lives by one idea: time-outs are short, the waiting loops around them are long, and between two waits
 // a loop looks at the exit flag and at the limits. An orderly end is thrown as MGExit with an MGSK_EXIT_* code, a
-// failure as MGErr. A signal that interrupts a call breaks nothing: a wait goes on for what is left of its time.
+// failure as MGErr. A signal that interrupts a call breaks nothing: a wait goes on for what is left of its time. A
+// connection that was reset or given up counts as closed, wherever that shows. A descriptor of -1 is refused at once.
 // SIGPIPE is the process's affair: it is to be ignored where a peer may close while we send.
 //
 // A default-constructed object serves for the questions about interfaces. The sections bear the names of the source
@@ -171,7 +172,8 @@ public:
     // --- socket_wait: waits of one time-out, the loops around them, and the limits. ---
 
     // Waits m_input_timeout seconds for something to read. False on a time-out. is_close: the peer has closed, and what
-    // it sent has been read, or the connection is reset; the result is true then. A socket in error throws.
+    // it sent has been read, or the connection is reset; the result is true then. A socket in error throws. What came
+    // starts the clock of inactivity anew.
     bool RecvPoll(int sock, bool& is_close);
     // The same on two sockets; from_1 and from_2 tell where there is something to read.
     bool RecvPoll2(int sock_1, int sock_2, bool& is_close, bool& from_1, bool& from_2);
@@ -184,7 +186,8 @@ public:
     void RecvPollWait2(int sock_1, int sock_2, MGSignal* signal, bool& from_1, bool& from_2, bool is_inactive,
                        bool is_reset);
     // Makes sock blocking and waits m_output_timeout seconds until it can be written to; a time-out throws. False if
-    // the socket has an error, which is in m_connect_error then; otherwise that is 0.
+    // the socket has an error, which is in m_connect_error then; otherwise that is 0. From then on a send through sock
+    // that takes nothing for so long fails with EAGAIN; one through an accepted socket does from the beginning.
     bool SendPoll(int sock);
     // Waits as RecvPoll for a connection to m_sock, which becomes m_recv_sock in place of the former one. False if none
     // came. Throws if nothing listens.
@@ -208,7 +211,7 @@ public:
     // One recv or one send, repeated only after EINTR; Recv gives 0 when the peer has closed.
     static size_t Recv(int sock, void* buf, size_t size);
     static size_t Send(int sock, const void* buf, size_t size);
-    // Send until all is gone. False if send took nothing.
+    // Send until all is gone. False if the connection has ended.
     static bool SendAll(int sock, const std::vector<uint8_t>& data);
     // SendPoll and SendAll; nothing at all for empty data. MGExit 4 for a socket error, 1 for a connection that broke.
     void ConnSend(int sock, const std::vector<uint8_t>& data);
@@ -228,14 +231,16 @@ public:
     // beginning; without one a silent peer is waited for.
     uint64_t RecvCode(int sock);
     // Appends to data exactly only_equal bytes, or, with 0, whatever comes until a time-out or the peer's close, but
-    // not more than less_then, if that is set: more throws and stays in data. False: a wait timed out, and the caller
-    // may call again. A peer that closes after a part of only_equal throws; one that closes before it gives true.
+    // not more than less_then, if that is set: one byte more throws and stays in data. False: a wait timed out, and the
+    // caller may call again. A peer that closes after a part of only_equal throws; one that closes before it gives
+    // true. Neither data nor its capacity grows beyond what is asked for, whatever the peer sends.
     bool RecvAll(int sock, std::vector<uint8_t>& data, uint64_t only_equal, uint64_t less_then);
-    // One message as sender. False, with nothing sent, if the socket has an error.
+    // One message as sender. False, with nothing sent, if the socket has an error; a connection that ends later throws.
     bool SendData(int sock, const std::vector<uint8_t>& data);
     // One message as receiver; gives true. The size must be only_equal, or not above less_then, where that isn't 0;
     // not both may be set. The limit on inactivity ends the wait for the body too, and counts anew whenever a part of
-    // it has come. After a failure data is empty.
+    // it has come. No room is made for more than has come, and no byte beyond the size is taken; behind a size of 0 the
+    // first one is refused. After a failure data is empty.
     bool RecvData(int sock, std::vector<uint8_t>& data, uint64_t only_equal, uint64_t less_then);
     bool RecvData(int sock, std::vector<uint8_t>& data);
     // Throw err: both limits are set; the size recv_byte breaks one.
@@ -272,16 +277,17 @@ public:
     void TlsConnRecv(int sock, MGSignal* signal, MGTrelm& trelm, uint64_t only_equal, std::vector<uint8_t>& out_data,
                      bool is_add);
     void TlsSendCode(MGTrelm& trelm, int sock, uint64_t code);
-    // Throws err if what came isn't a code. With TLS off two codes that arrive together are none.
+    // Throws err if what came isn't a code.
     uint64_t TlsRecvCode(MGErr& err, MGSignal* signal, MGTrelm& trelm, int sock);
     // One message as sender. Sends nothing for empty data. False instead of an MGExit.
     bool TlsSendData(MGTrelm& trelm, MGSignal* signal, int sock, const std::vector<uint8_t>& data);
-    // One message as receiver, with the limits of RecvData; gives true. After a failure data is empty.
+    // One message as receiver, with the limits of RecvData; gives true. A record with more than the size is refused.
+    // After a failure data is empty.
     bool TlsRecvData(MGTrelm& trelm, MGSignal* signal, int sock, std::vector<uint8_t>& data, uint64_t only_equal,
                      uint64_t less_then);
-    // One Recv of at most 17408 bytes, with TLS of one record only, which replace data or, with is_add, go to its end.
-    // MGExit 1 when the peer has closed.
-    void RecvAuth(int sock, MGTrelm& trelm, std::vector<uint8_t>& data, bool is_add);
+    // One Recv of at most 17408 bytes, with TLS of one record only, otherwise of no more than at_most, which replace
+    // data or, with is_add, go to its end. MGExit 1 when the peer has closed.
+    void RecvAuth(int sock, MGTrelm& trelm, std::vector<uint8_t>& data, bool is_add, size_t at_most = 17408);
 
     // --- tun_raw: whole IP packets, read from a TUN device and sent through a raw socket. ---
 

@@ -72,22 +72,28 @@ int MGSocket::SetNonBlock(MGErr& err, int sock, bool non_block) {
 }
 
 int MGSocket::GetFcntl(MGErr& err, int sock) {
-    const int flags = fcntl(sock, F_GETFL);
-    if (flags < 0) fail_errno(err, "Не удалось получить флаги соединения", "fcntl");
-    return flags;
+    return at_edge("MGSocket::GetFcntl", [&] {
+        const int flags = fcntl(sock, F_GETFL);
+        if (flags < 0) fail_errno(err, "Не удалось получить флаги соединения", "fcntl");
+        return flags;
+    });
 }
 
 void MGSocket::SetFcntl(MGErr& err, int sock, int flags) {
-    if (fcntl(sock, F_SETFL, flags) < 0) fail_errno(err, "Не удалось установить флаги соединения", "fcntl");
+    at_edge("MGSocket::SetFcntl", [&] {
+        if (fcntl(sock, F_SETFL, flags) < 0) fail_errno(err, "Не удалось установить флаги соединения", "fcntl");
+    });
 }
 
 void MGSocket::SetAddress(MGErr& err, const std::string& ip, uint16_t port, sockaddr_in& addr) {
-    addr = {};
-    addr.sin_family = AF_INET;
-    addr.sin_port = htons(port);
-    addr.sin_addr.s_addr = htonl(INADDR_ANY);
-    if (!ip.empty() && inet_aton(ip.c_str(), &addr.sin_addr) == 0)
-        fail(err, "Не удалось преобразовать IP адрес из строки в число", "inet_aton");
+    at_edge("MGSocket::SetAddress", [&] {
+        addr = {};
+        addr.sin_family = AF_INET;
+        addr.sin_port = htons(port);
+        addr.sin_addr.s_addr = htonl(INADDR_ANY);
+        if (!ip.empty() && inet_aton(ip.c_str(), &addr.sin_addr) == 0)
+            fail(err, "Не удалось преобразовать IP адрес из строки в число", "inet_aton");
+    });
 }
 
 void MGSocket::IfErrSock(MGErr& err) const {
@@ -95,7 +101,9 @@ void MGSocket::IfErrSock(MGErr& err) const {
 }
 
 void MGSocket::IfErrSockExt(MGErr& err, int sock) {
-    if (sock < 0) fail(err, "Не выполнена инициализация соединения", "(sock < 0)");
+    at_edge("MGSocket::IfErrSockExt", [&] {
+        if (sock < 0) fail(err, "Не выполнена инициализация соединения", "(sock < 0)");
+    });
 }
 
 void MGSocket::BindExt(const std::string& ip, uint16_t port, int sock) {

@@ -1,10 +1,12 @@
 // Waits of one time-out, the loops around them, and the limits that end a conversation.
 #include "app/mg_err.h"
+#include "net/exchange.h"
 #include "net/mg_socket.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <span>
 #include <sys/socket.h>
 
@@ -27,16 +29,36 @@ pollfd to_read(int sock) {
     return {sock, POLLIN | POLLRDHUP, 0};
 }
 
+// SO_ERROR, which is thereby forgotten.
+int error_of_socket(MGErr& err, int sock) {
+    int error = 0;
+    socklen_t size = sizeof error;
+    if (getsockopt(sock, SOL_SOCKET, SO_ERROR, &error, &size) < 0)
+        fail_errno(err, "Ошибка получения результата соединения", "getsockopt");
+    return error;
+}
+
 // Whether the connection is gone. A peer's orderly close raises no POLLHUP, and what it sent before must still be
-// read: it counts once nothing is left.
-bool is_closed(const pollfd& fd) {
+// read: it counts once nothing is left. A reset shows for a moment as an error alone, before the hang-up: err takes the
+// cause of one that is no reset.
+bool is_closed(MGErr& err, const pollfd& fd) {
     if (fd.revents & POLLHUP) return true;
+    if (fd.revents & POLLERR) {
+        err.err_code = error_of_socket(err, fd.fd);
+        if (err.err_code != 0) err.err_description = std::strerror(err.err_code);
+        return is_connection_end(err.err_code);
+    }
     char next;
     return (fd.revents & POLLRDHUP) && recv(fd.fd, &next, sizeof next, MSG_PEEK | MSG_DONTWAIT) == 0;
 }
 
 void exit_if_signal(MGSignal* signal) {
     if (signal && signal->GetSignalExit()) throw MGExit(MGSK_EXIT_SIGNAL);
+}
+
+// Something came: the time of inactivity counts from here.
+void begin_quiet(MGSocket& socket) {
+    if (socket.m_limit_inactive != 0) socket.m_begin_inactive = time(nullptr);
 }
 
 // A limit of 0 is none.
@@ -57,14 +79,13 @@ bool MGSocket::RecvPoll(int sock, bool& is_close) {
     return at_edge("MGSocket::RecvPoll", [&] {
         MGErr err = error_of("RecvPoll", "Ошибка ожидания данных из сетевого соединения");
         is_close = false;
+        IfErrSockExt(err, sock);
         pollfd m_fds[] = {to_read(sock)};
         const int ready = poll_for(m_fds, m_input_timeout);
         if (ready < 0) fail_errno(err, "Ошибка функции ожидания сетевого соединения", "poll");
         if (ready == 0) return false;
-        if (is_closed(m_fds[0])) {
-            is_close = true;
-            return true;
-        }
+        is_close = is_closed(err, m_fds[0]);
+        if (is_close) return true;
         if (m_fds[0].revents & POLLERR)
             fail(err, "Ошибка получения данных из сетевого соединения", "(m_fds[0].revents & POLLERR)");
         if (m_fds[0].revents & POLLNVAL)
@@ -72,6 +93,7 @@ bool MGSocket::RecvPoll(int sock, bool& is_close) {
         if (!(m_fds[0].revents & POLLIN))
             fail(err, "Ошибка несоответствия ожидаемого значения получения данных из сетевого соединения",
                  "!(m_fds[0].revents & POLLIN)");
+        begin_quiet(*this);
         return true;
     });
 }
@@ -80,16 +102,15 @@ bool MGSocket::RecvPoll2(int sock_1, int sock_2, bool& is_close, bool& from_1, b
     return at_edge("MGSocket::RecvPoll2", [&] {
         MGErr err = error_of("RecvPoll2", "Ошибка ожидания данных из двух сетевых соединений");
         is_close = from_1 = from_2 = false;
+        for (const int sock : {sock_1, sock_2}) IfErrSockExt(err, sock);
         pollfd m_fds[] = {to_read(sock_1), to_read(sock_2)};
         const int ready = poll_for(m_fds, m_input_timeout);
         if (ready < 0) fail_errno(err, "Ошибка функции ожидания сетевого соединения", "poll");
         if (ready == 0) return false;
         from_1 = m_fds[0].revents & POLLIN;
         from_2 = m_fds[1].revents & POLLIN;
-        if (is_closed(m_fds[0]) || is_closed(m_fds[1])) {
-            is_close = true;
-            return true;
-        }
+        is_close = is_closed(err, m_fds[0]) || is_closed(err, m_fds[1]);
+        if (is_close) return true;
         const short either = m_fds[0].revents | m_fds[1].revents;
         if (either & POLLERR)
             fail(err, "Ошибка получения данных из сетевого соединения",
@@ -100,6 +121,7 @@ bool MGSocket::RecvPoll2(int sock_1, int sock_2, bool& is_close, bool& from_1, b
         if (!from_1 && !from_2)
             fail(err, "Ошибка несоответствия ожидаемого значения получения данных из сетевого соединения",
                  "!(m_fds[0].revents & POLLIN) && !(m_fds[1].revents & POLLIN)");
+        begin_quiet(*this);
         return true;
     });
 }
@@ -137,13 +159,13 @@ void MGSocket::RecvPollWait2(int sock_1, int sock_2, MGSignal* signal, bool& fro
 bool MGSocket::SendPoll(int sock) {
     return at_edge("MGSocket::SendPoll", [&] {
         MGErr err = error_of("SendPoll", "Ошибка ожидания подключения к серверу для отправки данных на сервер");
+        IfErrSockExt(err, sock);
         SetNonBlock(err, sock, false);
+        limit_sends(sock, m_output_timeout);
         pollfd m_fds[] = {{sock, POLLOUT, 0}};
         if (poll_for(m_fds, m_output_timeout) < 0)
             fail_errno(err, "Ошибка функции ожидания сетевого соединения", "poll");
-        socklen_t size = sizeof m_connect_error;
-        if (getsockopt(sock, SOL_SOCKET, SO_ERROR, &m_connect_error, &size) < 0)
-            fail_errno(err, "Ошибка получения результата соединения", "getsockopt");
+        m_connect_error = error_of_socket(err, sock);
         if (m_connect_error != 0) return false;
         if (!(m_fds[0].revents & POLLOUT))
             fail(err, "Ошибка несоответствия ожидаемого значения получения данных из сетевого соединения",
@@ -162,6 +184,7 @@ bool MGSocket::RecvAccept() {
         do m_recv_sock = accept4(m_sock, nullptr, nullptr, SOCK_CLOEXEC);
         while (m_recv_sock < 0 && errno == EINTR);
         if (m_recv_sock < 0) fail_errno(err, "Ошибка функции приема данных из сетевого соединения", "accept");
+        limit_sends(m_recv_sock, m_output_timeout);
         return true;
     });
 }

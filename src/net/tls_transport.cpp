@@ -1,6 +1,7 @@
 // The exchange of messages over a TLS session: the session turns bytes into bytes, the socket moves them. On the wire
 // stand the session's records and nothing else. A failure ends the session: it is never used again.
 #include "app/mg_err.h"
+#include "net/exchange.h"
 #include "net/mg_socket.h"
 #include "net/mg_trelm.h"
 #include "runtime/mg_info.h"
@@ -11,8 +12,6 @@
 #include <sys/socket.h>
 
 namespace {
-
-constexpr size_t read_size = 17408; // bytes asked of one Recv, whatever the size of a record
 
 // What an operation does, step by step, in the extended debug log of its socket object.
 class Steps {
@@ -115,13 +114,13 @@ void shake_hands(MGSocket& socket, int sock, MGSignal* signal, MGTrelm& trelm, S
 
 } // namespace
 
-void MGSocket::RecvAuth(int sock, MGTrelm& trelm, std::vector<uint8_t>& data, bool is_add) {
+void MGSocket::RecvAuth(int sock, MGTrelm& trelm, std::vector<uint8_t>& data, bool is_add, size_t at_most) {
     at_edge("MGSocket::RecvAuth", [&] {
         uint8_t buffer[read_size];
+        const size_t wanted = m_turn_off_tls ? std::min(at_most, read_size) : readable(sock, trelm.position);
         mem_blk block;
-        block.size =
-            static_cast<uint32_t>(Recv(sock, buffer, m_turn_off_tls ? read_size : readable(sock, trelm.position)));
         block.data = buffer;
+        while_connected([&] { block.size = static_cast<uint32_t>(Recv(sock, buffer, wanted)); });
         trelm.position.left -= std::min<size_t>(trelm.position.left, block.size);
         if (block.size == 0) throw MGExit(MGSK_EXIT_CLOSE_CONNECT);
         if (is_add)
@@ -214,8 +213,10 @@ void MGSocket::TlsConnRecv(int sock, MGSignal* signal, MGTrelm& trelm, uint64_t 
             ClearBeginTimeForInactive();
             TestLimitInactive();
             while (!RecvPollWait(sock, signal, true, false)) TestLimitInactive();
+            const uint64_t missing = only_equal - std::min<uint64_t>(only_equal, out_data.size());
+            make_room(out_data, std::min<uint64_t>(missing, read_size), missing);
             if (m_turn_off_tls) {
-                RecvAuth(sock, trelm, out_data, true);
+                RecvAuth(sock, trelm, out_data, true, missing == 0 ? read_size : missing);
                 return true;
             }
             RecvAuth(sock, trelm, in_data, false);
@@ -301,8 +302,7 @@ bool MGSocket::TlsRecvData(MGTrelm& trelm, MGSignal* signal, int sock, std::vect
             TestEqualAndLessForRecv(err, only_equal, less_then, size);
             TlsSendCode(trelm, sock, 0);
             TlsConnRecv(sock, signal, trelm, size, data, false);
-            // A peer may send more than it said.
-            TestEqualAndLessForRecv(err, size, less_then, data.size());
+            if (data.size() > size) fail(err, too_much, "(data.size() > size)");
             TlsSendCode(trelm, sock, 0);
         } catch (const MGExit& et) {
             data.clear();

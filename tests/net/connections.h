@@ -105,6 +105,7 @@ public:
 
     time_t now = 1'000'000'000;
     int timeouts = 0; // the waits that ended so
+    short hidden = 0; // events that waits don't see yet
     // Runs at the end of each such wait; true promises that it made something ready for the next one.
     std::function<bool()> at_timeout = [] { return false; };
     // Takes the place of sleep.
@@ -125,6 +126,7 @@ inline int kernel_wait(pollfd* fds, nfds_t count, timespec timeout) {
 inline int VirtualClock::wait(pollfd* fds, nfds_t count, const timespec& timeout) {
     const int ready = kernel_wait(fds, count, {promised_ ? 10 : 0, 0});
     promised_ = false;
+    for (nfds_t i = 0; i < count; ++i) fds[i].revents &= static_cast<short>(~hidden);
     if (ready != 0) return ready;
     now += timeout.tv_sec;
     ++timeouts;

@@ -1,9 +1,12 @@
 #include "connections.h"
 
+#include "net/mg_trelm.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <random>
 #include <sys/wait.h>
+#include <thread>
 
 namespace {
 
@@ -65,6 +68,11 @@ TEST(Socket, TellsWhatFailed) {
     const std::pair<const char*, std::function<void()>> rows[] = {
         {"BindExt: inet_aton", [&] { plain.BindExt("256.0.0.1", 0, datagrams.get()); }},
         {"RecvPoll: (m_fds[0].revents & POLLNVAL)", [&] { plain.RecvPoll(closed, is_close); }},
+        {"RecvPoll: (sock < 0)", [&] { plain.RecvPollWait(-1, nullptr, false, false); }},
+        {"RecvPoll2: (sock < 0)", [&] { plain.RecvPoll2(pair.sock, -1, is_close, from_1, from_2); }},
+        {"SendPoll: (sock < 0)", [&] { plain.SendData(-1, {}); }},
+        {"Recv: (sock < 0)", [&] { MGSocket::Recv(-1, &byte, 1); }},
+        {"Send: (sock < 0)", [&] { MGSocket::Send(-1, &byte, 1); }},
         {"RecvPoll2: (m_fds[0].revents & POLLNVAL) || (m_fds[1].revents & POLLNVAL)",
          [&] { plain.RecvPoll2(closed, pair.sock, is_close, from_1, from_2); }},
         {"Recv: recv, ENOTSOCK", [&] { MGSocket::Recv(file.get(), &byte, 1); }},
@@ -116,6 +124,32 @@ TEST(Socket, WaitsThroughTimeoutsUntilSomethingEndsIt) {
                   row.ending);
         EXPECT_EQ(clock.timeouts, 3);
     }
+}
+
+TEST(Socket, CountsInactivityFromWhatCameLast) {
+    for (const bool as_code : {true, false}) {
+        TcpPair pair, quiet;
+        VirtualClock clock;
+        bool from_1, from_2;
+        const auto wait = [&] {
+            pair.server.RecvPollWait2(pair.sock, quiet.sock, nullptr, from_1, from_2, true, false);
+        };
+        pair.server.SetLimitInactive(40);
+        clock.at_timeout = [&] { return clock.timeouts == 2 && (pair.peer_sends(code(7)), true); };
+        as_code ? static_cast<void>(pair.server.RecvCode(pair.sock)) : wait();
+        char got[8];
+        if (!as_code) MGSocket::Recv(pair.sock, got, sizeof got);
+        EXPECT_EQ(outcome(wait), "exit 6");
+        EXPECT_EQ(clock.timeouts, 2 + 3);
+    }
+}
+
+TEST(Socket, AResetIsACloseBeforeItsHangUpShowsToo) {
+    TcpPair pair;
+    VirtualClock clock;
+    clock.hidden = POLLHUP | POLLRDHUP | POLLIN;
+    pair.peer_resets();
+    EXPECT_EQ(outcome([&] { return pair.server.RecvPollWait(pair.sock, nullptr, false, false); }), "exit 1");
 }
 
 // What came before the close is still there to be read.
@@ -286,7 +320,86 @@ TEST(FramedExchange, OnlyTheLimitOnInactivityEndsAWait) {
             Bytes data{1};
             const std::string ending = outcome([&] { pair.server.RecvData(pair.sock, data); });
             EXPECT_EQ(ending == "exit 6", limit != 0) << ending;
-            EXPECT_EQ(clock.timeouts, limit == 0 ? 1000 : sent.size() == 10 ? 6 : 5);
+            EXPECT_EQ(clock.timeouts, limit == 0 ? 1000 : 5);
             EXPECT_TRUE(data.empty());
         }
+}
+
+namespace {
+
+// A peer that follows a script of its own in another thread.
+struct Peer {
+    TcpPair& pair;
+    const int sock = pair.peer.get();
+
+    void says(const std::string& bytes) const { send(sock, bytes.data(), bytes.size(), 0); }
+    void hears(size_t size) const {
+        std::string bytes(size, 0);
+        recv(sock, bytes.data(), size, MSG_WAITALL);
+    }
+    void floods() const {
+        const std::string bytes(1 << 16, 'x');
+        while (send(sock, bytes.data(), bytes.size(), 0) > 0) {
+        }
+    }
+    void accepts() const { hears(8), says(code(0)); }
+    void goes() const { pair.peer_resets(); }
+};
+
+const Bytes large(64 << 20, 'x');
+
+} // namespace
+
+// TLS is off, so that the forms of both exchanges meet the same peers.
+TEST(Peers, DoNoHarmByMisbehaving) {
+    MGTrelm unused;
+    const auto send = [](MGSocket& socket, int sock, Bytes&) { return socket.SendData(sock, large); };
+    const auto tls_send = [&](MGSocket& socket, int sock, Bytes&) {
+        return socket.TlsSendData(unused, nullptr, sock, large);
+    };
+    const auto receive = [](MGSocket& socket, int sock, Bytes& data) { return socket.RecvData(sock, data, 0, 16); };
+    const auto tls_receive = [&](MGSocket& socket, int sock, Bytes& data) {
+        return socket.TlsRecvData(unused, nullptr, sock, data, 0, 16);
+    };
+    const auto receive_all = [](MGSocket& socket, int sock, Bytes& data) { return socket.RecvAll(sock, data, 0, 16); };
+    const auto tls_turn = [&](MGSocket& socket, int sock, Bytes& data) {
+        return socket.TlsSendData(unused, nullptr, sock, {1, 2, 3}) &&
+               socket.TlsRecvData(unused, nullptr, sock, data, 0, 16);
+    };
+    const auto goes = [](const Peer& peer) { peer.accepts(), peer.hears(1), peer.goes(); };
+    const auto stops_reading = [](const Peer& peer) { peer.accepts(); };
+    const auto hurries = [](const Peer& peer) {
+        peer.accepts(), peer.hears(3), peer.says(code(0) + code(2) + "ab"), peer.hears(16);
+    };
+    const auto says_nothing_and_floods = [](const Peer& peer) { peer.says(code(0)), peer.floods(); };
+    const auto says_little_and_floods = [](const Peer& peer) { peer.says(code(16)), peer.floods(); };
+    const struct {
+        std::function<void(const Peer&)> peer;
+        std::function<bool(MGSocket&, int, Bytes&)> ours;
+        const char* ending;
+        unsigned output_timeout = 15;
+    } rows[] = {
+        {goes, send, "SendData: SendAll"},
+        {goes, tls_send, "false"},
+        {stops_reading, send, "Send: send, EAGAIN", 0},
+        {stops_reading, tls_send, "Send: send, EAGAIN", 0},
+        {hurries, tls_turn, "true"},
+        {says_nothing_and_floods, receive, "RecvData: (data.size() > size)"},
+        {says_nothing_and_floods, tls_receive, "TlsRecvData: (data.size() > size)"},
+        {says_little_and_floods, receive, "true"},
+        {says_little_and_floods, tls_receive, "true"},
+        {says_little_and_floods, receive_all, "RecvAll: (read_all > less_then)"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.ending);
+        TcpPair pair;
+        Bytes data;
+        std::thread peer(row.peer, Peer{pair});
+        pair.server.TurnOffTls(true);
+        pair.server.SetOutputTimeout(row.output_timeout);
+        EXPECT_EQ(outcome([&] { return row.ours(pair.server, pair.sock, data); }), row.ending);
+        EXPECT_LE(data.capacity(), 17408u);
+        pair.server.Clear();
+        peer.join();
+    }
 }

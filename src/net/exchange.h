@@ -1,0 +1,49 @@
+// What moving bytes over a connection needs, whether bare or in TLS records.
+#pragma once
+
+#include "app/mg_err.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+inline constexpr size_t read_size = 17408; // bytes asked of one Recv, whatever the size of a message or record
+
+inline constexpr char too_much[] = "Прочитанное количество данных превышает требуемое занчение";
+
+// Whether a call on a connection failed because there is none any more. The same end can show as a hang-up to a wait,
+// as one of these errors to the call behind it, or as no bytes at all: wherever it shows, it counts as a close.
+inline bool is_connection_end(int error) {
+    switch (error) {
+    case ECONNRESET:
+    case EPIPE:
+    case ETIMEDOUT:
+    case EHOSTUNREACH:
+    case ENETUNREACH:
+        return true;
+    }
+    return false;
+}
+
+// Runs step; false if it failed because the connection has ended.
+template <class Step>
+bool while_connected(Step&& step) {
+    try {
+        step();
+        return true;
+    } catch (const MGErr& err) {
+        if (is_connection_end(err.err_code)) return false;
+        throw;
+    }
+}
+
+// Ends a send through sock that takes nothing for so many seconds.
+void limit_sends(int sock, uint32_t seconds);
+
+// Room for `more` bytes of the `missing` ones: grows by doubling, but not beyond what can come.
+inline void make_room(std::vector<uint8_t>& data, size_t more, uint64_t missing) {
+    if (data.capacity() - data.size() < more)
+        data.reserve(data.size() + std::max<uint64_t>(more, std::min<uint64_t>(missing, data.capacity())));
+}
