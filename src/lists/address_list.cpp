@@ -6,12 +6,13 @@
 #include "editor/validation.h"
 #include "editor/widget_fields.h"
 #include "lists/handlers.h"
+#include "lists/list_columns.h"
 #include "lists/list_marks.h"
 #include "net/address_syntax.h"
 
-namespace {
+#include <array>
 
-enum AddressColumn { COLUMN_MARK, COLUMN_IP, COLUMN_DOMEN, COLUMN_NET, COLUMN_NAME };
+namespace {
 
 using Addresses = std::vector<MGListAdrs>;
 using Address = FieldsOf<MGListAdrs>;
@@ -32,6 +33,18 @@ std::span<const WidgetField<MGListAdrs>> address_fields(bool is_virtual) {
     if (is_virtual) return virtual_fields;
     return internal_fields;
 }
+
+// The internal and the virtual addresses share a store.
+constexpr auto internal_columns = std::to_array<ListColumn<MGListAdrs>>({
+    {1, &MGListAdrs::ip},
+    {2, &MGListAdrs::domen},
+    {3, &MGListAdrs::net},
+    {4, &MGListAdrs::name},
+});
+constexpr auto virtual_columns = std::to_array<ListColumn<MGListAdrs>>({
+    {1, &MGListAdrs::ip},
+    {4, &MGListAdrs::name},
+});
 
 Addresses& edited_list() {
     return *static_cast<Addresses*>(AdrsDialog->user_data2);
@@ -109,13 +122,10 @@ void edit_list_adrs_ext(bool server, bool is_virtual) {
 }
 
 void fill_adrs_address(GtkListStore* store, bool reset_mark, const MGListAdrs& address, bool is_virtual) {
-    if (reset_mark) AdrsDialog->ListStoreSetBoolean(store, COLUMN_MARK, false);
-    AdrsDialog->ListStoreSetString(store, COLUMN_IP, address.ip.c_str());
-    if (!is_virtual) {
-        AdrsDialog->ListStoreSetString(store, COLUMN_DOMEN, address.domen.c_str());
-        AdrsDialog->ListStoreSetString(store, COLUMN_NET, address.net.c_str());
-    }
-    AdrsDialog->ListStoreSetString(store, COLUMN_NAME, address.name.c_str());
+    if (is_virtual)
+        fill_row(AdrsDialog, store, reset_mark, address, virtual_columns);
+    else
+        fill_row(AdrsDialog, store, reset_mark, address, internal_columns);
 }
 
 void assign_adrs_address(MGListAdrs& address, bool is_virtual) {
@@ -143,7 +153,7 @@ void edit_virtual_list_server(GtkButton*, gpointer) {
 
 // dialog_adrs
 void adrs_status_toggle(GtkCellRendererToggle*, gchar* path, gpointer store) {
-    status_toggle(AdrsDialog, path, GTK_LIST_STORE(store), COLUMN_MARK);
+    status_toggle(AdrsDialog, path, GTK_LIST_STORE(store), mark_column);
 }
 
 void adrs_add_address(GtkButton*, gpointer store) {
@@ -156,15 +166,15 @@ void adrs_rename_address(GtkButton*, gpointer view) {
 
 void adrs_delete_address(GtkButton*, gpointer store) {
     if (!GTK_IS_LIST_STORE(store)) return;
-    at_handler(AdrsDialog, [&] { delete_marked_rows(AdrsDialog, GTK_LIST_STORE(store), COLUMN_MARK, edited_list()); });
+    at_handler(AdrsDialog, [&] { delete_marked_rows(AdrsDialog, GTK_LIST_STORE(store), mark_column, edited_list()); });
 }
 
 void adrs_select_all(GtkButton*, gpointer store) {
-    select_all(AdrsDialog, GTK_LIST_STORE(store), COLUMN_MARK, 1);
+    select_all(AdrsDialog, GTK_LIST_STORE(store), mark_column, 1);
 }
 
 void adrs_unselect_all(GtkButton*, gpointer store) {
-    select_all(AdrsDialog, GTK_LIST_STORE(store), COLUMN_MARK, 0);
+    select_all(AdrsDialog, GTK_LIST_STORE(store), mark_column, 0);
 }
 
 // dialog_address

@@ -7,48 +7,64 @@
 #include "editor/histories.h"
 #include "lists/admit_modes.h"
 #include "lists/handlers.h"
+#include "lists/list_columns.h"
 #include "lists/list_marks.h"
 #include "lists/record_dialogs.h"
 #include "runtime/mg_file.h"
 
+#include <array>
+
 namespace {
 
-constexpr int COLUMN_MARK = 0;
-constexpr int COLUMN_KEY = 1;
+constexpr auto user_columns = std::to_array<ListColumn<MGAdmit>>({
+    {key_column, &MGAdmit::subject},
+    {2, [](const MGAdmit& user) -> std::string { return user.use_server ? "-->" : ""; }},
+    {3, &MGAdmit::ip},
+    {4, &MGAdmit::domen},
+    {5, [](const MGAdmit& user) { return user.port ? std::to_string(user.port) : ""; }},
+});
+constexpr auto short_user_columns = std::to_array<ListColumn<MGAdmit>>({
+    {key_column, &MGAdmit::subject},
+});
+
+constexpr auto queue_columns = std::to_array<ListColumn<MGQueue>>({
+    {key_column, &MGQueue::id},
+    {2, &MGQueue::in_dir},
+    {3, &MGQueue::out_dir},
+    {4, &MGQueue::out_sign},
+    {5, &MGQueue::save_ticket},
+    {6, &MGQueue::ticket_dir},
+    {7, &MGQueue::out_ticket_sign},
+});
+
+// The password stays hidden.
+constexpr auto client_columns = std::to_array<ListColumn<MGAllow>>({
+    {key_column, &MGAllow::name},
+    {2, &MGAllow::login},
+    {3, [](const MGAllow& client) -> std::string { return yes_or_no(!client.hash.empty()); }},
+    {4, &MGAllow::active},
+});
 
 // The dialog that the user works in.
 MGDialog* top() {
     return stackAdmitDialog.back();
 }
 
-// One name for what each type of element has under its own.
-void fill_row(MGDialog* dialog, GtkListStore* store, bool reset_mark, const MGAdmit& user, unsigned mode) {
-    fill_admit_user(dialog, store, reset_mark, user, mode);
-}
-void fill_row(MGDialog* dialog, GtkListStore* store, bool reset_mark, const MGQueue& queue, unsigned mode) {
-    fill_admit_queue(dialog, store, reset_mark, queue, mode);
-}
-void fill_row(MGDialog* dialog, GtkListStore* store, bool reset_mark, const MGAllow& allow, unsigned mode) {
-    fill_admit_allow(dialog, store, reset_mark, allow, mode);
-}
-void assign(MGDialog* record, MGAdmit& user, unsigned mode) {
-    assign_admit_subject(record, user, mode);
-}
-void assign(MGDialog* record, MGQueue& queue, unsigned mode) {
-    assign_admit_queue(record, queue, mode);
-}
-void assign(MGDialog* record, MGAllow& allow, unsigned mode) {
-    assign_admit_allow(record, allow, mode);
-}
-bool find_num(const std::vector<MGAdmit>& list, const std::string& mask, int& position) {
-    return find_num_in_admit(list, mask, position);
-}
-bool find_num(const std::vector<MGQueue>& list, const std::string& mask, int& position) {
-    return find_num_in_queue(list, mask, position);
-}
-bool find_num(const std::vector<MGAllow>& list, const std::string& mask, int& position) {
-    return find_num_in_allow(list, mask, position);
-}
+// What each type of element has under a name of its own.
+template <class Element>
+struct Operations {
+    void (*fill_row)(MGDialog* dialog, GtkListStore* store, bool reset_mark, const Element& element, unsigned mode);
+    void (*assign)(MGDialog* record, Element& element, unsigned mode);
+    bool (*find_num)(const std::vector<Element>& list, const std::string& mask, int& position);
+};
+template <class Element>
+constexpr Operations<Element> of_type;
+template <>
+constexpr Operations<MGAdmit> of_type<MGAdmit> = {fill_admit_user, assign_admit_subject, find_num_in_admit};
+template <>
+constexpr Operations<MGQueue> of_type<MGQueue> = {fill_admit_queue, assign_admit_queue, find_num_in_queue};
+template <>
+constexpr Operations<MGAllow> of_type<MGAllow> = {fill_admit_allow, assign_admit_allow, find_num_in_allow};
 
 // The vector that a list dialog of this mode edits.
 void* list_of_mode(unsigned mode, MGConfig& config, unsigned index, std::vector<MGAllow>* parent) {
@@ -81,7 +97,7 @@ void run_list(unsigned mode, MGConfig& config, std::vector<Element>& list) {
     GtkListStore* store = get_admit_list_store(top(), mode);
     for (const Element& element : copy) {
         dialog->ListStoreAppend(store);
-        fill_row(top(), store, true, element, mode);
+        of_type<Element>.fill_row(dialog.get(), store, true, element, mode);
     }
     const AdmitMode& kind = admit_mode(mode);
     if (kind.label) dialog->SetLabel("label_admit_name", kind.label);
@@ -110,8 +126,10 @@ void reset_search(MGDialog* dialog) {
 // Goes on to the next row that matches the running search and moves the cursor there.
 bool find_further(MGDialog* dialog) {
     const unsigned mode = dialog->list_kind;
-    dialog->find_active = with_list(admit_mode(mode), dialog->user_data2,
-                                    [&](auto& list) { return find_num(list, dialog->work_text, dialog->find_index); });
+    dialog->find_active =
+        with_list(admit_mode(mode), dialog->user_data2, [&]<class Element>(std::vector<Element>& list) {
+            return of_type<Element>.find_num(list, dialog->work_text, dialog->find_index);
+        });
     if (!dialog->find_active) return false;
     if (!dialog->ListStoreGetRowIndex(get_admit_list_store(dialog, mode), dialog->find_index)) return false;
     dialog->TreeViewSetCursor(get_admit_tree_view(dialog, mode));
@@ -145,14 +163,14 @@ void mark_found(MGDialog* dialog) {
     const int rows = dialog->ListStoreGetNumRows(store);
     for (int row = 0; row < rows; ++row) {
         if (!dialog->ListStoreGetRowIndex(store, row)) continue;
-        if (MGFile::CompareMaskUtf8(dialog->TreeModelGetStringExt(COLUMN_KEY), mask, false))
-            dialog->ListStoreSetBoolean(store, COLUMN_MARK, true);
+        if (MGFile::CompareMaskUtf8(dialog->TreeModelGetStringExt(key_column), mask, false))
+            dialog->ListStoreSetBoolean(store, mark_column, true);
     }
 }
 
 void mark_all(int value) {
     MGDialog* dialog = top();
-    select_all(dialog, get_admit_list_store(dialog, dialog->list_kind), COLUMN_MARK, value);
+    select_all(dialog, get_admit_list_store(dialog, dialog->list_kind), mark_column, value);
 }
 
 // Runs the record dialog on the list dialog's list; `row` is null for a new record.
@@ -171,10 +189,10 @@ void add_record(MGDialog* dialog, std::vector<Element>& list) {
     load_record(record.get(), element, mode);
     if (!run_record(record, dialog, nullptr)) return;
 
-    assign(record.get(), element, mode);
+    of_type<Element>.assign(record.get(), element, mode);
     GtkListStore* store = get_admit_list_store(dialog, mode);
     dialog->ListStoreAppend(store);
-    fill_row(dialog, store, true, element, mode);
+    of_type<Element>.fill_row(dialog, store, true, element, mode);
     list.push_back(std::move(element));
 }
 
@@ -189,13 +207,13 @@ void change_record(MGDialog* dialog, std::vector<Element>& list) {
     load_record(record.get(), element, mode);
     if (!run_record(record, dialog, &row)) return;
 
-    assign(record.get(), element, mode);
-    fill_row(dialog, store, false, element, mode);
+    of_type<Element>.assign(record.get(), element, mode);
+    of_type<Element>.fill_row(dialog, store, false, element, mode);
 }
 
 void delete_marked(MGDialog* dialog) {
     with_list(admit_mode(dialog->list_kind), dialog->user_data2, [&](auto& list) {
-        delete_marked_rows(dialog, get_admit_list_store(dialog, dialog->list_kind), COLUMN_MARK, list);
+        delete_marked_rows(dialog, get_admit_list_store(dialog, dialog->list_kind), mark_column, list);
     });
 }
 
@@ -233,32 +251,18 @@ bool find_num_in_allow(const std::vector<MGAllow>& list, const std::string& mask
 }
 
 void fill_admit_user(MGDialog* dialog, GtkListStore* store, bool reset_mark, const MGAdmit& user, unsigned mode) {
-    if (reset_mark) dialog->ListStoreSetBoolean(store, COLUMN_MARK, false);
-    dialog->ListStoreSetString(store, COLUMN_KEY, user.subject.c_str());
-    if (!admit_mode(mode).has_connection) return;
-    dialog->ListStoreSetString(store, 2, user.use_server ? "-->" : "");
-    dialog->ListStoreSetString(store, 3, user.ip.c_str());
-    dialog->ListStoreSetString(store, 4, user.domen.c_str());
-    dialog->ListStoreSetString(store, 5, user.port ? std::to_string(user.port).c_str() : "");
+    if (admit_mode(mode).has_connection)
+        fill_row(dialog, store, reset_mark, user, user_columns);
+    else
+        fill_row(dialog, store, reset_mark, user, short_user_columns);
 }
 
 void fill_admit_queue(MGDialog* dialog, GtkListStore* store, bool reset_mark, const MGQueue& queue, unsigned) {
-    if (reset_mark) dialog->ListStoreSetBoolean(store, COLUMN_MARK, false);
-    dialog->ListStoreSetString(store, COLUMN_KEY, queue.id.c_str());
-    dialog->ListStoreSetString(store, 2, queue.in_dir.c_str());
-    dialog->ListStoreSetString(store, 3, queue.out_dir.c_str());
-    dialog->ListStoreSetString(store, 4, yes_or_no(queue.out_sign));
-    dialog->ListStoreSetString(store, 5, yes_or_no(queue.save_ticket));
-    dialog->ListStoreSetString(store, 6, queue.ticket_dir.c_str());
-    dialog->ListStoreSetString(store, 7, yes_or_no(queue.out_ticket_sign));
+    fill_row(dialog, store, reset_mark, queue, queue_columns);
 }
 
 void fill_admit_allow(MGDialog* dialog, GtkListStore* store, bool reset_mark, const MGAllow& allow, unsigned) {
-    if (reset_mark) dialog->ListStoreSetBoolean(store, COLUMN_MARK, false);
-    dialog->ListStoreSetString(store, COLUMN_KEY, allow.name.c_str());
-    dialog->ListStoreSetString(store, 2, allow.login.c_str());
-    dialog->ListStoreSetString(store, 3, yes_or_no(!allow.hash.empty()));
-    dialog->ListStoreSetString(store, 4, yes_or_no(allow.active));
+    fill_row(dialog, store, reset_mark, allow, client_columns);
 }
 
 extern "C" {
@@ -308,7 +312,7 @@ void admit_select_find(GtkButton*, gpointer) {
 }
 
 void admit_status_toggle(GtkCellRendererToggle*, gchar* path, gpointer) {
-    status_toggle(top(), path, get_admit_list_store(top(), top()->list_kind), COLUMN_MARK);
+    status_toggle(top(), path, get_admit_list_store(top(), top()->list_kind), mark_column);
 }
 
 void admit_select_all(GtkButton*, gpointer) {
