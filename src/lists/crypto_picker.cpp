@@ -5,10 +5,7 @@
 #include "app/mg_err.h"
 #include "dialog/make_dialog.h"
 #include "lists/handlers.h"
-#include "net/provider.h"
-#include "runtime/mg_file.h"
-
-#include <memory>
+#include "net/provider_owners.h"
 
 namespace {
 
@@ -28,58 +25,46 @@ const struct {
 class Provider {
 public:
     explicit Provider(MGErr& err) {
-        library_.LoadLib(provider_library.c_str());
-        fetch(init_minimal_, "TRELM_InitMinimal");
-        fetch(uninitialize_, "TRELM_Uninitialize");
-        fetch(free_mem_, "TRELM_FreeMem");
-        fetch(query_profile_, "TRELM_QueryRegistryProfileEx");
-        err.num_param = init_minimal_(&context_);
+        const auto library = std::make_shared<ProviderLibrary>();
+        decltype(&TRELM_InitMinimal) init_minimal = nullptr;
+        decltype(&TRELM_Uninitialize) uninitialize = nullptr;
+        library->fetch(init_minimal, "TRELM_InitMinimal");
+        library->fetch(uninitialize, "TRELM_Uninitialize");
+        library->fetch(free_mem_, "TRELM_FreeMem");
+        library->fetch(query_profile_, "TRELM_QueryRegistryProfileEx");
+        void* opened = nullptr;
+        err.num_param = init_minimal(&opened);
+        context_ = own_context(library, uninitialize, opened);
         if (!context_) fail(err, "Ошибка получения криптографического контекста", "TRELM_InitMinimal");
         err.num_param = 0;
     }
-    ~Provider() {
-        if (context_) uninitialize_(context_);
-    }
-    Provider(const Provider&) = delete;
-    Provider& operator=(const Provider&) = delete;
 
     // Fills the record with the profile of this index; false past the last one.
     bool query(MGErr& err, uint32_t index, MGCrypto& crypto) {
-        mem_blk blocks[4];
-        const uint32_t code = query_profile_(context_, &blocks[0], &blocks[1], &blocks[2], &blocks[3], index);
+        ProviderBlock name(free_mem_, context_.get()), psp(free_mem_, context_.get()), lsp(free_mem_, context_.get()),
+            ldap(free_mem_, context_.get());
+        const uint32_t code = query_profile_(context_.get(), &name.block, &psp.block, &lsp.block, &ldap.block, index);
         if (code == trelm_no_more_profiles) return false;
         if (code != 0) {
             err.num_param = code;
             err.err_code = static_cast<int32_t>(index);
             fail(err, "Ошибка получения криптографического профиля", "TRELM_QueryRegistryProfileEx");
         }
-        crypto.name = Ansi1251toUtf8(take(blocks[0]));
-        crypto.psp = take(blocks[1]);
-        crypto.lsp = take(blocks[2]);
-        crypto.ldap = take(blocks[3]);
+        crypto.name = Ansi1251toUtf8(text(name));
+        crypto.psp = text(psp);
+        crypto.lsp = text(lsp);
+        crypto.ldap = text(ldap);
         return true;
     }
 
 private:
-    template <class Function>
-    void fetch(Function& function, const char* name) {
-        function = reinterpret_cast<Function>(library_.GetLibFunc(name));
+    static std::string text(const ProviderBlock& of) {
+        return of.block.data ? static_cast<const char*>(of.block.data) : "";
     }
 
-    // The block's text; the block goes back to the provider.
-    std::string take(mem_blk& block) {
-        if (!block.data) return "";
-        const auto release = [this](void* data) { free_mem_(context_, data); };
-        const std::unique_ptr<void, decltype(release)> owner(block.data, release);
-        return static_cast<const char*>(block.data);
-    }
-
-    MGFile library_; // unloads the library after the context is gone
-    void* context_ = nullptr;
-    decltype(&TRELM_InitMinimal) init_minimal_ = nullptr;
-    decltype(&TRELM_QueryRegistryProfileEx) query_profile_ = nullptr;
+    std::shared_ptr<void> context_; // with the library
     decltype(&TRELM_FreeMem) free_mem_ = nullptr;
-    decltype(&TRELM_Uninitialize) uninitialize_ = nullptr;
+    decltype(&TRELM_QueryRegistryProfileEx) query_profile_ = nullptr;
 };
 
 void choose_crypto_profile() {

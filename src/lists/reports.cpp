@@ -9,10 +9,9 @@
 #include "lists/admit_modes.h"
 #include "lists/handlers.h"
 #include "net/profile_report.h"
+#include "runtime/detached_start.h"
 #include "runtime/mg_info.h"
 
-#include <csignal>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -164,19 +163,12 @@ bool test_exist_start_program(MGDialog* dialog, const std::string& program) {
 }
 
 void start_program(const std::string& program, const std::string& argument) {
-    MGErr err = error_of("start_program", "Ошибка запуска службы");
-    err.str_param = argument;
-    const pid_t child = fork();
-    if (child < 0) fail_errno(err, "Ошибка запуска дочернего процесса", "fork", program.c_str());
-    if (child == 0) {
-        for (const int handled_by_us : {SIGCHLD, SIGPIPE}) std::signal(handled_by_us, SIG_DFL);
-        std::signal(SIGHUP, SIG_IGN);
-        execl(program.c_str(), program.c_str(), argument.c_str(), nullptr);
-        // Without the parent's exit handlers: they would give back what the parent still uses.
-        _exit(0);
-    }
-    std::signal(SIGCHLD, SIG_IGN);
-    waitpid(child, nullptr, WNOHANG); // a child that ended before its end was ignored
+    at_edge("start_program", [&] {
+        MGErr err = error_of("start_program", "Ошибка запуска службы");
+        err.str_param = argument;
+        if (!start_detached({program, argument}, execv))
+            fail_errno(err, "Ошибка запуска дочернего процесса", "fork", program.c_str());
+    });
 }
 
 extern "C" {

@@ -2,10 +2,10 @@
 // one TLS session, and turns its calls into ours: byte vectors in and out, MGErr on failure, error texts in UTF-8. It
 // moves no byte over a network: that is done by MGSocket. The editor doesn't use it.
 //
-// Life: InitLib, InitConnect, Initialize, then work, then Clear, which the destructor does too; to work without a
-// context is the caller's fault. One object serves one thread at a time. An MGErr from a call of the provider holds its
-// code in uint32_param and the code's text in err_description, and where the error arose in opt_param, str_param and
-// ext_param.
+// Life: InitLib, InitConnect, Initialize, then work, then Clear, which the destructor does too. What lacks the library,
+// the context or the session that it needs is refused with an MGErr. One object serves one thread at a time. An MGErr
+// from a call of the provider holds its code in uint32_param and the code's text in err_description, and where the
+// error arose in opt_param, str_param and ext_param.
 #pragma once
 
 #include "app/mg_err.h"
@@ -13,8 +13,11 @@
 #include "runtime/mg_file.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
+
+class ProviderLibrary;
 
 // The functions of the provider that the bridge fetches, in this order; their names there begin with "TRELM_".
 // clang-format off
@@ -52,8 +55,11 @@ public:
     void* context = nullptr;     // the full context; null when not initialised
     void* min_context = nullptr; // tells the place of an error while there is no full context
     void* session = nullptr;     // the TLS session; null when none
-    bool shared = false;         // library and context belong to another object, which must outlive this one
+    bool shared = false;         // library and context were taken over from another object
     TlsRecordPosition position;  // of the session
+    // Several objects may hold the library and the full context: what ends last gives them back.
+    std::shared_ptr<ProviderLibrary> library;
+    std::shared_ptr<void> min_context_owner, context_owner;
 
     MGTrelm() = default;
     // Clear; a failure goes to this object's log.
@@ -61,20 +67,21 @@ public:
 
     // --- trelm_life: library and contexts. ---
 
-    // Makes `other`, cleared first, work on this object's library and context, with a session of its own.
+    // Makes `other`, cleared first, work on this object's library and context, with a session of its own. Either may
+    // end first.
     void CopyTrelm(MGTrelm& other);
     // Loads provider_library, after Clear. On failure the object stays unloaded.
     void InitLib();
     // The texts are not copied: they must live until Initialize is done.
     void InitConnect(uint32_t flags, const std::string& text_1, const std::string& text_2, const std::string& text_3,
                      const std::string& text_4);
-    // Opens both contexts, after UnInitialize.
+    // Opens both contexts, after UnInitialize; an object that shared another's has its own then.
     void Initialize();
     bool IsInitialize() const { return context != nullptr; }
-    // Releases both contexts, and the library; one that is shared is only forgotten.
+    // Ends the session and gives up both contexts. UnInitLib gives up the library too, Clear also forgets that they
+    // were shared. All of it even if the session's end fails, which is then thrown.
     void UnInitialize();
     void UnInitLib();
-    // Ends the session and does both; all of it even if the session's end fails, which is then thrown.
     void Clear();
 
     // --- trelm_tls: the session. The bytes that go out are for the peer. ---
@@ -105,9 +112,14 @@ public:
 
     // --- trelm_helpers: errors, blocks and texts. ---
 
+    // Throw err unless the library is loaded, and there is a full context, and a session.
+    void IfErrLib(MGErr& err) const;
+    void IfErrContext(MGErr& err) const;
+    void IfErrSession(MGErr& err) const;
     // Throws err, completed, unless the code is 0. The place is that of the full context.
     void IfError(uint32_t code, MGErr& err, const char* mess_2, const char* func_2);
-    // Always throws err, with the first code of the result, which it releases.
+    // Always throws err, with the first code of the result, or that of a bad signature where it names none; releases
+    // the result.
     void IfTrelmEVerify(verify_result& result, MGErr& err, const char* mess_2, const char* func_2);
     std::string GetErrorText(uint32_t code);
     // Where the last error of the context arose; leaves err as it is if the provider doesn't tell.

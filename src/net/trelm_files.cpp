@@ -1,7 +1,7 @@
 // Detached signatures of files. The provider is fed piece by piece; it keeps a state between the calls.
 #include "app/mg_err.h"
 #include "net/mg_trelm.h"
-#include "net/trelm_owners.h"
+#include "net/provider_owners.h"
 
 #include <stdexcept>
 #include <utility>
@@ -77,12 +77,13 @@ void MGTrelm::SignFileDetached(const std::string& file, const std::string& signa
     at_edge("MGTrelm::SignFileDetached", [&] {
         MGErr err =
             file_error("SignFileDetached", "Ошибка выполнения отсоединенной подписи файла", file, signature_file);
+        IfErrContext(err);
         Pieces pieces(*this, file, buffer_size);
 
         trelm_cms_parameters parameters;
         parameters.words[0] = sign_parameter;
         State sign([&](void* state) {
-            TrelmBlock unwanted(*this, context);
+            ProviderBlock unwanted(functions.FreeMem, context);
             functions.CmsStrDetSignFinalMem(context, &parameters, state, &unwanted.block);
         });
         const mem_blk nothing;
@@ -92,7 +93,7 @@ void MGTrelm::SignFileDetached(const std::string& file, const std::string& signa
             IfError(sign.after(functions.CmsStrDetSignUpdateMem(context, &parameters, sign.get(), &piece)), err,
                     "Ошибка функции вычисления подписи", "TRELM_CmsStrDetSignUpdateMem");
         pieces.close();
-        TrelmBlock signature(*this, context);
+        ProviderBlock signature(functions.FreeMem, context);
         IfError(functions.CmsStrDetSignFinalMem(context, &parameters, sign.release(), &signature.block), err,
                 "Ошибка функции получения подписи", "TRELM_CmsStrDetSignFinalMem");
         WriteFile(signature_file.c_str(), static_cast<const uint8_t*>(signature.block.data), signature.block.size);
@@ -105,6 +106,7 @@ void MGTrelm::VerifyFileDetached(const std::string& file, const std::string& sig
         MGErr err =
             file_error("VerifyFileDetached", "Ошибка проверки отсоединенной подписи файла", file, signature_file);
         hash.clear();
+        IfErrContext(err);
         std::vector<uint8_t> signature;
         ReadFileVector(signature_file, signature);
         Pieces pieces(*this, file, buffer_size);
@@ -121,7 +123,7 @@ void MGTrelm::VerifyFileDetached(const std::string& file, const std::string& sig
                 err, "Ошибка функции инициализации проверки отсоединенной подпси", "TRELM_CmsStrDetVerifyInitMem");
 
         State hashing([&](void* state) {
-            TrelmBlock unwanted(*this, context);
+            ProviderBlock unwanted(functions.FreeMem, context);
             functions.StrHashFinalMem(context, state, &unwanted.block);
         });
         IfError(hashing.after(functions.StrHashInitMem(context, gost_hash_256, hashing.begin())), err,
@@ -137,16 +139,11 @@ void MGTrelm::VerifyFileDetached(const std::string& file, const std::string& sig
         verify_result result;
         const uint32_t code =
             functions.CmsStrDetVerifyFinalMem(context, &parameters, check.release(), nullptr, &result);
-        if (code == trelm_bad_signature) {
-            // Stand for the case that the result names no cause.
-            err.uint32_param = code;
-            err.err_description = GetErrorText(code);
-            IfTrelmEVerify(result, err, "Ошибка проверки подписи", verify_final);
-        }
+        if (code == trelm_bad_signature) IfTrelmEVerify(result, err, "Ошибка проверки подписи", verify_final);
         IfError(code, err, "Ошибка функции получения результата проверки подписи", verify_final);
         functions.FreeVerifyResult(context, &result);
 
-        TrelmBlock hash_block(*this, context);
+        ProviderBlock hash_block(functions.FreeMem, context);
         IfError(functions.StrHashFinalMem(context, hashing.release(), &hash_block.block), err,
                 "Ошибка функции вычисления хэширования", "TRELM_StrHashFinalMem");
         copy_mem_blk_to_data(hash_block.block, hash);

@@ -1,6 +1,6 @@
 // What the bridge's operations share: errors of the provider, its blocks and its texts.
 #include "net/mg_trelm.h"
-#include "net/trelm_owners.h"
+#include "net/provider_owners.h"
 
 #include <limits>
 #include <memory>
@@ -11,26 +11,48 @@ void MGTrelm::IfError(uint32_t code, MGErr& err, const char* mess_2, const char*
         if (code == 0) return;
         FillErrorLineEx(context, err);
         err.uint32_param = code;
-        err.err_description = GetErrorText(code);
+        if (functions.GetErrorText) err.err_description = GetErrorText(code);
         fail(err, mess_2, func_2);
+    });
+}
+
+void MGTrelm::IfErrLib(MGErr& err) const {
+    at_edge("MGTrelm::IfErrLib", [&] {
+        if (!library) fail(err, "Не загружена библиотека криптопровайдера", "(!library)");
+    });
+}
+
+void MGTrelm::IfErrContext(MGErr& err) const {
+    at_edge("MGTrelm::IfErrContext", [&] {
+        IfErrLib(err);
+        if (!context) fail(err, "Не выполнена инициализация криптографического контекста", "(!context)");
+    });
+}
+
+void MGTrelm::IfErrSession(MGErr& err) const {
+    at_edge("MGTrelm::IfErrSession", [&] {
+        IfErrContext(err);
+        if (!session) fail(err, "Не создан TLS контекст", "(!session)");
     });
 }
 
 void MGTrelm::IfTrelmEVerify(verify_result& result, MGErr& err, const char* mess_2, const char* func_2) {
     at_edge("MGTrelm::IfTrelmEVerify", [&] {
-        const auto release = [this](verify_result* r) { functions.FreeVerifyResult(context, r); };
+        const auto release = [this](verify_result* r) {
+            if (functions.FreeVerifyResult) functions.FreeVerifyResult(context, r);
+        };
         const std::unique_ptr<verify_result, decltype(release)> owner(&result, release);
         err.uint32_2_param = result.count;
-        if (result.count != 0) {
-            err.uint32_param = result.codes[0];
-            err.err_description = GetErrorText(result.codes[0]);
-        }
+        err.uint32_param = result.count != 0 ? result.codes[0] : trelm_bad_signature;
+        err.err_description = GetErrorText(err.uint32_param);
         fail(err, mess_2, func_2);
     });
 }
 
 std::string MGTrelm::GetErrorText(uint32_t code) {
     return at_edge("MGTrelm::GetErrorText", [&] {
+        MGErr err = error_of("MGTrelm::GetErrorText", "Ошибка получения текста ошибки криптопровайдера");
+        IfErrLib(err);
         constexpr uint32_t size = 4096;
         std::string text(size, '\0');
         functions.GetErrorText(code, text.data(), size);
@@ -40,7 +62,9 @@ std::string MGTrelm::GetErrorText(uint32_t code) {
 
 void MGTrelm::FillErrorLineEx(void* of_context, MGErr& err) {
     at_edge("MGTrelm::FillErrorLineEx", [&] {
-        TrelmBlock what(*this, of_context), file(*this, of_context), more(*this, of_context);
+        if (!functions.GetErrorLineEx || !of_context) return;
+        ProviderBlock what(functions.FreeMem, of_context), file(functions.FreeMem, of_context),
+            more(functions.FreeMem, of_context);
         uint32_t line = 0;
         if (functions.GetErrorLineEx(of_context, &what.block, &file.block, &line, &more.block) != 0) return;
         err.opt_param = MemBlkToString(what.block);
@@ -57,7 +81,7 @@ std::string MGTrelm::MemBlkToString(const mem_blk& block) {
 }
 
 void MGTrelm::MemBlkFree(void* of_context, mem_blk& block) {
-    if (block.data) functions.FreeMem(of_context, block.data);
+    if (block.data && functions.FreeMem) functions.FreeMem(of_context, block.data);
     block = {};
 }
 

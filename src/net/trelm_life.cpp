@@ -1,6 +1,26 @@
 // The provider's library and its contexts.
 #include "app/mg_err.h"
 #include "net/mg_trelm.h"
+#include "net/provider_owners.h"
+
+#include <utility>
+
+namespace {
+
+// Done at the end of a block, even if that throws.
+template <class Last>
+class Finally {
+public:
+    explicit Finally(Last last) : last_(std::move(last)) {}
+    ~Finally() { last_(); }
+    Finally(const Finally&) = delete;
+    Finally& operator=(const Finally&) = delete;
+
+private:
+    Last last_;
+};
+
+} // namespace
 
 MGTrelm::~MGTrelm() {
     try {
@@ -14,7 +34,9 @@ void MGTrelm::CopyTrelm(MGTrelm& other) {
     at_edge("MGTrelm::CopyTrelm", [&] {
         if (&other == this) return;
         other.Clear();
+        other.library = library;
         other.functions = functions;
+        other.context_owner = context_owner;
         other.context = context;
         other.shared = true;
     });
@@ -23,15 +45,13 @@ void MGTrelm::CopyTrelm(MGTrelm& other) {
 void MGTrelm::InitLib() {
     at_edge("MGTrelm::InitLib", [&] {
         Clear();
-        try {
-            LoadLib(provider_library.c_str());
-#define TRELM_FETCH(name) functions.name = reinterpret_cast<decltype(functions.name)>(GetLibFunc("TRELM_" #name));
-            TRELM_FUNCTIONS(TRELM_FETCH)
+        const auto loaded = std::make_shared<ProviderLibrary>();
+        trelm_functions fetched;
+#define TRELM_FETCH(name) loaded->fetch(fetched.name, "TRELM_" #name);
+        TRELM_FUNCTIONS(TRELM_FETCH)
 #undef TRELM_FETCH
-        } catch (...) {
-            UnInitLib();
-            throw;
-        }
+        library = loaded;
+        functions = fetched;
     });
 }
 
@@ -49,44 +69,51 @@ void MGTrelm::Initialize() {
             err.uint32_param = code;
             err.err_description = GetErrorText(code);
         };
+        IfErrLib(err);
         UnInitialize();
-        if (const uint32_t code = functions.InitMinimal(&min_context); code != 0) {
+        shared = false;
+        void* opened = nullptr;
+        if (const uint32_t code = functions.InitMinimal(&opened); code != 0) {
             take_code(code);
             fail(err, "Ошибка получения минимального криптографического контекста", "TRELM_InitMinimal");
         }
-        if (const uint32_t code = functions.InitializeEx(1, &connect, &context); code != 0) {
+        min_context_owner = own_context(library, functions.Uninitialize, opened);
+        min_context = std::exchange(opened, nullptr);
+        if (const uint32_t code = functions.InitializeEx(1, &connect, &opened); code != 0) {
             FillErrorLineEx(min_context, err);
             take_code(code);
             fail(err, "Ошибка получения криптографического контекста", "TRELM_InitializeEx");
         }
+        context_owner = own_context(library, functions.Uninitialize, opened);
+        context = opened;
     });
 }
 
 void MGTrelm::UnInitialize() {
-    if (context && !shared) functions.Uninitialize(context);
-    context = nullptr;
-    if (min_context) functions.Uninitialize(min_context);
-    min_context = nullptr;
+    at_edge("MGTrelm::UnInitialize", [&] {
+        const Finally release([this] {
+            context_owner.reset();
+            context = nullptr;
+            min_context_owner.reset();
+            min_context = nullptr;
+        });
+        TlsDestroy();
+    });
 }
 
 void MGTrelm::UnInitLib() {
-    if (!shared) UnloadLib();
-    functions = {};
+    at_edge("MGTrelm::UnInitLib", [&] {
+        const Finally release([this] {
+            functions = {};
+            library.reset();
+        });
+        UnInitialize();
+    });
 }
 
 void MGTrelm::Clear() {
     at_edge("MGTrelm::Clear", [&] {
-        const auto release = [this] {
-            UnInitialize();
-            UnInitLib();
-            shared = false;
-        };
-        try {
-            TlsDestroy();
-        } catch (...) {
-            release();
-            throw;
-        }
-        release();
+        const Finally release([this] { shared = false; });
+        UnInitLib();
     });
 }

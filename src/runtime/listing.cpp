@@ -6,6 +6,9 @@
 #include "runtime/numbered_names.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <ctime>
 #include <fcntl.h>
 #include <functional>
 #include <unistd.h>
@@ -292,9 +295,17 @@ void MGFile::SleepTimeout(unsigned seconds, unsigned milliseconds) {
         MGErr err = error_of("MGFile::SleepTimeout", "Ошибка выполнения задержки на заданное время");
         err.num_param = seconds;
         err.uint32_param = std::min(milliseconds, 1000U);
-        while (seconds > 0) seconds = sleep(seconds); // a signal doesn't cut the wait short
-        if (milliseconds > 0 && usleep(err.uint32_param * 1000) != 0)
-            fail_errno(err, "Ошибка функции ожидания в миллисекундах", "usleep(N*1000)");
+        // A signal doesn't cut the wait short: what is left of it is waited for too.
+        timespec left{static_cast<time_t>(seconds), 0};
+        while (left.tv_sec + left.tv_nsec > 0 && nanosleep(&left, &left) != 0 && errno == EINTR) {
+        }
+        using std::chrono::steady_clock, std::chrono::microseconds;
+        microseconds rest = std::chrono::milliseconds(err.uint32_param);
+        const auto end = steady_clock::now() + rest;
+        while (rest.count() > 0 && usleep(static_cast<useconds_t>(rest.count())) != 0) {
+            if (errno != EINTR) fail_errno(err, "Ошибка функции ожидания в миллисекундах", "usleep(N*1000)");
+            rest = std::chrono::duration_cast<microseconds>(end - steady_clock::now());
+        }
     });
 }
 

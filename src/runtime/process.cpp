@@ -1,5 +1,6 @@
 // Process control: the guard against a second run, pid file, signal files, external programs, the shared library.
 #include "app/mg_err.h"
+#include "runtime/detached_start.h"
 #include "runtime/mg_file.h"
 #include "runtime/owners.h"
 
@@ -10,10 +11,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
+#include <mutex>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -41,6 +44,33 @@ void take_guard(const char* function, const std::string& name, bool release) {
     if (!release) guard.release(); // stays open, and nobody knows it any more: it only occupies the name
 }
 
+// While one of these lives, SIGCHLD has its default, so that its holder can wait for a child. Starts without waiting
+// want the signal ignored: the last one to go does that, since it would take the child of another thread away from it.
+class WaitForChild {
+public:
+    WaitForChild() {
+        const std::lock_guard lock(mutex);
+        ++holders;
+        signal(SIGCHLD, SIG_DFL);
+    }
+    ~WaitForChild() {
+        const std::lock_guard lock(mutex);
+        if (--holders == 0 && std::exchange(to_ignore, false)) signal(SIGCHLD, SIG_IGN);
+    }
+    WaitForChild(const WaitForChild&) = delete;
+    WaitForChild& operator=(const WaitForChild&) = delete;
+
+    static void leave_ignored() {
+        const std::lock_guard lock(mutex);
+        to_ignore = true;
+    }
+
+private:
+    static inline std::mutex mutex;
+    static inline int holders = 0;
+    static inline bool to_ignore = false;
+};
+
 // errno is cleared before the call: a failure need not set it.
 [[noreturn]] void fail_dl(MGErr& err, const char* mess_2, const char* func_2) {
     err.err_code = errno;
@@ -50,6 +80,31 @@ void take_guard(const char* function, const std::string& name, bool release) {
 }
 
 } // namespace
+
+bool start_detached(std::vector<std::string> arguments, int (*execute)(const char* program, char* const arguments[])) {
+    std::vector<char*> pointers; // made before the fork: the child of a process with threads must not allocate
+    for (std::string& argument : arguments) pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+
+    const WaitForChild waiting;
+    WaitForChild::leave_ignored();
+    const pid_t child = fork();
+    if (child < 0) return false;
+    if (child == 0) { // lives only to leave the program behind as nobody's child
+        const pid_t detached = _Fork();
+        if (detached != 0) _exit(detached < 0 ? errno : 0);
+        signal(SIGCHLD, SIG_DFL); // the program may want to wait for children of its own
+        signal(SIGPIPE, SIG_DFL); // and to end with a pipe that nobody reads; we ignore it for our sockets' sake
+        signal(SIGHUP, SIG_IGN);
+        execute(pointers.front(), pointers.data());
+        _exit(0); // without our exit handlers: they would give back what we still use
+    }
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    errno = WEXITSTATUS(status);
+    return errno == 0;
+}
 
 void protection_reloading(const std::string& name, bool release) {
     at_edge("protection_reloading", [&] { take_guard("protection_reloading", name, release); });
@@ -86,7 +141,9 @@ bool MGFile::IsRunProgram(const std::string& name) {
 }
 
 void MGFile::SetPidFile(const char* file) {
-    if (file) m_pid_file = file;
+    at_edge("MGFile::SetPidFile", [&] {
+        if (file) m_pid_file = file;
+    });
 }
 
 void MGFile::WritePid() {
@@ -105,16 +162,18 @@ void MGFile::DeletePid() {
 }
 
 void MGFile::SetSignalFile(const char* input, const char* output) {
-    if (input) m_input_signal_file = input;
-    if (output) m_output_signal_file = output;
+    at_edge("MGFile::SetSignalFile", [&] {
+        if (input) m_input_signal_file = input;
+        if (output) m_output_signal_file = output;
+    });
 }
 
 std::string MGFile::GetInputSignalFile() const {
-    return m_input_signal_file;
+    return at_edge("MGFile::GetInputSignalFile", [&] { return m_input_signal_file; });
 }
 
 std::string MGFile::GetOutputSignalFile() const {
-    return m_output_signal_file;
+    return at_edge("MGFile::GetOutputSignalFile", [&] { return m_output_signal_file; });
 }
 
 bool MGFile::WriteSignal(const std::string& text) {
@@ -156,7 +215,7 @@ int MGFile::RunExtenProgAndWaitExitCode(const std::string& command, bool hide) {
         if (!hide) err.opt_param = command;
         if (StringIsEmpty(command)) fail(err, "Не задано имя программы", "StringIsEmpty");
 
-        signal(SIGCHLD, SIG_DFL); // system must be able to collect its child
+        const WaitForChild waiting;
         const int status = system(command.c_str());
         if (status == -1) fail_errno(err, "Ошибка функции выполнения системных команд", "system");
         if (!WIFEXITED(status)) fail(err, "Ошибка получения кода возврата командой процедуры", "!WIFEXITED(ret)");
@@ -181,20 +240,7 @@ void MGFile::RunExtenProgNoWait(const std::string& program, const std::string& p
         std::erase(words, "");
         words.insert(words.begin(), program);
         TrancatedAll(words.front());
-        std::vector<char*> arguments; // made before the fork: the child of a process with threads must not allocate
-        for (std::string& word : words) arguments.push_back(word.data());
-        arguments.push_back(nullptr);
-
-        signal(SIGCHLD, SIG_IGN); // before the fork: a child that ends at once would stay a zombie
-        const pid_t child = fork();
-        if (child == 0) {
-            signal(SIGCHLD, SIG_DFL); // the program may want to wait for children of its own
-            signal(SIGPIPE, SIG_DFL); // and to end with a pipe that nobody reads; we ignore it for our sockets' sake
-            signal(SIGHUP, SIG_IGN);
-            execvp(arguments.front(), arguments.data());
-            _exit(0);
-        }
-        if (child < 0) fail_errno(err, "Ошибка запуска дочернего процесса", "fork");
+        if (!start_detached(std::move(words), execvp)) fail_errno(err, "Ошибка запуска дочернего процесса", "fork");
     });
 }
 

@@ -9,6 +9,7 @@
 
 #include <dlfcn.h>
 #include <numeric>
+#include <span>
 #include <thread>
 
 namespace {
@@ -438,29 +439,58 @@ TEST(MGTrelm, EveryFailureOfTheProviderIsToldAndLeavesNothing) {
     EXPECT_EQ(failed.size(), 18u);
 }
 
-TEST(MGTrelm, SharedContextIsReleasedOnceByItsOwner) {
+TEST(MGTrelm, SharedContextsLiveAsLongAsTheirLastHolder) {
     const ProviderTest provider;
-    MGTrelm owner;
-    start(owner);
+    std::vector<uint8_t> out;
     {
         MGTrelm copy, copy_of_copy;
         start(copy); // what it had goes back
-        owner.CopyTrelm(copy);
-        owner.CopyTrelm(owner);
-        copy.CopyTrelm(copy_of_copy);
-        EXPECT_EQ(provider_stand_in.live.size(), 2u);
-        shake_hands(copy, copy_of_copy);
-        copy.Clear();
-        EXPECT_FALSE(copy.IsInitialize());
-        start(copy); // on its own feet again
-        EXPECT_EQ(provider_stand_in.live.size(), 2u + 2u + 1u);
+        {
+            MGTrelm owner;
+            start(owner);
+            owner.CopyTrelm(copy);
+            owner.CopyTrelm(owner);
+            copy.CopyTrelm(copy_of_copy);
+            EXPECT_EQ(provider_stand_in.live.size(), 2u);
+            shake_hands(copy, copy_of_copy);
+            owner.UnInitLib();
+            EXPECT_FALSE(owner.IsInitialize());
+        }
+        copy.TlsWrite(bytes("still there"), out);
+        EXPECT_TRUE(copy_of_copy.TlsRead(out, out, false));
+        EXPECT_EQ(text(out), "still there");
+        copy.Initialize(); // on its own feet again; its session ends
+        EXPECT_EQ(provider_stand_in.live.size(), 2u + 2u);
         copy.Initialize(); // the former contexts go back
-        EXPECT_EQ(provider_stand_in.live.size(), 2u + 2u + 1u);
+        EXPECT_EQ(provider_stand_in.live.size(), 2u + 2u);
+        copy_of_copy.TlsCreate("", false, false);
+        copy_of_copy.UnInitLib(); // before its destructor
     }
-    EXPECT_EQ(provider_stand_in.live.size(), 2u);
-    owner.Clear();
-    EXPECT_FALSE(owner.IsInitialize());
     EXPECT_FALSE(dlopen(provider_library.c_str(), RTLD_LAZY | RTLD_NOLOAD));
+}
+
+TEST(MGTrelm, RefusesWhatLacksItsLibraryItsContextOrItsSession) {
+    const ProviderTest provider;
+    MGTrelm unloaded, loaded, initialised;
+    loaded.InitLib();
+    start(initialised);
+    std::vector<uint8_t> out;
+    using Call = std::function<void(MGTrelm&)>;
+    const Call of_library[] = {[](MGTrelm& t) { t.Initialize(); }, [](MGTrelm& t) { t.GetErrorText(1); }};
+    const Call of_context[] = {[](MGTrelm& t) { t.TlsCreate("", false, false); },
+                               [](MGTrelm& t) { t.SignFileDetached("/dev/null", "/dev/null", 1); },
+                               [&](MGTrelm& t) { t.VerifyFileDetached("/dev/null", "/dev/null", 1, out); }};
+    const Call of_session[] = {[&](MGTrelm& t) { t.TlsHandshake({}, out); }, [](MGTrelm& t) { t.TlsComplete(); },
+                               [&](MGTrelm& t) { t.TlsQuery(1, out); }, [&](MGTrelm& t) { t.TlsWrite({}, out); },
+                               [&](MGTrelm& t) { t.TlsRead({}, out, true); }};
+    const auto missing = [](MGTrelm& trelm, const Call& call) { return error_of([&] { call(trelm); }).func_2; };
+    for (const auto& calls : {std::span<const Call>(of_library), {of_context}, {of_session}})
+        for (const Call& call : calls) EXPECT_EQ(missing(unloaded, call), "(!library)");
+    for (const auto& calls : {std::span<const Call>(of_context), {of_session}})
+        for (const Call& call : calls) EXPECT_EQ(missing(loaded, call), "(!context)");
+    for (const Call& call : of_session) EXPECT_EQ(missing(initialised, call), "(!session)");
+    MGErr err;
+    EXPECT_EQ(error_of([&] { unloaded.IfError(7, err, "step", "call"); }).uint32_param, 7u);
 }
 
 TEST(MGTrelm, SignsAndVerifiesFiles) {

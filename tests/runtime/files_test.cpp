@@ -18,6 +18,7 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -215,6 +216,8 @@ using Names = std::vector<std::string>;
 // The waits of the code under test: counted, not waited for. What happens meanwhile is up to a test.
 unsigned slept_microseconds;
 std::function<void()> meanwhile;
+std::vector<double> slept_seconds;
+timespec interrupted_after{}; // what a signal leaves of the next wait
 
 } // namespace
 
@@ -222,6 +225,13 @@ extern "C" int usleep(useconds_t microseconds) {
     slept_microseconds = microseconds;
     if (meanwhile) meanwhile();
     return 0;
+}
+
+extern "C" int nanosleep(const timespec* wanted, timespec* left) {
+    slept_seconds.push_back(static_cast<double>(wanted->tv_sec) + static_cast<double>(wanted->tv_nsec) / 1e9);
+    *left = std::exchange(interrupted_after, {});
+    errno = EINTR;
+    return left->tv_sec == 0 ? 0 : -1;
 }
 
 namespace {
@@ -269,6 +279,14 @@ TEST(Waiting, PicksFilesAtRest) {
     MGFile().GetListFilesFromDirTimeout(dir.path(), "*", true, list, 0, 5000);
     EXPECT_EQ(list, Names({"rests"}));
     EXPECT_EQ(slept_microseconds, 1000000U);
+}
+
+TEST(Waiting, SleepsItsTimeThroughSignals) {
+    meanwhile = nullptr;
+    interrupted_after = {1, 600000000};
+    MGFile::SleepTimeout(3, 2);
+    EXPECT_EQ(slept_seconds, (std::vector<double>{3, 1.6}));
+    EXPECT_EQ(slept_microseconds, 2000U);
 }
 
 TEST(MGInfo, PrintsOneLineForEachRow) {
@@ -336,14 +354,25 @@ TEST(Programs, GiveTheirExitCode) {
 
 TEST(Programs, StartWithoutWaitingAndLeaveNoZombie) {
     const TempDir dir;
-    const std::string fifo = dir.path("fifo");
-    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-    MGFile::RunExtenProgNoWait(" sh ", " -c <|>printf '%s,' \"$@\" > " + fifo + "<|>sh<|> a <|> <|><|>b b");
-    EXPECT_EQ(dir.read("fifo"), "a,b b,");
-    EXPECT_EQ(waitpid(-1, nullptr, 0), -1); // waits for its end; a zombie would be given out
-    signal(SIGCHLD, SIG_DFL);
+    for (const char* fifo : {"told", "began", "go"}) ASSERT_EQ(mkfifo(dir.path(fifo).c_str(), 0600), 0);
+    MGFile::RunExtenProgNoWait(" sh ", " -c <|>printf '%s,' \"$@\" > " + dir.path("told") + "<|>sh<|> a <|> <|><|>b b");
+    EXPECT_EQ(dir.read("told"), "a,b b,");
+    // While another thread waits for a program.
+    int code = -1;
+    std::thread waiting([&] {
+        code = MGFile::RunExtenProgAndWaitExitCode(
+            "echo > " + dir.path("began") + "; read x < " + dir.path("go") + "; exit 7", false);
+    });
+    dir.read("began");
+    MGFile::RunExtenProgNoWait("sh", "-c<|>echo > " + dir.path("told"));
+    dir.read("told");
+    dir.write("go", "\n");
+    waiting.join();
+    EXPECT_EQ(code, 7);
+    EXPECT_EQ(signal(SIGCHLD, SIG_DFL), SIG_IGN);
     MGFile::RunExtenProgNoWait("/no/such/program", "");
-    EXPECT_EQ(waitpid(-1, nullptr, 0), -1);
+    signal(SIGCHLD, SIG_DFL);
+    EXPECT_EQ(waitpid(-1, nullptr, 0), -1); // a zombie would be given out
 }
 
 TEST(Library, IsLoadedOneAtATime) {
