@@ -2,7 +2,7 @@
 #include "net/ticket.h"
 
 #include "config/mg_libxml.h"
-#include "config/xml_tables.h"
+#include "net/exact_attrs.h"
 #include "runtime/mg_file.h"
 #include "runtime/mg_info.h"
 
@@ -23,8 +23,9 @@ constexpr XmlAttr<Ticket> ticket_attrs[] = {
 };
 
 void write_xml(const Ticket& ticket, std::string& text) {
+    MGErr err = error_of("write_file_ticket", "Ошибка создания квитанции");
     MGLibxml xml;
-    write_attrs(xml, xml.AddChildToNode(xml.AddDocRoot("receipt"), "file"), ticket, ticket_attrs);
+    write_exact_attrs(xml, xml.AddChildToNode(xml.AddDocRoot("receipt"), "file"), ticket, ticket_attrs, err);
     xml.SaveString(text);
 }
 

@@ -6,6 +6,7 @@
 #include "config/file_checks.h"
 #include "config/mg_libxml.h"
 #include "config/xml_tables.h"
+#include "net/exact_attrs.h"
 #include "runtime/mg_file.h"
 
 #include <utility>
@@ -57,16 +58,17 @@ struct Writing {
     MGLibxml& xml;
     xmlNode* root;
     xmlNode* node; // header
+    MGErr& err;    // what a text that can't be written completes
 
     template <class Record, class Table>
     void header(const Record& record, const Table& attrs) const {
-        write_attrs(xml, node, record, attrs);
+        write_exact_attrs(xml, node, record, attrs, err);
     }
 
     template <class Row, class Table>
     void list(const char* name, const char* row_name, const std::vector<Row>& rows, const Table& attrs) const {
         write_rows(xml, xml.AddChildToNode(root, name), row_name, rows,
-                   [&](xmlNode* row_node, const Row& row) { write_attrs(xml, row_node, row, attrs); });
+                   [&](xmlNode* row_node, const Row& row) { write_exact_attrs(xml, row_node, row, attrs, err); });
     }
 };
 
@@ -87,10 +89,11 @@ void read_document(const char* function, const char* mess_1, const Kind& kind, c
 template <class Walk>
 void write_document(const char* function, const Kind& kind, std::string& text, Walk&& walk) {
     at_edge(function, [&] {
+        MGErr err = error_of(function, "Ошибка создания документа для передачи");
         MGLibxml xml;
         xmlNode* root = xml.AddDocRoot(kind.root);
         xml.SetTextProp(root, "mark", kind.mark);
-        walk(Writing{xml, root, xml.AddChildToNode(root, "header")});
+        walk(Writing{xml, root, xml.AddChildToNode(root, "header"), err});
         xml.SaveString(text);
     });
 }
@@ -250,8 +253,10 @@ void read_gw_client(const std::string& text, MGDev& dev) {
 
 void write_file_client(const std::vector<MGQueue>& queue, const std::string& login, const std::string& hash,
                        const std::string& type, std::string& text) {
-    const FileClient client{type, login, hash, queue};
-    write_document("write_file_client", file_client, text, [&](const Writing& way) { walk_file_client(way, client); });
+    write_document("write_file_client", file_client, text, [&](const Writing& way) {
+        const FileClient client{type, login, hash, queue};
+        walk_file_client(way, client);
+    });
 }
 
 void read_file_client(const std::string& text, std::vector<MGQueue>& queue, std::string& login, std::string& hash,

@@ -155,6 +155,32 @@ TEST(TransferDocuments, RefuseAndTellWhy) {
     EXPECT_THAT(of_list("<(/?)virt", "<$1x"), HasSubstr("GetFirstChildren\nvirt\n"));
 }
 
+// Each text that a reader would not get as it was meant.
+TEST(TransferDocuments, RefuseATextThatTheyWouldAlter) {
+    const std::string fine = "строка\t1\r\n<\"&\u2028";
+    std::string document;
+    MGSend send;
+    MGDev router;
+    router.adrs.resize(1);
+    std::vector<MGQueue> queue(1);
+    const std::pair<const char*, std::function<void(const std::string&)>> rows[] = {
+        {"name", [&](const std::string& value) { send.file = value, write_file_header(send, 1, document); }},
+        {"net", [&](const std::string& value) { router.adrs[0].net = value, write_gw_client(router, document); }},
+        {"id", [&](const std::string& value) { queue[0].id = value, write_file_client(queue, "", "", "", document); }},
+        {"name", [&](const std::string& value) { write_file_ticket("XML", value, 1, {}, document); }},
+        {"que", [&](const std::string& value) { write_file2_header(value, "", 1, 1, document); }},
+    };
+    for (const auto& [attribute, write] : rows) {
+        for (const char* part : {"\x01", "\xFF", "\xED\xA0\x80", "\uFFFE"})
+            EXPECT_EQ(error_of([&] { write(fine + part); }).str_param, attribute) << testing::PrintToString(part);
+        EXPECT_THROW(write({"a\0b", 3}), MGErr);
+        write(fine);
+    }
+    Received got;
+    got.file2_header(document);
+    EXPECT_EQ(got.que, fine);
+}
+
 TEST(TransferBlock, IsRefusedWithBothSums) {
     const std::vector<uint8_t> data{'1', '2', '3', '4', '5', '6', '7', '8', '9'};
     test_data_crc({}, 0);
