@@ -178,10 +178,10 @@ void log_entries(const std::string& dir) {
         if (write(fd, entry.data(), entry.size()) != static_cast<ssize_t>(entry.size())) give_up("write");
     };
     compare("10000 log entries / open, write and close", append_ours, [&] {
-        for (int i = 0; i < entries; ++i) append(FileDescriptor(open_log()).get());
+        for (int i = 0; i < entries; ++i) append(vorma::FileDescriptor(open_log()).get());
     });
     compare("10000 log entries / write alone", append_ours, [&] {
-        const FileDescriptor fd(open_log());
+        const vorma::FileDescriptor fd(open_log());
         for (int i = 0; i < entries; ++i) append(fd.get());
     });
     unlink(ours.c_str());

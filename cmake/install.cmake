@@ -23,20 +23,22 @@ install(FILES data/vormaqscfg.png DESTINATION ${icons}/128x128/apps COMPONENT ed
 
 # --- The runtime ---
 
-# The headers that the service may include; what is not listed is the runtime's own.
-target_sources(vorma_runtime PUBLIC FILE_SET HEADERS BASE_DIRS src FILES
-    src/app/log.h src/app/mg_err.h
-    src/runtime/mg_file.h src/runtime/mg_info.h
-    src/cert/der_errors.h src/cert/der_memory.h src/cert/der_params.h src/cert/der_reader.h src/cert/mg_cert.h
-    src/cert/oid_table.h
-    src/config/scrambling.h
-    src/net/address_syntax.h src/net/mg_ip.h src/net/mg_socket.h src/net/mg_trelm.h
-    src/net/provider.h)
+# The headers that the service may include, as <vorma/app/log.h>; what is not listed is the runtime's own. They include
+# each other relative to where they stand, so that they read the same here and installed.
+foreach(header
+        app/log app/mg_err
+        runtime/mg_file runtime/mg_info
+        cert/der_errors cert/der_memory cert/der_params cert/der_reader cert/mg_cert cert/oid_table
+        config/scrambling
+        net/address_syntax net/mg_ip net/mg_socket net/mg_trelm net/provider)
+    cmake_path(GET header PARENT_PATH folder)
+    install(FILES src/${header}.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vorma/${folder} COMPONENT runtime)
+endforeach()
 set_target_properties(vorma_runtime PROPERTIES EXPORT_NAME runtime)
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/vorma_runtime)
 install(TARGETS vorma_runtime EXPORT vorma_runtime
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime
-    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vorma_runtime COMPONENT runtime)
+    INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT vorma_runtime NAMESPACE vorma:: DESTINATION ${package} FILE vorma_runtimeTargets.cmake COMPONENT runtime)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/vorma_runtimeConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(FILES cmake/vorma_runtimeConfig.cmake ${PROJECT_BINARY_DIR}/vorma_runtimeConfigVersion.cmake

@@ -6,6 +6,8 @@
 
 #include <syslog.h>
 
+using namespace vorma;
+
 MGFile LogFileGlobal;
 
 namespace {
@@ -137,8 +139,8 @@ void MGFile::PrintLogFile(std::mutex& m, const std::string& log_file, const char
     }
 }
 
-void add_log_entry(MGFile& owner, const LogTarget& log, const LogTarget& report, const char* marker,
-                   const std::string& text) {
+void vorma::add_log_entry(MGFile& owner, const LogTarget& log, const LogTarget& report, const char* marker,
+                          const std::string& text) {
     try {
         rotate_if_due(owner, log, report);
         owner.PrintLogFile(log.mutex, log.file, marker, true, text);
@@ -147,8 +149,8 @@ void add_log_entry(MGFile& owner, const LogTarget& log, const LogTarget& report,
     }
 }
 
-void add_log_entry(MGFile& owner, const LogTarget& log, const LogTarget& report, const char* marker,
-                   const MGInfo& info) {
+void vorma::add_log_entry(MGFile& owner, const LogTarget& log, const LogTarget& report, const char* marker,
+                          const MGInfo& info) {
     try {
         add_log_entry(owner, log, report, marker, info.GetString());
     } catch (const std::exception& e) {

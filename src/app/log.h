@@ -1,13 +1,15 @@
 // The log of the process, and what its writing operations share. Logging itself is done by members of MGFile.
 #pragma once
 
-#include "runtime/mg_file.h"
+#include "../runtime/mg_file.h"
 
 #include <mutex>
 #include <string>
 
 // The object that owns the log settings; alive before main and after it.
 extern MGFile LogFileGlobal;
+
+namespace vorma {
 
 // How an entry begins.
 inline constexpr const char* log_marker_error = "____ERROR____";
@@ -26,3 +28,5 @@ void add_log_entry(MGFile& owner, const LogTarget& log, const LogTarget& report,
                    const std::string& text);
 void add_log_entry(MGFile& owner, const LogTarget& log, const LogTarget& report, const char* marker,
                    const MGInfo& info);
+
+} // namespace vorma

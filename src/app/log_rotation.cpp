@@ -9,6 +9,8 @@
 #include <ctime>
 #include <syslog.h>
 
+using namespace vorma;
+
 namespace {
 
 constexpr time_t repeat_window = 3600; // seconds in which repeats are counted together

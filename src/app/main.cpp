@@ -14,6 +14,8 @@
 #include <cstdlib>
 #include <gtk/gtk.h>
 
+using namespace vorma;
+
 namespace {
 
 // Adds the file's name to errors that tell only of an element or an attribute in it.

@@ -4,6 +4,8 @@
 #include "app/mg_err.h"
 #include "runtime/mg_file.h"
 
+using namespace vorma;
+
 void init_vorma_catalogs(MGContext* context, const char* log_file_name) {
     at_edge("init_vorma_catalogs", [&] {
         MGFile::GetEnv("HOME", context->base_dir);

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <new>
 
+using namespace vorma;
+
 namespace {
 
 void add_line(std::string& text, const std::string& value) {
@@ -111,20 +113,20 @@ void MGErr::Printf() const {
     dump("err_description", err_description);
 }
 
-MGErr error_of(const std::string& func_1, const std::string& mess_1) {
+MGErr vorma::error_of(const std::string& func_1, const std::string& mess_1) {
     MGErr err;
     err.func_1 = func_1;
     err.mess_1 = mess_1;
     return err;
 }
 
-void fail(MGErr& err, const char* mess_2, const char* func_2) {
+void vorma::fail(MGErr& err, const char* mess_2, const char* func_2) {
     err.mess_2 = mess_2;
     err.func_2 = func_2;
     throw err;
 }
 
-void fail_errno(MGErr& err, const char* mess_2, const char* func_2, const char* opt_param) {
+void vorma::fail_errno(MGErr& err, const char* mess_2, const char* func_2, const char* opt_param) {
     const int code = errno;
     err.err_code = code;
     err.err_description = std::strerror(code);
@@ -132,7 +134,7 @@ void fail_errno(MGErr& err, const char* mess_2, const char* func_2, const char* 
     fail(err, mess_2, func_2);
 }
 
-void throw_foreign(const char* function, const char* mess_2, const char* what) {
+void vorma::throw_foreign(const char* function, const char* mess_2, const char* what) {
     try {
         throw foreign_error(function, mess_2, what);
     } catch (const std::bad_alloc&) {

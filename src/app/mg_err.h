@@ -69,6 +69,9 @@ private:
     int32_t code_;
 };
 
+// Helpers whose names others may bear too. A source file of ours says `using namespace vorma`.
+namespace vorma {
+
 // The error that an operation fills on entry.
 MGErr error_of(const std::string& func_1, const std::string& mess_1);
 // Completes err with the failing step and throws it.
@@ -95,3 +98,5 @@ decltype(auto) at_edge(const char* function, Body&& body) {
         throw_foreign(function, "Любое исключение", "");
     }
 }
+
+} // namespace vorma

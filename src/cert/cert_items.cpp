@@ -1,7 +1,9 @@
 // What certificates and requests are both made of.
 #include "cert/cert_items.h"
 
-uint32_t find_signed_part(MGCert& cert, DER_S_POINTER& cursor, uint32_t size, uint32_t bad_length) {
+using namespace vorma;
+
+uint32_t vorma::find_signed_part(MGCert& cert, DER_S_POINTER& cursor, uint32_t size, uint32_t bad_length) {
     DER_S_ENCODING item;
     if (uint32_t code = der_parsing_need(cursor, item, der_no_first_sequence)) return code;
     if (!is_sequence(item)) return der_bad_first_sequence;
@@ -15,27 +17,27 @@ uint32_t find_signed_part(MGCert& cert, DER_S_POINTER& cursor, uint32_t size, ui
     return der_ok;
 }
 
-uint32_t take_version(MGCert& cert, const DER_S_ENCODING& item) {
+uint32_t vorma::take_version(MGCert& cert, const DER_S_ENCODING& item) {
     if (!is_universal(item, der_integer) || item.length != 1) return der_ok;
     cert.version = item.value[0];
     cert.has_version = true;
     return der_ok;
 }
 
-bool take_whole_item(DerBytes& copy, uint32_t& length, DER_S_POINTER& cursor, const DER_S_ENCODING& item) {
+bool vorma::take_whole_item(DerBytes& copy, uint32_t& length, DER_S_POINTER& cursor, const DER_S_ENCODING& item) {
     if (item.length >= cursor.left) return false;
     length = cursor.used + item.length;
     copy = mem_alloc_copy(cursor.data - cursor.used, length);
     return der_parsing_skip(cursor, item) == der_ok;
 }
 
-uint32_t take_subject(MGCert& cert, DER_S_POINTER& cursor, const DER_S_ENCODING& item) {
+uint32_t vorma::take_subject(MGCert& cert, DER_S_POINTER& cursor, const DER_S_ENCODING& item) {
     if (!is_sequence(item)) return der_ok;
     cert.has_subject_der = take_whole_item(cert.subject_der, cert.subject_der_length, cursor, item);
     return cert.has_subject_der ? der_ok : der_subject_length;
 }
 
-uint32_t take_public_key_item(MGCert& cert, const DER_S_ENCODING& item) {
+uint32_t vorma::take_public_key_item(MGCert& cert, const DER_S_ENCODING& item) {
     if (is_universal(item, der_object_id)) {
         const auto take = [&](DER_S_OBJ_ID& oid, bool& present) {
             const uint32_t code = der_get_obj_id(oid, item);
@@ -65,7 +67,7 @@ uint32_t take_public_key_item(MGCert& cert, const DER_S_ENCODING& item) {
     return der_ok;
 }
 
-uint32_t take_extensions(MGCert& cert, DER_S_POINTER& cursor, const DER_S_ENCODING& item) {
+uint32_t vorma::take_extensions(MGCert& cert, DER_S_POINTER& cursor, const DER_S_ENCODING& item) {
     uint32_t count = 0;
     if (uint32_t code = der_number_tag(item.value, item.length, der_universal, 0, der_object_id, count, false))
         return code;

@@ -3,6 +3,8 @@
 
 #include "cert/mg_cert.h"
 
+namespace vorma {
+
 // SEQUENCE { SEQUENCE signed part, … }, with the cursor at its beginning: the outer item must fill `size` bytes, else
 // the error is `bad_length`. Takes the signed part; the cursor stands behind its header then.
 uint32_t find_signed_part(MGCert& cert, DER_S_POINTER& cursor, uint32_t size, uint32_t bad_length);
@@ -21,3 +23,5 @@ uint32_t take_public_key_item(MGCert& cert, const DER_S_ENCODING& item);
 
 // Reads the list of extensions from the SEQUENCE that was just entered, which fits, and passes over it.
 uint32_t take_extensions(MGCert& cert, DER_S_POINTER& cursor, const DER_S_ENCODING& item);
+
+} // namespace vorma

@@ -6,6 +6,8 @@
 #include "cert/cert_items.h"
 #include "cert/oid_table.h"
 
+using namespace vorma;
+
 namespace {
 
 // The algorithm and the signature behind the signed part.

@@ -4,6 +4,8 @@
 #include "cert/cert_items.h"
 #include "cert/oid_table.h"
 
+using namespace vorma;
+
 namespace {
 
 // The head of an envelope; the cursor stands behind its type then.

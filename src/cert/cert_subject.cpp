@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+using namespace vorma;
+
 std::string get_subject_from_der_cert(const std::vector<uint8_t>& bytes) {
     return at_edge("get_subject_from_der_cert", [&] {
         MGErr err = error_of("get_subject_from_der_cert",

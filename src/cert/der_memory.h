@@ -9,6 +9,8 @@
 using DerBytes = std::unique_ptr<uint8_t[]>;
 using DerText = std::unique_ptr<char[]>;
 
+namespace vorma {
+
 // n + 1 bytes, not cleared.
 DerBytes mem_alloc(size_t n);
 // A copy of n bytes in a block of n + 1; no terminator is written.
@@ -27,3 +29,5 @@ bool memory_compare(const uint8_t* a, const uint8_t* b, size_t n);
 void copy_byte(uint8_t* target, const uint8_t* source, size_t n);
 // Reverses n bytes in place.
 void convert_sign(uint8_t* data, size_t n);
+
+} // namespace vorma

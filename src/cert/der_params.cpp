@@ -3,6 +3,8 @@
 
 #include <cstdio>
 
+using namespace vorma;
+
 namespace {
 
 // KeyUsage: BIT STRING

@@ -3,7 +3,7 @@
 // pointers go into the walked buffer. After an error the record holds what was read so far.
 #pragma once
 
-#include "cert/der_reader.h"
+#include "der_reader.h"
 
 // Kind of value, and the record that it fills.
 enum DerKind : uint32_t {

@@ -3,6 +3,8 @@
 
 #include "cert/oid_table.h"
 
+using namespace vorma;
+
 namespace {
 
 // length: 0x00-0x7f | 0x80+n, n bytes with the most significant first, n from 1 to 4. left is above 0.
@@ -99,7 +101,7 @@ uint32_t der_number_tag(const uint8_t* buffer, uint32_t size, uint8_t tag_class,
     });
 }
 
-bool is_text(const DER_S_ENCODING& item) {
+bool vorma::is_text(const DER_S_ENCODING& item) {
     return is_universal(item, der_utf8_string) || is_universal(item, der_numeric_string) ||
            is_universal(item, der_printable_string) || is_universal(item, der_ia5_string);
 }

@@ -3,8 +3,8 @@
 // caller's buffer, which must outlive them. Functions return a DerCode; nothing throws but a failed allocation.
 #pragma once
 
-#include "cert/der_errors.h"
-#include "cert/der_memory.h"
+#include "der_errors.h"
+#include "der_memory.h"
 
 #include <cstdint>
 #include <string>
@@ -108,6 +108,13 @@ uint32_t der_walk(DER_S_POINTER& cursor, Visit&& visit) {
     return code == der_end ? der_ok : code;
 }
 
+// How many bytes of the constructed item that was just entered the buffer really holds.
+inline uint32_t der_inner_size(const DER_S_POINTER& cursor, const DER_S_ENCODING& item) {
+    return item.length < cursor.left ? item.length : cursor.left;
+}
+
+namespace vorma {
+
 inline bool is_universal(const DER_S_ENCODING& item, uint8_t tag) {
     return item.tag_class == der_universal && !item.constructed && item.tag == tag;
 }
@@ -119,10 +126,8 @@ inline bool is_sequence(const DER_S_ENCODING& item) {
 }
 // A UTF8String, NumericString, PrintableString or IA5String: the strings that are read.
 bool is_text(const DER_S_ENCODING& item);
-// How many bytes of the constructed item that was just entered the buffer really holds.
-inline uint32_t der_inner_size(const DER_S_POINTER& cursor, const DER_S_ENCODING& item) {
-    return item.length < cursor.left ? item.length : cursor.left;
-}
+
+} // namespace vorma
 
 // Values.
 // YYMMDDhhmmss and one byte that is not looked at; YY counts from 2000. The length must be 13.

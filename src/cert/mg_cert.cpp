@@ -3,6 +3,8 @@
 
 #include <iterator>
 
+using namespace vorma;
+
 namespace {
 
 struct KeyUsageName {

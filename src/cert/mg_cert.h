@@ -3,7 +3,7 @@
 // get_subject_from_parsed_cert; the rest serves whoever needs a certificate's fields.
 #pragma once
 
-#include "cert/der_params.h"
+#include "der_params.h"
 
 #include <string>
 #include <string_view>

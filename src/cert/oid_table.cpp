@@ -6,6 +6,8 @@
 
 #include <iterator>
 
+using namespace vorma;
+
 namespace {
 
 const char* const der_name_tag[] = {

@@ -4,6 +4,8 @@
 #include "app/mg_err.h"
 #include "runtime/mg_file.h"
 
+using namespace vorma;
+
 bool find_subject_in_admit(const std::vector<MGAdmit>& list, const std::string& subject, unsigned& index) {
     return at_edge("find_subject_in_admit", [&] {
         const uint32_t crc = MGFile::MakeCrc32Lower(subject);

@@ -1,6 +1,8 @@
 // The errors of the checks.
 #include "config/file_checks.h"
 
+using namespace vorma;
+
 void if_counter_eq_quantity_throw_err(MGErr& err, int counter, int quantity, const char* name) {
     if (counter != quantity) return;
     err.str_param = "quantity";

@@ -8,6 +8,8 @@
 #include "config/xml_tables.h"
 #include "runtime/mg_file.h"
 
+using namespace vorma;
+
 namespace {
 
 constexpr const char* MARK_VORMA_CONFIG = "VORQSCFG";

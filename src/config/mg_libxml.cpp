@@ -9,6 +9,8 @@
 #include <cstring>
 #include <stdexcept>
 
+using namespace vorma;
+
 namespace {
 
 constexpr int oldest_libxml = 20904;

@@ -9,6 +9,8 @@
 #include "config/profile_tables.h"
 #include "config/xml_tables.h"
 
+using namespace vorma;
+
 namespace {
 
 constexpr const char* MARK_VORMA_PROFILE = "VORQSPRF";

@@ -9,6 +9,8 @@
 #include "dialog/make_dialog.h"
 #include "runtime/mg_file.h"
 
+using namespace vorma;
+
 namespace {
 
 // Runs a step whose failure is the user's to know and nobody's to handle.

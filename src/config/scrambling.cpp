@@ -9,7 +9,9 @@
 #include <cstring>
 #include <ctime>
 
-const uint32_t scrambling_key[8] = {
+using namespace vorma;
+
+const uint32_t vorma::scrambling_key[8] = {
     0x868efa29, 0x43398ffb, 0x16b4bca9, 0xac7c41c4, 0xcd9a4e5f, 0xa6bf41b5, 0xd527a769, 0x05668d91,
 };
 

@@ -9,8 +9,12 @@
 #include <string>
 #include <vector>
 
+namespace vorma {
+
 // The eight words of the key. The editor and the service must hold the same.
 extern const uint32_t scrambling_key[8];
+
+} // namespace vorma
 
 // The text for a file: base64 of the present time's low four bytes, the same again, and the enciphered password. So
 // the result changes from second to second. Empty gives empty.

@@ -48,11 +48,11 @@ void show_error(MGDialog* dialog, MGErr& err);
 template <class Body>
 void at_handler(MGDialog* over, Body&& body, const char* handler = __builtin_FUNCTION()) noexcept {
     try {
-        at_edge(handler, [&] {
+        vorma::at_edge(handler, [&] {
             try {
                 std::forward<Body>(body)();
             } catch (const MGExit&) {
-                throw_foreign(handler, "Любое исключение", "");
+                vorma::throw_foreign(handler, "Любое исключение", "");
             }
         });
     } catch (MGErr& err) {

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <unordered_set>
 
+using namespace vorma;
+
 namespace {
 
 // A history while it is gathered from all profiles: the set finds a text in constant time, so that a start stays in

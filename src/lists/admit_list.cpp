@@ -14,6 +14,8 @@
 
 #include <array>
 
+using namespace vorma;
+
 namespace {
 
 constexpr auto user_columns = std::to_array<ListColumn<MGAdmit>>({

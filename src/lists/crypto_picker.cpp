@@ -7,6 +7,8 @@
 #include "lists/handlers.h"
 #include "net/provider_owners.h"
 
+using namespace vorma;
+
 namespace {
 
 // The columns of the list, the fields that a choice fills and the entries that show them.

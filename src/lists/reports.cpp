@@ -14,6 +14,8 @@
 
 #include <unistd.h>
 
+using namespace vorma;
+
 namespace {
 
 // What dialog_result says about a report.

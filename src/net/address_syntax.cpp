@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+using namespace vorma;
+
 namespace {
 
 constexpr int address_octets = 4;

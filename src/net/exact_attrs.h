@@ -14,7 +14,7 @@ void write_exact_attrs(MGLibxml& xml, xmlNode* node, const Record& record, const
         const auto* text = std::get_if<std::string Record::*>(&attr.field);
         if (text && storable_text(record.**text) != record.**text) {
             err.str_param = attr.name;
-            fail(err, "Текст содержит символы, которые нельзя передать в документе XML",
+            vorma::fail(err, "Текст содержит символы, которые нельзя передать в документе XML",
                  "(storable_text(text) != text)");
         }
     }

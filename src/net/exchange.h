@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <vector>
 
+namespace vorma {
+
 inline constexpr size_t read_size = 17408; // bytes asked of one Recv, whatever the size of a message or record
 
 inline constexpr char too_much[] = "Прочитанное количество данных превышает требуемое занчение";
@@ -47,3 +49,5 @@ inline void make_room(std::vector<uint8_t>& data, size_t more, uint64_t missing)
     if (data.capacity() - data.size() < more)
         data.reserve(data.size() + std::max<uint64_t>(more, std::min<uint64_t>(missing, data.capacity())));
 }
+
+} // namespace vorma

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstring>
 
+using namespace vorma;
+
 namespace {
 
 constexpr uint64_t no_limit = UINT64_MAX;

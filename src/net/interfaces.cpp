@@ -14,6 +14,8 @@
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
+using namespace vorma;
+
 namespace {
 
 constexpr size_t requests_per_device = 128;

@@ -6,6 +6,8 @@
 #include <cstdarg>
 #include <cstdio>
 
+using namespace vorma;
+
 namespace {
 
 constexpr uint8_t option_timestamps = 8;

@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstring>
 
+using namespace vorma;
+
 namespace {
 
 constexpr uint8_t protocol_tcp = 6;

@@ -11,8 +11,8 @@
 // files that hold them.
 #pragma once
 
-#include "app/mg_err.h"
-#include "runtime/mg_file.h"
+#include "../app/mg_err.h"
+#include "../runtime/mg_file.h"
 
 #include <array>
 #include <cstddef>

@@ -8,16 +8,18 @@
 // error arose in opt_param, str_param and ext_param.
 #pragma once
 
-#include "app/mg_err.h"
-#include "net/provider.h"
-#include "runtime/mg_file.h"
+#include "../app/mg_err.h"
+#include "../runtime/mg_file.h"
+#include "provider.h"
 
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
+namespace vorma {
 class ProviderLibrary;
+}
 
 // The functions of the provider that the bridge fetches, in this order; their names there begin with "TRELM_".
 // clang-format off
@@ -58,7 +60,7 @@ public:
     bool shared = false;         // library and context were taken over from another object
     TlsRecordPosition position;  // of the session
     // Several objects may hold the library and the full context: what ends last gives them back.
-    std::shared_ptr<ProviderLibrary> library;
+    std::shared_ptr<vorma::ProviderLibrary> library;
     std::shared_ptr<void> min_context_owner, context_owner;
 
     MGTrelm() = default;

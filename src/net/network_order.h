@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+namespace vorma {
+
 inline uint16_t get16(const uint8_t* bytes) {
     return static_cast<uint16_t>(bytes[0] << 8 | bytes[1]);
 }
@@ -20,3 +22,5 @@ inline void put32(uint8_t* bytes, uint32_t number) {
     put16(bytes, static_cast<uint16_t>(number >> 16));
     put16(bytes + 2, static_cast<uint16_t>(number));
 }
+
+} // namespace vorma

@@ -9,6 +9,8 @@
 #include <type_traits>
 #include <variant>
 
+using namespace vorma;
+
 namespace {
 
 // --- Tables of rows ---

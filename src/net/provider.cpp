@@ -5,7 +5,9 @@
 #include <memory>
 #include <vector>
 
-std::string provider_library = "/opt/Selunara/KOLMS/lib/amd64/libqormi1.so";
+using namespace vorma;
+
+std::string vorma::provider_library = "/opt/Selunara/KOLMS/lib/amd64/libqormi1.so";
 
 namespace {
 

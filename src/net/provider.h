@@ -7,8 +7,12 @@
 #include <cstdint>
 #include <string>
 
+namespace vorma {
+
 // Where the library lies; a test points it to a stand-in.
 extern std::string provider_library;
+
+} // namespace vorma
 
 // Codes with a meaning of their own.
 inline constexpr uint32_t trelm_bad_signature = 0xe0700019;     // CmsStrDetVerifyFinalMem: verify_result tells why

@@ -7,6 +7,8 @@
 
 #include <memory>
 
+namespace vorma {
+
 // The library, loaded for as long as somebody holds it.
 class ProviderLibrary {
 public:
@@ -45,3 +47,5 @@ private:
     decltype(&TRELM_FreeMem) free_mem_;
     void* context_;
 };
+
+} // namespace vorma

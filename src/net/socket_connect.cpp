@@ -9,6 +9,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+using namespace vorma;
+
 namespace {
 
 constexpr int listen_queue = 64;

@@ -7,6 +7,8 @@
 #include <chrono>
 #include <sys/socket.h>
 
+using namespace vorma;
+
 namespace {
 
 // Whether a send that signals keep interrupting has used up the time that limit_sends gave it.
@@ -20,7 +22,7 @@ bool is_late(int sock, std::chrono::steady_clock::time_point begin) {
 
 } // namespace
 
-void limit_sends(int sock, uint32_t seconds) {
+void vorma::limit_sends(int sock, uint32_t seconds) {
     const timeval limit{static_cast<time_t>(seconds), seconds == 0 ? 1 : 0}; // 0 would be no limit
     setsockopt(sock, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }

@@ -10,6 +10,8 @@
 #include <span>
 #include <sys/socket.h>
 
+using namespace vorma;
+
 namespace {
 
 // poll() for so many seconds in all, however often a signal interrupts it; so it never fails with EINTR.

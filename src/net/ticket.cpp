@@ -6,6 +6,8 @@
 #include "runtime/mg_file.h"
 #include "runtime/mg_info.h"
 
+using namespace vorma;
+
 namespace {
 
 struct Ticket {

@@ -11,6 +11,8 @@
 #include <cstring>
 #include <sys/socket.h>
 
+using namespace vorma;
+
 namespace {
 
 // What an operation does, step by step, in the extended debug log of its socket object.

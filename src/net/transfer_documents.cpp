@@ -11,6 +11,8 @@
 
 #include <utility>
 
+using namespace vorma;
+
 namespace {
 
 constexpr const char* MARK_VORMA_HEADER = "VORQSHDR";

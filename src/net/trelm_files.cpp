@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <utility>
 
+using namespace vorma;
+
 namespace {
 
 constexpr uint32_t sign_parameter = 8;                // first word of the parameters of a signature

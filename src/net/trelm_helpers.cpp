@@ -6,6 +6,8 @@
 #include <memory>
 #include <stdexcept>
 
+using namespace vorma;
+
 void MGTrelm::IfError(uint32_t code, MGErr& err, const char* mess_2, const char* func_2) {
     at_edge("MGTrelm::IfError", [&] {
         if (code == 0) return;

@@ -22,6 +22,8 @@ private:
 
 } // namespace
 
+using namespace vorma;
+
 MGTrelm::~MGTrelm() {
     try {
         Clear();

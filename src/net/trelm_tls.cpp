@@ -3,6 +3,8 @@
 #include "net/mg_trelm.h"
 #include "net/provider_owners.h"
 
+using namespace vorma;
+
 namespace {
 
 // One operation on the session: what its errors say.

@@ -15,6 +15,8 @@
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
+using namespace vorma;
+
 namespace {
 
 constexpr size_t ip_header = 20;

@@ -11,6 +11,8 @@
 #include <memory>
 #include <sys/stat.h>
 
+using namespace vorma;
+
 namespace {
 
 // What stat says of a name; false for a name that is null or blank or can't be examined.

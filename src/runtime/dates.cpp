@@ -6,6 +6,8 @@
 #include <limits>
 #include <stdexcept>
 
+using namespace vorma;
+
 namespace {
 
 // The parts of a local time, the year in full and the month from 1.

@@ -14,6 +14,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+using namespace vorma;
+
 namespace {
 
 constexpr size_t long_file_piece = 0x20000000; // 512 MiB, the most that a copy holds in memory
@@ -57,7 +59,7 @@ void rotate_copies(MGFile& file, const std::string& dir, const std::string& name
 
 } // namespace
 
-void copy_in_pieces(const char* from, const char* to, bool test_size, size_t size, size_t piece_max) {
+void vorma::copy_in_pieces(const char* from, const char* to, bool test_size, size_t size, size_t piece_max) {
     MGErr err = error_of("CopyLongFile", "Ошибка копирования файла");
     err.str_param = from;
     err.ext_param = to;

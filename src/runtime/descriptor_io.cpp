@@ -1,5 +1,7 @@
 #include "runtime/descriptor_io.h"
 
+using namespace vorma;
+
 namespace {
 
 // Whether there is room for size bytes; true as well where the file system can't tell.
@@ -13,7 +15,7 @@ bool reserve(int fd, off_t size) {
 
 } // namespace
 
-const char* overwrite_file(const char* file, const uint8_t* data, size_t size) noexcept {
+const char* vorma::overwrite_file(const char* file, const uint8_t* data, size_t size) noexcept {
     FileDescriptor fd(open(file, O_CREAT | O_RDWR | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, file_mode));
     struct stat old;
     if (fd.get() < 0) return "open";

@@ -14,6 +14,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace vorma {
+
 // The rights of a file that we make, less the umask.
 inline constexpr mode_t file_mode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH;
 
@@ -98,3 +100,5 @@ inline bool write_whole(int fd, const uint8_t* data, size_t size) {
 // length. A file that isn't there is made with file_mode. Null if all went well, else the name of the call that failed,
 // with errno. Throws nothing.
 const char* overwrite_file(const char* file, const uint8_t* data, size_t size) noexcept;
+
+} // namespace vorma

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <utility>
 
+using namespace vorma;
+
 namespace {
 
 // A CRC is a polynomial modulo 0xEDB88320, its lowest power in the highest bit.

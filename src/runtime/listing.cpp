@@ -14,6 +14,8 @@
 #include <unistd.h>
 #include <unordered_map>
 
+using namespace vorma;
+
 namespace {
 
 // Closes the object's directory, or its sequentially read file, when the walk ends in whatever way.
@@ -210,8 +212,8 @@ uint32_t MGFile::GetMaxNameNExtFromDir(std::string dir, std::string stem, std::s
     });
 }
 
-std::vector<MGFileNumExt> numbered_copies(MGFile& file, const std::string& dir, const std::string& stem,
-                                          const std::string& ext) {
+std::vector<MGFileNumExt> vorma::numbered_copies(MGFile& file, const std::string& dir, const std::string& stem,
+                                                 const std::string& ext) {
     std::vector<MGFileNumExt> copies;
     // Not by a mask: a stem may hold "*" and "?" or be no UTF-8, and what is found here is what a rotation removes. So
     // a name counts only if it is the one that its number makes.

@@ -9,6 +9,8 @@
 
 #include <algorithm>
 
+using namespace vorma;
+
 namespace {
 
 // mask up to the first invalid sequence: behind it nothing could be compared.

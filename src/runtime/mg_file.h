@@ -6,7 +6,7 @@
 // null unless its operation says so. The sections bear the names of the source files that hold them.
 #pragma once
 
-#include "app/mg_err.h"
+#include "../app/mg_err.h"
 
 #include <cstddef>
 #include <cstdint>

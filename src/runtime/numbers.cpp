@@ -5,6 +5,8 @@
 #include <cstring>
 #include <stdexcept>
 
+using namespace vorma;
+
 namespace {
 
 // The number that `convert` (std::stoi, std::stoll) finds at the start of text. func_1 and func_2 go to its error.

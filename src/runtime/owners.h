@@ -6,6 +6,8 @@
 #include <memory>
 #include <unistd.h>
 
+namespace vorma {
+
 // What malloc or MGFile::ReadFile gave, freed on every path.
 using HeapBuffer = std::unique_ptr<uint8_t, decltype(&std::free)>;
 
@@ -38,3 +40,5 @@ public:
 private:
     int fd_;
 };
+
+} // namespace vorma

@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+using namespace vorma;
+
 namespace {
 
 // What a file name should not hold, besides control characters.

@@ -18,6 +18,8 @@
 #include <unistd.h>
 #include <utility>
 
+using namespace vorma;
+
 namespace {
 
 // The abstract address of a guard: a zero byte, up to 106 bytes of the name, zero bytes up to the end of the field.
@@ -81,7 +83,7 @@ private:
 
 } // namespace
 
-bool start_detached(std::vector<std::string> arguments, int (*execute)(const char* program, char* const arguments[])) {
+bool vorma::start_detached(std::vector<std::string> arguments, int (*execute)(const char* program, char* const arguments[])) {
     std::vector<char*> pointers; // made before the fork: the child of a process with threads must not allocate
     for (std::string& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);

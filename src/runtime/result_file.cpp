@@ -5,6 +5,8 @@
 
 #include <ctime>
 
+using namespace vorma;
+
 void MGFile::SetResultDir(const char* dir) {
     m_result_dir = dir;
     DirAddSlash(m_result_dir);

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <string_view>
 
+using namespace vorma;
+
 namespace {
 
 constexpr const char* blanks = " \t\n\r";

@@ -7,6 +7,8 @@
 // nothing here turns bytes into code points that could then pass for others.
 #include "runtime/mg_file.h"
 
+using namespace vorma;
+
 namespace {
 
 // Length by the first byte, 0 if none begins with it.

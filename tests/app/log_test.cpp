@@ -225,11 +225,13 @@ TEST(MGErr, TextHoldsWhatIsSetInItsOrder) {
 }
 
 TEST(Edge, TurnsForeignExceptionsIntoErrors) {
-    const auto text_at_edge = [](auto body) { return error_of([&] { at_edge("MGFile::X", body); }).GetString(); };
+    const auto text_at_edge = [](auto body) {
+        return error_of([&] { vorma::at_edge("MGFile::X", body); }).GetString();
+    };
     EXPECT_EQ(text_at_edge([] { throw std::bad_alloc(); }),
               "Непонятная ошибка\nИсключение библиотеки STD\nMGFile::X\nstd::bad_alloc\n");
     EXPECT_EQ(text_at_edge([] { throw 1; }), "Непонятная ошибка\nЛюбое исключение\nMGFile::X\n");
-    EXPECT_THROW(at_edge("X", [] { throw MGExit(-7); }), MGExit);
+    EXPECT_THROW(vorma::at_edge("X", [] { throw MGExit(-7); }), MGExit);
 }
 
 } // namespace

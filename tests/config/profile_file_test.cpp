@@ -311,7 +311,7 @@ Bytes by_libgcrypt(const Bytes& initial, Bytes data) {
     EXPECT_TRUE(ready && gcry_cipher_open(&cipher, GCRY_CIPHER_GOST28147, GCRY_CIPHER_MODE_CFB, 0) == 0);
     const gcry_error_t sbox = gcry_cipher_set_sbox(cipher, "1.2.643.2.2.31.1");
     EXPECT_EQ(sbox, 0u);
-    EXPECT_EQ(gcry_cipher_setkey(cipher, scrambling_key, sizeof scrambling_key), 0u);
+    EXPECT_EQ(gcry_cipher_setkey(cipher, vorma::scrambling_key, sizeof vorma::scrambling_key), 0u);
     EXPECT_EQ(gcry_cipher_setiv(cipher, initial.data(), initial.size()), 0u);
     EXPECT_EQ(gcry_cipher_encrypt(cipher, data.data(), data.size(), nullptr, 0), 0u);
     gcry_cipher_close(cipher);

@@ -240,7 +240,7 @@ TEST_F(CryptoPickerTest, WithoutAChoiceNothingChanges) {
     script.box("Информационное сообщение", "Для установки криптографического профиля нужно выбрать его в списке",
                GTK_MESSAGE_INFO, GTK_RESPONSE_OK);
     open("button_store_fill");
-    provider_library = "/absent.so"; // there is only a box then
+    vorma::provider_library = "/absent.so"; // there is only a box then
     script.refusal(testing::HasSubstr("Ошибка подключения динамической библиотеки"));
     open("button_store_fill");
 

@@ -36,7 +36,7 @@ inline uint16_t port_of(int sock) {
 
 struct TcpPair {
     MGSocket server; // listens, and has accepted `sock`
-    FileDescriptor peer;
+    vorma::FileDescriptor peer;
     int sock = -1;
 
     TcpPair() {

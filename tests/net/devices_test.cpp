@@ -58,7 +58,7 @@ public:
     const std::string& refusal() const { return refusal_; }
 
 private:
-    FileDescriptor former_;
+    vorma::FileDescriptor former_;
     std::string refusal_;
 };
 
@@ -163,7 +163,7 @@ TEST(Interfaces, NamesResolveToIpv4Only) {
 }
 
 TEST(Interfaces, AFailedQuestionKeepsWhatWasFoundAndNoDescriptor) {
-    const FileDescriptor lowest_free(open("/dev/null", O_RDONLY));
+    const vorma::FileDescriptor lowest_free(open("/dev/null", O_RDONLY));
     std::vector<MGDevs> devs;
     for (const unsigned long request :
          {SIOCGIFCONF, SIOCGIFFLAGS, SIOCGIFHWADDR, SIOCGIFADDR, SIOCGIFNETMASK, SIOCGIFBRDADDR}) {
@@ -173,7 +173,7 @@ TEST(Interfaces, AFailedQuestionKeepsWhatWasFoundAndNoDescriptor) {
         failing_request = 0;
         EXPECT_EQ(err.func_1 + " " + std::to_string(err.err_code), "FindDevs " + std::to_string(EIO));
         EXPECT_EQ(devs.size(), request >= SIOCGIFADDR && request != SIOCGIFHWADDR ? 1u : 0u);
-        const FileDescriptor next(open("/dev/null", O_RDONLY));
+        const vorma::FileDescriptor next(open("/dev/null", O_RDONLY));
         EXPECT_EQ(next.get(), lowest_free.get() + 1) << "a descriptor was left open";
     }
 }

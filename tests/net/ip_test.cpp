@@ -157,7 +157,7 @@ TEST(MGIp, ChangesAndBuildsWhatOthersWouldBuild) {
 
     // A checksum of 0 goes out as FFFF, but as it is from MakeUdp.
     ip.MakeUdpForExit("127.0.0.1");
-    put16(ip.m_packet + 34, static_cast<uint16_t>(0x0708 + ip.m_transport_checksum));
+    vorma::put16(ip.m_packet + 34, static_cast<uint16_t>(0x0708 + ip.m_transport_checksum));
     ip.Change(0, 21212, 0, 0);
     EXPECT_EQ(ip.m_transport_checksum, 0xFFFF);
     EXPECT_EQ(condition_of([&] { ip.Parse(); }), "");

@@ -61,7 +61,7 @@ TEST(Socket, TellsWhatFailed) {
     TcpPair pair;
     MGSocket plain;
     plain.SetOutputTimeout(0);
-    const FileDescriptor datagrams(socket(AF_INET, SOCK_DGRAM, 0)), file(open("/dev/null", O_RDWR));
+    const vorma::FileDescriptor datagrams(socket(AF_INET, SOCK_DGRAM, 0)), file(open("/dev/null", O_RDWR));
     const int closed = 999;
     bool is_close, from_1, from_2;
     uint8_t byte = 0;

@@ -371,13 +371,13 @@ TEST(MGTrelm, StaysUnloadedWithoutTheLibraryOrAFunctionOfIt) {
     } rows[] = {{"/absent.so", "LoadLibrary", "/absent.so"}, {"libz.so.1", "GetLibFunc", "TRELM_InitMinimal"}};
     for (const auto& row : rows) {
         trelm.InitLib(); // so that there is something to unload
-        const std::string whole = std::exchange(provider_library, row.library);
+        const std::string whole = std::exchange(vorma::provider_library, row.library);
         const MGErr err = error_of([&] { trelm.InitLib(); });
         EXPECT_EQ(err.func_1, row.func_1);
         EXPECT_EQ(err.str_param, row.missing);
         EXPECT_FALSE(trelm.functions.InitMinimal);
         EXPECT_FALSE(dlopen(whole.c_str(), RTLD_LAZY | RTLD_NOLOAD));
-        provider_library = whole;
+        vorma::provider_library = whole;
     }
 }
 
@@ -466,7 +466,7 @@ TEST(MGTrelm, SharedContextsLiveAsLongAsTheirLastHolder) {
         copy_of_copy.TlsCreate("", false, false);
         copy_of_copy.UnInitLib(); // before its destructor
     }
-    EXPECT_FALSE(dlopen(provider_library.c_str(), RTLD_LAZY | RTLD_NOLOAD));
+    EXPECT_FALSE(dlopen(vorma::provider_library.c_str(), RTLD_LAZY | RTLD_NOLOAD));
 }
 
 TEST(MGTrelm, RefusesWhatLacksItsLibraryItsContextOrItsSession) {

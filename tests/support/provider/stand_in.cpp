@@ -16,14 +16,14 @@ void renew() {
 
 } // namespace
 
-ProviderTest::ProviderTest() : former_(provider_library) {
+ProviderTest::ProviderTest() : former_(vorma::provider_library) {
     renew();
-    provider_library = PROVIDER_STAND_IN;
+    vorma::provider_library = PROVIDER_STAND_IN;
 }
 
 ProviderTest::~ProviderTest() {
     EXPECT_THAT(provider_stand_in.live, testing::IsEmpty());
     EXPECT_THAT(provider_stand_in.misuses, testing::IsEmpty());
-    provider_library = former_;
+    vorma::provider_library = former_;
     renew();
 }
