@@ -6,6 +6,7 @@
 #include "config/file_checks.h"
 #include "config/mg_libxml.h"
 #include "config/xml_tables.h"
+#include "runtime/descriptor_io.h"
 #include "runtime/mg_file.h"
 
 using namespace vorma;
@@ -29,6 +30,15 @@ constexpr XmlAttr<MGProfile> profile_attrs[] = {
 constexpr XmlAttr<MGContext> editor_attrs[] = {
     {"path", &MGContext::editor_path},
 };
+
+// A file with passwords in it may be for its owner only.
+void copy_mode(MGErr& err, const std::string& from, const std::string& to) {
+    struct stat original, copy;
+    if (stat(from.c_str(), &original) != 0 || stat(to.c_str(), &copy) != 0)
+        fail_errno(err, "Ошибка получения сведений о файле", "stat");
+    if (original.st_mode != copy.st_mode && chmod(to.c_str(), original.st_mode & 07777) != 0)
+        fail_errno(err, "Ошибка установки прав доступа к файлу", "chmod");
+}
 
 // Undoes a save that failed half-way, as on a full disk. Otherwise the next save would take the stump for the earlier
 // content and copy it over the only whole one. Where the content can't be written back, renaming needs no room.
@@ -88,7 +98,13 @@ void write_config_file(MGContext* context) {
 
 void make_reserve_copy(const std::string& file) {
     at_edge("make_reserve_copy", [&] {
-        if (MGFile::IsFile(file.c_str())) MGFile::CopyFile(file, file + "~");
+        MGErr err = error_of("make_reserve_copy", "Ошибка создания резервной копии файла");
+        if (!is_surely_file(err, file)) return;
+        const std::string reserve = file + "~";
+        MGFile::CopyFile(file, reserve);
+        err.str_param = file;
+        err.opt_param = reserve;
+        copy_mode(err, file, reserve);
     });
 }
 

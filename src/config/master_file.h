@@ -21,8 +21,10 @@ void read_config_file(MGContext* context);
 // Sets quantity, then writes config_file in place, after a reserve copy. Throws MGErr.
 void write_config_file(MGContext* context);
 
-// Copies the file to its name with "~" behind, over what stands there; does nothing where there is no such file.
-// Throws MGErr: the writer stops then, and the file keeps its content.
+// Copies the file, and its mode, to its name with "~" behind, over what stands there; does nothing where there is no
+// such file. At every moment of a save the file or its reserve copy is whole: the copy is written while the file
+// stands, and the file is touched when the copy is done. Throws MGErr: the writer stops then, and the file keeps its
+// content.
 void make_reserve_copy(const std::string& file);
 
 // Writes the document in place, after a reserve copy. Throws MGErr; a save that fails half-way leaves the earlier

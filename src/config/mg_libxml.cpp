@@ -2,18 +2,17 @@
 #include "config/mg_libxml.h"
 
 #include "app/mg_err.h"
+#include "config/xml_parsing.h"
+#include "config/xml_saving.h"
+#include "runtime/descriptor_io.h"
 
-#include <libxml/parser.h>
 #include <libxml/xmlsave.h>
 
-#include <cstring>
 #include <stdexcept>
 
 using namespace vorma;
 
 namespace {
-
-constexpr int oldest_libxml = 20904;
 
 const xmlChar* xml(const char* text) {
     return reinterpret_cast<const xmlChar*>(text);
@@ -29,25 +28,25 @@ struct Operation {
     const char* func_1;
 
     [[noreturn]] void fails(const char* mess_2, const char* func_2, const char* opt_param = "",
-                            const char* str_param = "") const {
+                            const char* str_param = "", const XmlReports* reports = nullptr) const {
         MGErr err = error_of(func_1, mess_1);
         err.opt_param = opt_param;
         err.str_param = str_param;
+        if (reports) reports->complete(err);
         fail(err, mess_2, func_2);
     }
 };
 
-// What libxml2 has to say goes into the MGErr of the step that failed, not to standard error.
-void prepare_libxml() {
-    xmlCheckVersion(oldest_libxml);
-    xmlSetStructuredErrorFunc(nullptr, [](void*, auto) {});
-}
+// The same with what libxml2 reports meanwhile.
+struct ReportingOperation {
+    Operation names;
+    XmlReports reports = {};
 
-// Our documents declare no entities. A few kilobytes of them can stand for gigabytes of text, which libxml2 would build
-// in memory when the attribute is taken, so such a document counts as unreadable.
-bool is_readable(const xmlDoc* document) {
-    return document && !(document->intSubset && document->intSubset->entities);
-}
+    [[noreturn]] void fails(const char* mess_2, const char* func_2, const char* opt_param = "",
+                            const char* str_param = "") const {
+        names.fails(mess_2, func_2, opt_param, str_param, &reports);
+    }
+};
 
 // The first node from `node` on, along its siblings, that is an element of that name; any element where it is null.
 xmlNode* element_from(xmlNode* node, const char* name) {
@@ -60,31 +59,34 @@ xmlNode* element_from(xmlNode* node, const char* name) {
 
 void MGLibxml::DocumentFreed::operator()(xmlDoc* document) const {
     xmlFreeDoc(document);
-    xmlCleanupParser();
 }
 
 MGLibxml::MGLibxml() {
-    prepare_libxml();
-    document_.reset(xmlNewDoc(xml("1.0")));
-    if (!document_)
-        Operation{"Ошибка конструктора класса XML документа", "MGLibxml"}.fails("Не удалось создать XML документ",
-                                                                                "xmlNewDoc");
+    at_edge("MGLibxml::MGLibxml", [&] {
+        const ReportingOperation operation{{"Ошибка конструктора класса XML документа", "MGLibxml"}};
+        document_.reset(xmlNewDoc(xml("1.0")));
+        if (!document_) operation.fails("Не удалось создать XML документ", "xmlNewDoc");
+    });
 }
 
 MGLibxml::MGLibxml(const char* file) {
-    prepare_libxml();
-    document_.reset(xmlReadFile(file, nullptr, 0));
-    if (!is_readable(document_.get()))
-        Operation{"Ошибка конструктора класса с чтением XML документа из файла", "MGLibxml"}.fails(
-            "Не удалось прочесть XML документ из файла", "xmlReadFile", file);
+    at_edge("MGLibxml::MGLibxml", [&] {
+        constexpr const char* mess_1 = "Ошибка конструктора класса с чтением XML документа из файла";
+        constexpr const char* mess_2 = "Не удалось прочесть XML документ из файла";
+        MGErr err = error_of("MGLibxml", mess_1);
+        const FileDescriptor fd = open_regular(err, file, mess_2, "xmlReadFile", file);
+        ReportingOperation operation{{mess_1, "MGLibxml"}};
+        document_.reset(parse_xml_file(fd.get(), operation.reports));
+        if (!document_) operation.fails(mess_2, "xmlReadFile", file);
+    });
 }
 
 MGLibxml::MGLibxml(const char* text, int options) {
-    prepare_libxml();
-    document_.reset(xmlReadDoc(xml(text), nullptr, nullptr, options));
-    if (!is_readable(document_.get()))
-        Operation{"Ошибка конструктора класса с чтением XML документа из строки", "MGLibxml"}.fails(
-            "Не удалось прочесть XML документ из строки", "xmlReadDoc");
+    at_edge("MGLibxml::MGLibxml", [&] {
+        ReportingOperation operation{{"Ошибка конструктора класса с чтением XML документа из строки", "MGLibxml"}};
+        document_.reset(parse_xml_text(text, options, operation.reports));
+        if (!document_) operation.fails("Не удалось прочесть XML документ из строки", "xmlReadDoc");
+    });
 }
 
 void MGLibxml::Free(xmlChar* text) {
@@ -94,41 +96,56 @@ void MGLibxml::Free(xmlChar* text) {
 // --- Writing ---
 
 void MGLibxml::AddDocComment(const char* text) {
-    xmlNode* comment = xmlNewDocComment(document_.get(), xml(text));
-    if (!comment)
-        Operation{"Ошибка добавления комментария в заголовок XML документа", "AddDocComment"}.fails(
-            "Не удалось создать комментарий", "xmlNewDocComment", text);
-    xmlDocSetRootElement(document_.get(), comment);
+    at_edge("MGLibxml::AddDocComment", [&] {
+        const ReportingOperation operation{
+            {"Ошибка добавления комментария в заголовок XML документа", "AddDocComment"}};
+        xmlNode* comment = xmlNewDocComment(document_.get(), xml(text));
+        if (!comment) operation.fails("Не удалось создать комментарий", "xmlNewDocComment", text);
+        xmlDocSetRootElement(document_.get(), comment);
+        if (operation.reports.any()) operation.fails("Не удалось создать комментарий", "xmlNewDocComment", text);
+    });
 }
 
 xmlNode* MGLibxml::AddDocRoot(const char* name) {
-    xmlNode* root = xmlNewNode(nullptr, xml(name));
-    if (!root)
-        Operation{"Ошибка добавления корневого раздела в XML документ", "AddDocRoot"}.fails(
-            "Не удалось создать корневой раздел", "xmlNewNode", name);
-    xmlDocSetRootElement(document_.get(), root);
-    return root;
+    return at_edge("MGLibxml::AddDocRoot", [&] {
+        const ReportingOperation operation{{"Ошибка добавления корневого раздела в XML документ", "AddDocRoot"}};
+        xmlNode* root = xmlNewNode(nullptr, xml(name));
+        if (!root) operation.fails("Не удалось создать корневой раздел", "xmlNewNode", name);
+        xmlDocSetRootElement(document_.get(), root);
+        return root;
+    });
 }
 
 xmlNode* MGLibxml::AddChildToNode(xmlNode* parent, const char* name) {
-    xmlNode* child = xmlNewChild(parent, nullptr, xml(name), nullptr);
-    if (!child)
-        Operation{"Ошибка добавления нового раздела в уже существующий", "AddChildToNode"}.fails(
-            "Не удалось добавить новый раздел", "xmlNewChild", name);
-    return child;
+    return at_edge("MGLibxml::AddChildToNode", [&] {
+        const ReportingOperation operation{{"Ошибка добавления нового раздела в уже существующий", "AddChildToNode"}};
+        xmlNode* child = xmlNewChild(parent, nullptr, xml(name), nullptr);
+        if (!child) operation.fails("Не удалось добавить новый раздел", "xmlNewChild", name);
+        return child;
+    });
 }
 
 namespace {
 
-void new_prop(const Operation& operation, xmlNode* node, const char* name, const char* value) {
-    if (!xmlNewProp(node, xml(name), xml(value)))
+void new_prop(const ReportingOperation& operation, xmlNode* node, const char* name, const char* value) {
+    if (!xmlNewProp(node, xml(name), xml(value)) || operation.reports.any())
         operation.fails("Не удалось создать свойство", "xmlNewProp", name, value);
+}
+
+// Sets a content by `set`, which gives no result.
+template <class Set>
+void set_content(const char* func_1, const char* func_2, Set&& set) {
+    const ReportingOperation operation{{"Ошибка установки содержимого раздела XML документа", func_1}};
+    set();
+    if (operation.reports.any()) operation.fails("Не удалось установить содержимое раздела", func_2);
 }
 
 } // namespace
 
 void MGLibxml::SetTextProp(xmlNode* node, const char* name, const char* value) {
-    new_prop({"Ошибка установки свойства в раздела в XML документа", "SetTextProp"}, node, name, value);
+    at_edge("MGLibxml::SetTextProp", [&] {
+        new_prop({{"Ошибка установки свойства в раздела в XML документа", "SetTextProp"}}, node, name, value);
+    });
 }
 
 void MGLibxml::SetNumberProp(xmlNode* node, const char* name, int32_t value) {
@@ -140,42 +157,55 @@ void MGLibxml::SetNumber64Prop(xmlNode* node, const char* name, uint64_t value) 
 }
 
 void MGLibxml::SetNumberPropPrintf(xmlNode* node, const char* name, const char* format, const void* value, bool is_64) {
-    const Operation operation{"Ошибка установки свойства в раздела в XML документа", "SetNumberPropPrintf"};
-    xmlChar digits[64];
-    const int length = is_64 ? xmlStrPrintf(digits, sizeof digits, format, *static_cast<const uint64_t*>(value))
-                             : xmlStrPrintf(digits, sizeof digits, format, *static_cast<const int32_t*>(value));
-    if (length == -1) operation.fails("Не удалось преобразовать число в строку", "xmlStrPrintf", name, format);
-    new_prop(operation, node, name, plain(digits));
+    at_edge("MGLibxml::SetNumberPropPrintf", [&] {
+        const ReportingOperation operation{
+            {"Ошибка установки свойства в раздела в XML документа", "SetNumberPropPrintf"}};
+        xmlChar digits[64];
+        const int length = is_64 ? xmlStrPrintf(digits, sizeof digits, format, *static_cast<const uint64_t*>(value))
+                                 : xmlStrPrintf(digits, sizeof digits, format, *static_cast<const int32_t*>(value));
+        if (length == -1) operation.fails("Не удалось преобразовать число в строку", "xmlStrPrintf", name, format);
+        new_prop(operation, node, name, plain(digits));
+    });
 }
 
 void MGLibxml::SetContentToNode(xmlNode* node, const char* text) {
-    xmlNodeSetContent(node, xml(text));
+    at_edge("MGLibxml::SetContentToNode",
+            [&] { set_content("SetContentToNode", "xmlNodeSetContent", [&] { xmlNodeSetContent(node, xml(text)); }); });
 }
 
 void MGLibxml::SetLenContentToNode(xmlNode* node, const char* text, int length) {
-    xmlNodeSetContentLen(node, xml(text), length);
+    at_edge("MGLibxml::SetLenContentToNode", [&] {
+        set_content("SetLenContentToNode", "xmlNodeSetContentLen",
+                    [&] { xmlNodeSetContentLen(node, xml(text), length); });
+    });
 }
 
 void MGLibxml::SetStringContentToNode(xmlNode* node, const std::string& text) {
-    xmlNodeSetContent(node, xml(text.c_str()));
+    at_edge("MGLibxml::SetStringContentToNode", [&] {
+        set_content("SetStringContentToNode", "xmlNodeSetContent", [&] { xmlNodeSetContent(node, xml(text.c_str())); });
+    });
 }
 
 void MGLibxml::SaveFile(const char* file) {
-    if (xmlSaveFormatFileEnc(file, document_.get(), "UTF-8", 1) == -1)
-        Operation{"Ошибка сохранения XML документа в файл", "SaveFile"}.fails("Не удалось создать файл",
-                                                                              "xmlSaveFormatFileEnc", file);
+    at_edge("MGLibxml::SaveFile", [&] {
+        ReportingOperation operation{{"Ошибка сохранения XML документа в файл", "SaveFile"}};
+        if (!save_xml(document_.get(), file, operation.reports))
+            operation.fails("Не удалось создать файл", "xmlSaveFormatFileEnc", file);
+    });
 }
 
 void MGLibxml::SaveString(std::string& text) {
     at_edge("MGLibxml::SaveString", [&] {
-        const Operation operation{"Ошибка сохранения XML документа в строку", "SaveString"};
+        const ReportingOperation operation{{"Ошибка сохранения XML документа в строку", "SaveString"}};
         const std::unique_ptr<xmlBuffer, decltype(&xmlBufferFree)> buffer(xmlBufferCreate(), xmlBufferFree);
         if (!buffer) operation.fails("Не удалось создать буфер", "xmlBufferCreate");
         xmlSaveCtxt* save = xmlSaveToBuffer(buffer.get(), "UTF-8", XML_SAVE_FORMAT | XML_SAVE_NO_EMPTY);
         if (!save) operation.fails("Не удалось сохранить данные в буфер", "xmlSaveToBuffer");
-        xmlSaveDoc(save, document_.get());
-        xmlSaveFlush(save);
-        xmlSaveClose(save);
+        const bool saved = xmlSaveDoc(save, document_.get()) != -1;
+        const bool flushed = xmlSaveFlush(save) != -1;
+        const bool closed = xmlSaveClose(save) != -1;
+        if (!saved || !flushed || !closed || operation.reports.any())
+            operation.fails("Не удалось сохранить данные в буфер", !saved ? "xmlSaveDoc" : "xmlSaveFlush");
         const xmlChar* content = xmlBufferContent(buffer.get());
         text = content ? plain(content) : "";
     });
@@ -184,9 +214,12 @@ void MGLibxml::SaveString(std::string& text) {
 // --- Reading: elements ---
 
 xmlNode* MGLibxml::GetRoot() const {
-    xmlNode* root = element_from(document_->children, nullptr);
-    if (!root) Operation{"Ошибка получения корневого раздела", "GetRoot"}.fails("Не удалось найти корневой раздел", "");
-    return root;
+    return at_edge("MGLibxml::GetRoot", [&] {
+        xmlNode* root = element_from(document_->children, nullptr);
+        if (!root)
+            Operation{"Ошибка получения корневого раздела", "GetRoot"}.fails("Не удалось найти корневой раздел", "");
+        return root;
+    });
 }
 
 const char* MGLibxml::GetName(const xmlNode* node) const {
@@ -198,11 +231,13 @@ xmlNode* MGLibxml::GetFirstChildrenIfNoRetNull(const xmlNode* node, const char* 
 }
 
 xmlNode* MGLibxml::GetFirstChildren(const xmlNode* node, const char* name) const {
-    xmlNode* child = GetFirstChildrenIfNoRetNull(node, name);
-    if (!child)
-        Operation{"Ошибка получения первого подчиненного раздела", "GetFirstChildren"}.fails(
-            "Не удалось найти подчиненный раздел", "", name);
-    return child;
+    return at_edge("MGLibxml::GetFirstChildren", [&] {
+        xmlNode* child = GetFirstChildrenIfNoRetNull(node, name);
+        if (!child)
+            Operation{"Ошибка получения первого подчиненного раздела", "GetFirstChildren"}.fails(
+                "Не удалось найти подчиненный раздел", "", name);
+        return child;
+    });
 }
 
 xmlNode* MGLibxml::GetNextNode(const xmlNode* node, const char* name) const {
@@ -217,24 +252,49 @@ bool MGLibxml::IsChildren(const xmlNode* node, const char* name) const {
 
 namespace {
 
-MGLibxml::Text get_prop(const Operation& operation, const xmlNode* node, const char* name) {
-    MGLibxml::Text text(xmlGetProp(node, xml(name)));
-    if (!text) operation.fails("Не удалось получить значение свойства", "xmlGetProp", name);
-    return text;
-}
+// The value of an attribute, in the document where it stands there as one piece, which is how the parser leaves it.
+class Value {
+public:
+    Value(const Operation& operation, const xmlNode* node, const char* name) {
+        const xmlAttr* attribute = xmlHasProp(node, xml(name));
+        if (!attribute) operation.fails("Не удалось получить значение свойства", "xmlGetProp", name);
+        const xmlNode* content = attribute->children;
+        const bool whole = content && !content->next && content->type == XML_TEXT_NODE && content->content;
+        if (!whole) copy_ = get_prop(operation, node, name);
+        text_ = plain(whole ? content->content : copy_.get());
+    }
+
+    const char* text() const { return text_; }
+
+    static MGLibxml::Text get_prop(const Operation& operation, const xmlNode* node, const char* name) {
+        const XmlReports reports;
+        MGLibxml::Text text(xmlGetProp(node, xml(name)));
+        if (!text || reports.any())
+            operation.fails("Не удалось получить значение свойства", "xmlGetProp", name, "", &reports);
+        return text;
+    }
+
+private:
+    MGLibxml::Text copy_;
+    const char* text_;
+};
 
 } // namespace
 
 bool MGLibxml::IsProp(const xmlNode* node, const char* name) const {
-    return Text(xmlGetProp(node, xml(name))) != nullptr;
+    return xmlHasProp(node, xml(name)) != nullptr;
 }
 
 MGLibxml::Text MGLibxml::GetTextProp(const xmlNode* node, const char* name) const {
-    return get_prop({"Ошибка получения свойства раздела", "GetTextProp"}, node, name);
+    return at_edge("MGLibxml::GetTextProp", [&] {
+        return Value::get_prop({"Ошибка получения свойства раздела", "GetTextProp"}, node, name);
+    });
 }
 
 std::string MGLibxml::GetStringProp(const xmlNode* node, const char* name) const {
-    return at_edge("MGLibxml::GetStringProp", [&] { return std::string(plain(GetTextProp(node, name).get())); });
+    return at_edge("MGLibxml::GetStringProp", [&] {
+        return std::string(Value({"Ошибка получения свойства раздела", "GetTextProp"}, node, name).text());
+    });
 }
 
 int32_t MGLibxml::GetNumberProp(const xmlNode* node, const char* name) const {
@@ -250,23 +310,27 @@ uint64_t MGLibxml::GetNumber64Prop(const xmlNode* node, const char* name) const 
 }
 
 void MGLibxml::GetNumberPropExt(const xmlNode* node, const char* name, void* value, bool is_64) const {
-    const Operation operation{"Ошибка получения свойства раздела", "GetNumberPropExt"};
-    const Text text = get_prop(operation, node, name);
     at_edge("MGLibxml::GetNumberPropExt", [&] {
+        const Operation operation{"Ошибка получения свойства раздела", "GetNumberPropExt"};
+        const Value text(operation, node, name);
         try {
             if (is_64)
-                *static_cast<uint64_t*>(value) = std::stoul(plain(text.get()));
+                *static_cast<uint64_t*>(value) = std::stoul(text.text());
             else
-                *static_cast<int32_t*>(value) = std::stoi(plain(text.get()));
+                *static_cast<int32_t*>(value) = std::stoi(text.text());
         } catch (const std::logic_error&) { // what both throw: no digits, or out of range
-            operation.fails("Свойства не содержит числовое значение", is_64 ? "stolu" : "stoi", name,
-                            plain(text.get()));
+            operation.fails("Свойства не содержит числовое значение", is_64 ? "stolu" : "stoi", name, text.text());
         }
     });
 }
 
 MGLibxml::Text MGLibxml::GetContentFromNode(const xmlNode* node) const {
-    return Text(xmlNodeGetContent(node));
+    return at_edge("MGLibxml::GetContentFromNode", [&] {
+        const ReportingOperation operation{{"Ошибка получения содержимого раздела", "GetContentFromNode"}};
+        Text text(xmlNodeGetContent(node));
+        if (operation.reports.any()) operation.fails("Не удалось получить содержимое раздела", "xmlNodeGetContent");
+        return text;
+    });
 }
 
 std::string MGLibxml::GetStringContentFromNode(const xmlNode* node) const {

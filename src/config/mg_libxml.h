@@ -1,9 +1,12 @@
 // One libxml2 document: the few steps that readers and writers of XML take. Each failed step throws the MGErr that says
-// which call failed and with which name or value, so a caller never tests a result. libxml2 itself prints nothing.
-// A document that declares entities counts as unreadable: ours never do.
-// Names and values are UTF-8. Nodes belong to the document and die with it.
-// One thread, one document at a time: giving a document back also resets the process-wide state of libxml2.
+// which call failed and with which name or value, so a caller never tests a result; err_code and err_description bear
+// what libxml2 or the system said of it. libxml2 itself prints nothing.
+// Documents keep to the bounds of config/xml_parsing.h: a document type declaration, for one, is refused where it
+// begins. Names and values are UTF-8. Nodes belong to the document and die with it. Each thread may use documents of
+// its own.
 #pragma once
+
+#include "config/xml_library.h"
 
 #include <libxml/tree.h>
 
@@ -14,9 +17,9 @@
 class MGLibxml {
 public:
     MGLibxml();                              // an empty document of XML version 1.0
-    explicit MGLibxml(const char* file);     // parses a file, with no options
+    explicit MGLibxml(const char* file);     // parses a regular file of this very name, as xmlReadFile without options
     MGLibxml(const char* text, int options); // parses a string with xmlReadDoc's options
-    ~MGLibxml() = default;                   // xmlFreeDoc, then xmlCleanupParser
+    ~MGLibxml() = default;                   // xmlFreeDoc; the last document out: xmlCleanupParser
     MGLibxml(const MGLibxml&) = delete;
     MGLibxml& operator=(const MGLibxml&) = delete;
 
@@ -44,7 +47,8 @@ public:
     void SetContentToNode(xmlNode* node, const char* text);
     void SetLenContentToNode(xmlNode* node, const char* text, int length);
     void SetStringContentToNode(xmlNode* node, const std::string& text);
-    // Formatted, in UTF-8, in place.
+    // Formatted, in UTF-8, in place, as config/xml_saving.h tells. A failure before the file's room is found leaves its
+    // content as it was.
     void SaveFile(const char* file);
     // The same into a string, without empty-element tags.
     void SaveString(std::string& text);
@@ -87,5 +91,6 @@ private:
     struct DocumentFreed {
         void operator()(xmlDoc* document) const;
     };
+    XmlLibrary library_; // outlives the document
     std::unique_ptr<xmlDoc, DocumentFreed> document_;
 };

@@ -96,9 +96,9 @@ inline bool write_whole(int fd, const uint8_t* data, size_t size) {
 }
 
 // Puts data in the place of the file's content, under the same name. The room is reserved while the old content stands:
-// on a full disk it is still there. Then the bytes are written over the old ones, and only then is the file cut to its
-// length. A file that isn't there is made with file_mode. Null if all went well, else the name of the call that failed,
-// with errno. Throws nothing.
+// on a full disk, or beyond the process's limit, it is still there. Then the bytes are written over the old ones, and
+// only then is the file cut to its length. A file that isn't there is made with file_mode. Null if all went well, else
+// the name of the call that failed, with errno. Throws nothing.
 const char* overwrite_file(const char* file, const uint8_t* data, size_t size) noexcept;
 
 } // namespace vorma

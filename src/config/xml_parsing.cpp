@@ -1,0 +1,110 @@
+// The parser's hooks, and the source that feeds it.
+#include "config/xml_parsing.h"
+
+#include "runtime/descriptor_io.h"
+
+#include <libxml/SAX2.h>
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <memory>
+
+using namespace vorma;
+
+namespace {
+
+constexpr int most_depth = 64;
+constexpr int most_attributes = 256;
+constexpr size_t most_names = 100'000;
+constexpr size_t most_text = 16 << 20;
+constexpr size_t most_in_element = 64 << 10;
+
+// Where the parser's bytes come from: a descriptor, or else a text.
+struct Source {
+    XmlReports& reports;
+    int fd = -1;
+    const char* text = nullptr;
+    size_t left = 0;
+    size_t element_limit = std::numeric_limits<size_t>::max();
+    size_t since_element = 0; // bytes handed out since an element began
+};
+
+Source& source_of(xmlParserCtxt* parser) {
+    return *static_cast<Source*>(parser->_private);
+}
+
+int next_bytes(void* data, char* buffer, int size) {
+    auto& source = *static_cast<Source*>(data);
+    if (source.since_element > source.element_limit) {
+        source.reports.refuse("Слишком длинный элемент");
+        return -1;
+    }
+    ssize_t got = 0;
+    if (source.fd >= 0) {
+        got = read_some(source.fd, reinterpret_cast<uint8_t*>(buffer), static_cast<size_t>(size));
+        if (got < 0) source.reports.add_errno(errno);
+    } else {
+        got = static_cast<ssize_t>(std::min(source.left, static_cast<size_t>(size)));
+        std::memcpy(buffer, source.text, static_cast<size_t>(got));
+        source.text += got;
+        source.left -= static_cast<size_t>(got);
+    }
+    if (got > 0) source.since_element += static_cast<size_t>(got);
+    return static_cast<int>(got);
+}
+
+void refuse(xmlParserCtxt* parser, const char* why) {
+    source_of(parser).reports.refuse(why, xmlSAX2GetLineNumber(parser), xmlSAX2GetColumnNumber(parser));
+    xmlStopParser(parser);
+}
+
+void document_type(void* data, const xmlChar*, const xmlChar*, const xmlChar*) {
+    refuse(static_cast<xmlParserCtxt*>(data), "Объявление типа документа (DOCTYPE) не допускается");
+}
+
+// Looks at an element before libxml2 adds it to the document, which takes a walk for each attribute.
+void element(void* data, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri, int namespaces_size,
+             const xmlChar** namespaces, int attributes_size, int defaulted, const xmlChar** attributes) {
+    auto* parser = static_cast<xmlParserCtxt*>(data);
+    source_of(parser).since_element = 0;
+    if (attributes_size > most_attributes || namespaces_size > most_attributes)
+        return refuse(parser, "Слишком много атрибутов в элементе");
+    if (parser->nameNr >= most_depth) return refuse(parser, "Слишком глубокая вложенность элементов");
+    xmlSAX2StartElementNs(data, name, prefix, uri, namespaces_size, namespaces, attributes_size, defaulted, attributes);
+}
+
+// The calls for a parser with hooks give what xmlReadFile and xmlReadDoc give. Reading goes through a source of ours,
+// so that no name of a file is taken for more than that.
+xmlDoc* parse(Source& source, int options) {
+    const std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> parser(xmlNewParserCtxt(), xmlFreeParserCtxt);
+    if (!parser) return nullptr;
+    parser->_private = &source;
+    parser->sax->internalSubset = document_type;
+    parser->sax->startElementNs = element;
+    xmlDictSetLimit(parser->dict, most_names);
+    xmlDoc* document = xmlCtxtReadIO(parser.get(), next_bytes, nullptr, &source, nullptr, nullptr, options);
+    if (!source.reports.spoilt()) return document;
+    xmlFreeDoc(document);
+    return nullptr;
+}
+
+} // namespace
+
+xmlDoc* parse_xml_file(int fd, XmlReports& reports) {
+    Source source{.reports = reports, .fd = fd};
+    return parse(source, 0);
+}
+
+xmlDoc* parse_xml_text(const char* text, int options, XmlReports& reports) {
+    const size_t size = text ? strnlen(text, most_text + 1) : 0;
+    if (size > most_text) {
+        reports.refuse("Слишком длинный документ");
+        return nullptr;
+    }
+    Source source{.reports = reports, .text = text, .left = size, .element_limit = most_in_element};
+    // The older interface of the parser would go past the hooks, and its limits stay.
+    return parse(source, options & ~(XML_PARSE_SAX1 | XML_PARSE_HUGE));
+}
