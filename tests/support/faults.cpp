@@ -25,6 +25,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 #if defined(VORMA_SANITIZED)
 #define ALLOCATOR(name) __interceptor_##name
@@ -123,8 +124,7 @@ Function* next(const char* name) {
 
 // What is left of a writing call's size: half for the point that is to fail shortly; 0 if the call is to fail.
 size_t writable(const char* name, size_t size) {
-    if (state.full) {
-        state.full = false;
+    if (std::exchange(state.full, false) && state.armed) {
         errno = ENOSPC;
         return 0;
     }
@@ -363,6 +363,14 @@ struct Total {
 };
 
 } // namespace
+
+faults::Pause::Pause()
+    : armed_(std::exchange(state.armed, false)), recording_(std::exchange(state.recording, false)) {}
+
+faults::Pause::~Pause() {
+    state.armed = armed_;
+    state.recording = recording_;
+}
 
 std::string faults::last_point() {
     return (state.failed ? state.failed : "none") + (" " + std::to_string(state.wanted));

@@ -32,6 +32,18 @@ struct Run {
 
 void loop(const std::string& name, const std::function<Run()>& prepare);
 
+// While one lives, its thread meets no faults: for what isn't ours to test, such as a library that stands in for another.
+class Pause {
+public:
+    Pause();
+    ~Pause();
+    Pause(const Pause&) = delete;
+    Pause& operator=(const Pause&) = delete;
+
+private:
+    bool armed_, recording_;
+};
+
 // The name and the number of the point that failed last, "write 7"; for a trace of one's own.
 std::string last_point();
 

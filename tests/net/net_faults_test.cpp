@@ -1,0 +1,233 @@
+#include "net/mg_ip.h"
+#include "net/mg_socket.h"
+#include "net/mg_trelm.h"
+#include "net/ticket.h"
+#include "net/transfer_documents.h"
+#include "runtime/owners.h"
+#include "support/faults.h"
+#include "support/provider/stand_in.h"
+#include "support/temp_dir.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <dlfcn.h>
+#include <span>
+#include <sys/socket.h>
+
+using namespace vorma;
+
+namespace {
+
+using namespace std::string_literals;
+
+// A connection whose peer has said something already. Making it is no part of what is tested.
+struct Ends {
+    FileDescriptor ours, peer;
+
+    explicit Ends(const std::string& said) {
+        const faults::Pause pause;
+        int ends[2] = {};
+        EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+        ours.reset(ends[0]);
+        peer.reset(ends[1]);
+        EXPECT_EQ(send(peer.get(), said.data(), said.size(), 0), static_cast<ssize_t>(said.size()));
+    }
+};
+
+const std::string accepted(16, '\0'); // the two answers of a receiver
+const std::string message = "\3\0\0\0\0\0\0\0abc"s;
+
+struct World {
+    MGSocket server, client;
+    MGTrelm no_tls;
+    MGSignal signal;
+    TempDir dir;
+    std::vector<uint8_t> data{1, 2, 3};
+    std::vector<std::string> ips;
+    std::vector<MGDevs> devs;
+    std::string text, other, address = "127.0.0.1", device = "lo";
+    MGIp packet;
+    MGSend send;
+    MGDev dev;
+    std::vector<MGQueue> queue = std::vector<MGQueue>(2);
+    MGRecvFile file;
+    uint64_t size = 0;
+
+    World() {
+        client.TurnOffTls(true);
+        client.SetDebugLogFile(dir.path("debug").c_str());
+        client.SetDebugLog(true, true);
+        dev.adrs.resize(2);
+        dev.is_local = true;
+        send.file = text = "a text too long to stand in the object of its string";
+    }
+};
+
+struct Row {
+    const char* name;
+    void (*run)(World&);
+};
+
+void test(std::span<const Row> rows) {
+    for (const Row& row : rows)
+        for_each_fault(
+            row.name, [] { return std::make_unique<World>(); }, [&](auto& world) { row.run(*world); });
+}
+
+uint16_t port_of(int sock) {
+    const faults::Pause pause;
+    sockaddr_in address{};
+    socklen_t size = sizeof address;
+    getsockname(sock, reinterpret_cast<sockaddr*>(&address), &size);
+    return ntohs(address.sin_port);
+}
+
+} // namespace
+
+TEST(NetFaults, OfConnectionsLeaveNothing) {
+    std::signal(SIGPIPE, SIG_IGN);
+    const Row rows[] = {
+        {"Connect, RecvAccept",
+         [](World& w) {
+             w.server.Init();
+             w.server.BindAndListen(w.address, 0);
+             w.client.Init();
+             w.client.Connect(w.address, port_of(w.server.m_sock));
+             if (!w.client.SendPoll(w.client.m_sock) || !w.server.RecvAccept()) throw MGExit(0);
+         }},
+        {"SendData", [](World& w) { w.client.SendData(Ends(accepted).ours.get(), w.data); }},
+        {"RecvData", [](World& w) { w.client.RecvData(Ends(message).ours.get(), w.data); }},
+        {"TlsSendData", [](World& w) { w.client.TlsSendData(w.no_tls, &w.signal, Ends(accepted).ours.get(), w.data); }},
+        {"TlsRecvData",
+         [](World& w) { w.client.TlsRecvData(w.no_tls, &w.signal, Ends(message).ours.get(), w.data, 0, 16); }},
+        {"RecvAll", [](World& w) { w.client.RecvAll(Ends(message).ours.get(), w.data, message.size(), 0); }},
+        {"RecvInVector", [](World& w) { MGSocket::RecvInVector(Ends(message).ours.get(), w.data, 8); }},
+        {"RecvPollWait2",
+         [](World& w) {
+             const Ends one(message), other(message);
+             bool from_1, from_2;
+             w.client.RecvPollWait2(one.ours.get(), other.ours.get(), &w.signal, from_1, from_2, true, true);
+         }},
+        {"GetLocalIps", [](World& w) { w.client.GetLocalIps(w.ips); }},
+        {"FindDevs", [](World& w) { w.client.FindDevs(w.devs); }},
+        {"GetMac", [](World& w) { w.client.GetMac(w.device); }},
+        {"SprintfBuf", [](World& w) { MGSocket::SprintfBuf(w.text.data(), w.text.size()); }},
+        {"Data2Vector", [](World& w) { MGSocket::Data2Vector(w.text.data(), w.text.size(), w.data); }},
+        {"MakeUdp",
+         [](World& w) {
+             w.packet.MakeUdpForExit("10.0.0.1");
+             w.packet.Parse();
+             w.packet.Print2String();
+         }},
+    };
+    test(rows);
+}
+
+TEST(NetFaults, OfDocumentsLeaveNothing) {
+    const Row rows[] = {
+        {"file_header", [](World& w) { write_file_header(w.send, 1, w.text), read_file_header(w.text, w.file); }},
+        {"file_crc", [](World& w) { write_file_crc(1, w.text), read_file_crc(w.text, w.file); }},
+        {"file2_header",
+         [](World& w) {
+             write_file2_header(w.send.file, w.send.file, 1, 1, w.text);
+             read_file2_header(w.text, w.other, w.other, w.size, w.size);
+         }},
+        {"gw_client", [](World& w) { write_gw_client(w.dev, w.text), read_gw_client(w.text, w.dev); }},
+        {"file_client",
+         [](World& w) {
+             write_file_client(w.queue, w.send.file, w.send.file, w.send.file, w.text);
+             read_file_client(w.text, w.queue, w.other, w.other, w.other);
+         }},
+        {"XML ticket", [](World& w) { write_file_ticket("XML", w.send.file, 1, w.data, w.text); }},
+        {"text ticket", [](World& w) { write_file_ticket("TXT", w.send.file, 1, w.data, w.text); }},
+    };
+    test(rows);
+}
+
+namespace {
+
+trelm_functions provider_functions;
+
+// A function of the provider, undisturbed: what it does without memory is not ours to say.
+template <auto function>
+struct Undisturbed;
+template <class Result, class... Arguments, Result (*trelm_functions::*function)(Arguments...)>
+struct Undisturbed<function> {
+    static Result call(Arguments... arguments) {
+        const faults::Pause pause;
+        return (provider_functions.*function)(arguments...);
+    }
+};
+
+struct ProviderWorld : World {
+    const ProviderTest provider;
+    MGTrelm bridge, far_end, copy;
+    std::string signed_file = dir.path("file"), another = dir.path("another"), signature = dir.path("signature"), none;
+
+    ProviderWorld() {
+        dir.write("file", text);
+        dir.write("another", "content");
+    }
+
+    void start(MGTrelm& trelm) {
+        trelm.InitLib();
+        provider_functions = trelm.functions;
+#define UNDISTURBED(name) trelm.functions.name = &Undisturbed<&trelm_functions::name>::call;
+        TRELM_FUNCTIONS(UNDISTURBED)
+#undef UNDISTURBED
+        trelm.InitConnect(0, none, none, none, none);
+        trelm.Initialize();
+    }
+};
+
+} // namespace
+
+TEST(NetFaults, OfTheProviderLeaveNothing) {
+    const struct {
+        const char* name;
+        void (*run)(ProviderWorld&);
+    } rows[] = {
+        {"InitLib, Initialize, CopyTrelm", [](ProviderWorld& w) { w.start(w.bridge), w.bridge.CopyTrelm(w.copy); }},
+        {"Tls",
+         [](ProviderWorld& w) {
+             w.start(w.bridge);
+             w.start(w.far_end);
+             w.bridge.TlsCreate("vorma.test", true, false);
+             w.far_end.TlsCreate("", false, true);
+             w.bridge.TlsHandshake({}, w.data);
+             for (bool done = false; !done;) {
+                 w.far_end.TlsHandshake(w.data, w.data);
+                 if (!w.data.empty()) w.bridge.TlsHandshake(w.data, w.data);
+                 done = w.bridge.TlsComplete() && w.far_end.TlsComplete();
+             }
+             w.bridge.TlsQuery(1, w.data);
+             w.bridge.TlsWrite(w.data, w.data);
+             w.far_end.TlsRead(w.data, w.data, false);
+         }},
+        {"SignFileDetached, VerifyFileDetached",
+         [](ProviderWorld& w) {
+             w.start(w.bridge);
+             w.bridge.SignFileDetached(w.signed_file, w.signature, 20);
+             w.bridge.VerifyFileDetached(w.signed_file, w.signature, 20, w.data);
+         }},
+        {"VerifyFileDetached of another file",
+         [](ProviderWorld& w) {
+             w.start(w.bridge);
+             w.bridge.SignFileDetached(w.another, w.signature, 20);
+             try {
+                 w.bridge.VerifyFileDetached(w.signed_file, w.signature, 20, w.data);
+             } catch (const MGErr& err) {
+                 if (err.uint32_param != stand_in_bad_digest) throw;
+             }
+         }},
+        {"conv_trelm_ansy1251_to_lower_utf8",
+         [](ProviderWorld& w) { MGTrelm::conv_trelm_ansy1251_to_lower_utf8(w.text.c_str(), w.other); }},
+    };
+    const ProviderTest provider;
+    void* const pinned = dlopen(provider_library.c_str(), RTLD_LAZY);
+    for (const auto& row : rows)
+        for_each_fault(
+            row.name, [] { return std::make_unique<ProviderWorld>(); }, [&](auto& w) { row.run(*w); });
+    dlclose(pinned);
+}
