@@ -4,7 +4,7 @@
 #include "dialog/valid_text.h"
 
 #include <algorithm>
-#include <cstring>
+#include <string_view>
 #include <utility>
 
 namespace {
@@ -14,36 +14,62 @@ constexpr glong box_rows = 24;
 constexpr glong row_length = 60;
 constexpr glong line_limit = 8 * row_length;
 
-// The text as far as a box can show it; "…" stands for what is left out. The toolkit lays a text out as a whole, so
-// that the megabytes which an error may quote from a bent file would stop the program. The log keeps them.
-std::string fitting(const char* text) {
-    const ValidText valid(text);
-    std::string shown;
-    glong rows = 0;
-    const char* line = valid.get();
-    while (*line && rows < box_rows) {
-        const char* end = strchrnul(line, '\n');
-        const glong length = g_utf8_strlen(line, end - line);
-        const glong kept = std::min(length, line_limit);
-        shown.append(line, static_cast<const char*>(g_utf8_offset_to_pointer(line, kept)));
-        if (kept < length) shown += "…";
-        if (*end) shown += *end++;
-        rows += 1 + kept / row_length;
-        line = end;
-    }
-    if (*line) shown += "…";
-    return shown;
+constexpr const char* whole_text_key = "vorma-whole-text";
+
+// Takes the first or the last line off the text, with its end.
+std::string_view take_line(std::string_view& text, bool first) {
+    const std::string_view line = first ? text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1)
+                                        : text.substr(text.substr(0, text.size() - 1).rfind('\n') + 1);
+    first ? text.remove_prefix(line.size()) : text.remove_suffix(line.size());
+    return line;
 }
 
-// Lets the box's text break inside a word, since a path or a quoted value can be wider than the screen; without
-// hyphens, which would seem a part of it.
-void break_long_words(GtkMessageDialog* box) {
+// The line with "…" for the middle of a long one: the name of a file often stands at the end.
+std::string fitting_line(std::string_view line) {
+    if (g_utf8_strlen(line.data(), static_cast<gssize>(line.size())) <= line_limit) return std::string(line);
+    const char* end = line.data() + line.size();
+    const char* head_end = g_utf8_offset_to_pointer(line.data(), line_limit / 2);
+    const char* tail = g_utf8_offset_to_pointer(end, -line_limit / 2);
+    return std::string(line.data(), head_end) + "…" + std::string(tail, end);
+}
+
+// The text as far as a box can show it, with "…" for what is left out in the middle. The toolkit lays a text out as a
+// whole, so that the megabytes which an error may quote from a bent file would stop the program.
+std::string fitting(std::string_view text) {
+    std::string head, tail;
+    for (glong head_rows = 0, tail_rows = 0; !text.empty();) {
+        const bool first = head_rows <= tail_rows;
+        const std::string line = fitting_line(take_line(text, first));
+        (first ? head_rows : tail_rows) += 1 + g_utf8_strlen(line.c_str(), -1) / row_length;
+        if (head_rows + tail_rows > box_rows) return head + "…\n" + tail;
+        first ? head += line : tail.insert(0, line);
+    }
+    return head + tail;
+}
+
+// Who takes all that a box shows wants what it could not show too.
+void copy_whole_text(GtkLabel* label, gpointer) {
+    int begin = 0, end = 0;
+    gtk_label_get_selection_bounds(label, &begin, &end);
+    if (end - begin < g_utf8_strlen(gtk_label_get_text(label), -1)) return;
+    g_signal_stop_emission_by_name(label, "copy-clipboard");
+    const char* text = static_cast<const char*>(g_object_get_data(G_OBJECT(label), whole_text_key));
+    gtk_clipboard_set_text(gtk_widget_get_clipboard(GTK_WIDGET(label), GDK_SELECTION_CLIPBOARD), text, -1);
+}
+
+// Makes the box's text one to be selected and copied, and lets it break inside a word, since a path or a quoted value
+// can be wider than the screen; without hyphens, which would seem a part of it.
+void mend_text(GtkMessageDialog* box, const char* whole_text) {
     PangoAttrList* attributes = pango_attr_list_new();
     pango_attr_list_insert(attributes, pango_attr_insert_hyphens_new(FALSE));
     GList* labels = gtk_container_get_children(GTK_CONTAINER(gtk_message_dialog_get_message_area(box)));
     for (GList* item = labels; item; item = item->next) {
-        gtk_label_set_line_wrap_mode(GTK_LABEL(item->data), PANGO_WRAP_WORD_CHAR);
-        gtk_label_set_attributes(GTK_LABEL(item->data), attributes);
+        GtkLabel* label = GTK_LABEL(item->data);
+        gtk_label_set_line_wrap_mode(label, PANGO_WRAP_WORD_CHAR);
+        gtk_label_set_attributes(label, attributes);
+        gtk_label_set_selectable(label, TRUE);
+        g_object_set_data_full(G_OBJECT(label), whole_text_key, g_strdup(whole_text), g_free);
+        g_signal_connect(label, "copy-clipboard", G_CALLBACK(copy_whole_text), nullptr);
     }
     g_list_free(labels);
     pango_attr_list_unref(attributes);
@@ -73,9 +99,10 @@ std::string bare_name(const std::string& path) {
 
 int32_t MGDialog::MessageBox(const char* title, const char* text, GtkMessageType type, GtkButtonsType buttons) {
     if (!window) return -1;
+    const ValidText valid(text ? text : "");
     const GtkOwnWindow box(gtk_message_dialog_new(GTK_WINDOW(window), GTK_DIALOG_MODAL, type, buttons, "%s",
-                                                  fitting(text ? text : "").c_str()));
-    break_long_words(GTK_MESSAGE_DIALOG(box.get()));
+                                                  fitting(valid.get()).c_str()));
+    mend_text(GTK_MESSAGE_DIALOG(box.get()), valid.get());
     name_answers(GTK_DIALOG(box.get()));
     if (title) gtk_window_set_title(GTK_WINDOW(box.get()), title);
     return gtk_dialog_run(GTK_DIALOG(box.get()));

@@ -1,7 +1,64 @@
 // Mends the toolkit's inputs by handlers that come before its own.
 #include "dialog/input_habits.h"
 
+#include <string>
+
 namespace {
+
+bool fits_one_line(gunichar character) {
+    switch (g_unichar_type(character)) {
+    case G_UNICODE_CONTROL:
+    case G_UNICODE_LINE_SEPARATOR:
+    case G_UNICODE_PARAGRAPH_SEPARATOR:
+        return false;
+    default:
+        return character != 0xFFFE && character != 0xFFFF;
+    }
+}
+
+// Inserts what fits in place of the text. A row that was chosen from a drop-down list comes as it stands.
+void insert_one_line(GtkEditable* entry, const char* text, int length, gpointer position, gpointer) {
+    GtkWidget* combo = gtk_widget_get_ancestor(GTK_WIDGET(entry), GTK_TYPE_COMBO_BOX);
+    if (combo && g_signal_get_invocation_hint(combo)) return;
+    const char* end = text + (length < 0 ? std::char_traits<char>::length(text) : static_cast<size_t>(length));
+    std::string kept;
+    for (const char* at = text; at < end; at = g_utf8_next_char(at))
+        if (fits_one_line(g_utf8_get_char(at))) kept.append(at, static_cast<size_t>(g_utf8_next_char(at) - at));
+    if (kept.size() == static_cast<size_t>(end - text)) return;
+    g_signal_stop_emission_by_name(entry, "insert-text");
+    gtk_editable_insert_text(entry, kept.c_str(), static_cast<int>(kept.size()), static_cast<int*>(position));
+}
+
+constexpr const char* click_counter = "vorma-click-counter";
+constexpr const char* click_was_cut_short = "vorma-click-cut-short";
+
+// Called for each click that the toolkit counts; there is no other way to the counter of a list's rows.
+gboolean remember_counter(GSignalInvocationHint*, guint, const GValue* values, gpointer) {
+    GtkEventController* counter = GTK_EVENT_CONTROLLER(g_value_get_object(values));
+    GtkWidget* widget = gtk_event_controller_get_widget(counter);
+    const bool of_rows = gtk_event_controller_get_propagation_phase(counter) == GTK_PHASE_BUBBLE; // not of the headings
+    if (of_rows && GTK_IS_TREE_VIEW(widget)) g_object_set_data(G_OBJECT(widget), click_counter, counter);
+    return TRUE;
+}
+
+// A box takes the input away. The counter of a click that opened it has lost its time limit.
+void note_cut_short(GtkWidget* view, gboolean has_input, gpointer) {
+    if (!has_input) g_object_set_data(G_OBJECT(view), click_was_cut_short, view);
+}
+
+gboolean count_clicks_anew(GtkWidget* view, GdkEvent*, gpointer) {
+    gpointer counter = g_object_get_data(G_OBJECT(view), click_counter);
+    if (counter && g_object_steal_data(G_OBJECT(view), click_was_cut_short))
+        gtk_event_controller_reset(GTK_EVENT_CONTROLLER(counter));
+    return FALSE;
+}
+
+void mend_double_clicks(GtkWidget* view) {
+    [[maybe_unused]] static const gulong hook = g_signal_add_emission_hook(
+        g_signal_lookup("pressed", GTK_TYPE_GESTURE_MULTI_PRESS), 0, remember_counter, nullptr, nullptr);
+    g_signal_connect(view, "grab-notify", G_CALLBACK(note_cut_short), nullptr);
+    g_signal_connect(view, "button-press-event", G_CALLBACK(count_clicks_anew), nullptr);
+}
 
 // Without its own handler the toolkit takes the event to the parent. Else scrolling past a value would change it
 // unseen.
@@ -80,6 +137,8 @@ void mend(GtkWidget* input, GtkWidget* window) {
         g_signal_connect(input, "key-press-event", G_CALLBACK(leave_page_keys_to_notebook), nullptr);
     if (GTK_IS_COMBO_BOX_TEXT(input) && !gtk_combo_box_get_has_entry(GTK_COMBO_BOX(input)))
         let_rows_shrink(GTK_CELL_LAYOUT(input));
+    if (GTK_IS_ENTRY(input)) g_signal_connect(input, "insert-text", G_CALLBACK(insert_one_line), nullptr);
+    if (GTK_IS_TREE_VIEW(input)) mend_double_clicks(input);
     if (GTK_IS_RADIO_BUTTON(input)) {
         g_signal_connect(input, "focus", G_CALLBACK(enter_group_without_choice), nullptr);
         g_signal_connect_after(input, "clicked", G_CALLBACK(show_chosen), nullptr);
@@ -101,4 +160,11 @@ void mend_inputs(GtkBuilder* builder, GtkWidget* window) {
         if (GTK_IS_WIDGET(item->data) && gtk_widget_is_ancestor(GTK_WIDGET(item->data), window))
             mend(GTK_WIDGET(item->data), window);
     g_slist_free(objects);
+}
+
+void set_entry_text(GtkEntry* entry, const char* text) {
+    const auto filter = reinterpret_cast<gpointer>(insert_one_line);
+    g_signal_handlers_block_by_func(entry, filter, nullptr);
+    gtk_entry_set_text(entry, text);
+    g_signal_handlers_unblock_by_func(entry, filter, nullptr);
 }

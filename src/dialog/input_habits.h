@@ -10,6 +10,12 @@
 // - F4 presses the icon in the entry that has the focus;
 // - Tab reaches radio buttons also where the chosen one of their group lies on another page;
 // - a start mode or another radio button that a key chooses is scrolled into view and has the focus;
+// - what is typed, pasted or dropped into an entry brings no line ends, no other control characters and none that no
+//   document can hold: the value in memory is the one in the file;
+// - a click after a box that another click has opened is no second half of a double click;
 // - a drop-down list can be narrower than its longest row;
 // - a label is dimmed together with the input that it names.
 void mend_inputs(GtkBuilder* builder, GtkWidget* window);
+
+// Sets the text of an entry of such a window as it stands, line ends included: a value of a file may have them.
+void set_entry_text(GtkEntry* entry, const char* text);

@@ -78,8 +78,11 @@ public:
     void SetLabel(const char* id, const char* text);
     const char* GetLabel(const char* id) const; // owned by the widget; null for a null id
 
+    // The entry shows the text as far as it can: its max_length and the toolkit's 65535 bytes may cut it.
     void SetEntry(const char* id, const char* text);
-    const char* GetEntry(const char* id) const; // never null; lives until the entry changes
+    // What SetEntry gave, byte for byte, while nobody has touched the entry since; then what the entry shows. Never
+    // null; lives until the entry changes.
+    const char* GetEntry(const char* id) const;
     void SetEntryVisible(const char* id);
     void SetEntryInvisible(const char* id);
 
@@ -95,7 +98,8 @@ public:
     // Emits "toggled" on a change, so a connected handler runs during the call.
     void ToggleButtonSet(const char* id, bool value);
     bool ToggleButtonGet(const char* id) const;
-    // Every refused input ends with this call on the widget at fault; its notebook page comes to the front.
+    // Every refused input ends with this call on the widget at fault: its notebook page comes to the front, and it is
+    // scrolled into view. In a frame that is closed the focus goes to the choice in the frame's title, which opens it.
     void SetFocusToProblemWidget(const char* id);
 
     // These take the id of the adjustment, not of the spin button.
@@ -133,7 +137,8 @@ public:
     // --- Boxes ---
 
     // Shows `text` as it stands in a modal box over this window; gives back its response, -1 without a window. Of a
-    // text that no screen could hold it shows the beginning of each line, and of many lines the first.
+    // text that no screen could hold it leaves out the middle, of long lines and of many; who selects all and copies
+    // gets the whole.
     int32_t MessageBox(const char* title, const char* text, GtkMessageType type, GtkButtonsType buttons);
 
     // A file chooser over this window. The response, -1 without a window; on GTK_RESPONSE_ACCEPT `file_name` is the

@@ -2,6 +2,7 @@
 #include "editor/choosers.h"
 
 #include "dialog/make_dialog.h"
+#include "editor/validation.h"
 #include "net/address_syntax.h"
 #include "runtime/mg_file.h"
 
@@ -19,7 +20,9 @@ void choice_catalog(MGDialog* dialog, const char* entry) {
     at_handler(dialog, [&] {
         const std::string path =
             choose_path(dialog, "Окно выбора каталога", GTK_FILE_CHOOSER_ACTION_SELECT_FOLDER, dialog->GetEntry(entry));
-        if (!path.empty()) dialog->SetEntry(entry, path.c_str());
+        if (path.empty() || is_error_stored(dialog, "Имя каталога", path, "Переименуйте каталог или выберите другой."))
+            return;
+        dialog->SetEntry(entry, path.c_str());
     });
 }
 
@@ -27,6 +30,9 @@ void choice_file(MGDialog* dialog, const char* catalog_entry, const char* file_e
     at_handler(dialog, [&] {
         const std::string path = choose_path(dialog, "Окно выбора имени файла", GTK_FILE_CHOOSER_ACTION_OPEN,
                                              dialog->GetEntry(catalog_entry));
-        if (!path.empty()) dialog->SetEntry(file_entry, MGFile::GetNameFromFile(path).c_str());
+        const std::string name = MGFile::GetNameFromFile(path);
+        if (name.empty() || is_error_stored(dialog, "Имя файла", name, "Переименуйте файл или выберите другой."))
+            return;
+        dialog->SetEntry(file_entry, name.c_str());
     });
 }

@@ -5,6 +5,7 @@
 #include "app/log.h"
 #include "app/mg_context.h"
 #include "config/saving.h"
+#include "config/xml_tables.h"
 #include "dialog/make_dialog.h"
 #include "editor/action_list.h"
 #include "editor/choosers.h"
@@ -117,7 +118,7 @@ void propose_catalogs(MGDialog& dialog, const MGProfile& profile) {
         if (!(profile.config.*catalog.value).empty()) continue;
         const std::string path = own_catalog(Context->*catalog.root, profile);
         make_vorma_catalog(ProfileDialog, path);
-        dialog.SetEntry(catalog.entry, path.c_str());
+        if (storable_text(path) == path) dialog.SetEntry(catalog.entry, path.c_str()); // a home may bear any name
     }
 }
 

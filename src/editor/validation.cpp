@@ -2,9 +2,12 @@
 #include "editor/validation.h"
 
 #include "app/globals.h"
+#include "config/xml_tables.h"
 #include "dialog/make_dialog.h"
 #include "net/address_syntax.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <string>
 
 namespace {
@@ -19,6 +22,17 @@ int refuse(MGDialog* dialog, const char* entry, const char* text, void (*box)(MG
 int refuse_in_section(MGDialog* dialog, const char* tab, const char* section, const char* entry, const char* demand) {
     const std::string text = "В закладке (" + std::string(tab) + ") в разделе (" + section + ") " + demand;
     return refuse(dialog, entry, text.c_str());
+}
+
+// Of a text that can't be stored.
+std::string why_not_stored(const std::string& text) {
+    if (text.find('\0') != std::string::npos) return "содержит нулевой байт";
+    if (!g_utf8_validate(text.c_str(), -1, nullptr)) return "не в кодировке UTF-8";
+    const std::string kept = storable_text(text);
+    const char* odd = text.c_str() + (std::ranges::mismatch(kept, text).in2 - text.begin());
+    char code[sizeof "U+10FFFF"];
+    std::snprintf(code, sizeof code, "U+%04X", g_utf8_get_char(odd));
+    return "содержит недопустимый символ " + std::string(code);
 }
 
 } // namespace
@@ -68,6 +82,16 @@ int is_error_net(MGDialog* dialog, const char* entry, const char* text) {
 int is_error_ip_net(MGDialog* dialog, const char* entry, const char* text) {
     if (string_is_ip_net(text)) return 0;
     return refuse(dialog, entry, "Необходимо задать IP адрес и подсеть в формате NNN.NNN.NNN.NNN/24");
+}
+
+int is_error_stored(MGDialog* dialog, const char* name, const std::string& text, const char* advice) {
+    if (storable_text(text) == text) return 0;
+    std::string shown = text;
+    std::ranges::replace(shown, '\0', '?'); // the box would end there
+    const std::string box = std::string(name) + " " + why_not_stored(text) +
+                            ", записать его в файл конфигурации без искажения нельзя.\n" + advice + "\n" + shown;
+    show_refusal(dialog, box.c_str());
+    return 1;
 }
 
 int error_test_ip_or_domen(MGDialog* dialog, const char* ip_entry, const char* domen_entry) {

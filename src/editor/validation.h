@@ -3,6 +3,8 @@
 // the handler stops there with the dialog still open; it returns 0 when the value passes. None of them throws.
 #pragma once
 
+#include <string>
+
 class MGDialog;
 
 // The entry is blank.
@@ -21,6 +23,10 @@ int is_error_config_ip_net(MGDialog* dialog, const char* tab, const char* sectio
 int is_error_ip(MGDialog* dialog, const char* entry, const char* text);
 int is_error_net(MGDialog* dialog, const char* entry, const char* text);
 int is_error_ip_net(MGDialog* dialog, const char* entry, const char* text);
+
+// What was chosen, and not typed, can't be stored as it is: it is no UTF-8, or holds a zero byte or another character
+// that the file can't hold. The box says which of these; `name` is what was chosen, `advice` what the user can do.
+int is_error_stored(MGDialog* dialog, const char* name, const std::string& text, const char* advice);
 
 // Not exactly one of the two entries is filled, or the IP entry is and holds no IP address.
 int error_test_ip_or_domen(MGDialog* dialog, const char* ip_entry, const char* domen_entry);

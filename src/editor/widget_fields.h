@@ -4,6 +4,7 @@
 #pragma once
 
 #include "app/globals.h"
+#include "dialog/kept_value.h"
 #include "dialog/mg_dialog.h"
 #include "editor/histories.h"
 
@@ -63,6 +64,10 @@ struct FieldsOf {
     }
 };
 
+inline GtkEntry* spin_button(const MGDialog& dialog, const std::string& role) {
+    return GTK_ENTRY(dialog.GetObject(("spin_" + role).c_str()));
+}
+
 // Shows the record in the widgets: limits before values, rows before texts.
 template <class Record>
 void fill(MGDialog& dialog, const Record& record, std::type_identity_t<std::span<const WidgetField<Record>>> table,
@@ -86,23 +91,15 @@ void fill(MGDialog& dialog, const Record& record, std::type_identity_t<std::span
                 } else {
                     dialog.SpinSetMax(id.c_str(), row.limit);
                     dialog.SpinSet(id.c_str(), value);
+                    keep_value(spin_button(dialog, side + row.role), std::to_string(value).c_str());
                 }
             },
             row.field);
     }
 }
 
-// The entry's text in place of `value`. An entry with a limit shows only the beginning of a longer value, made by hand
-// or by the service: while that stands there untouched, the value stays whole.
-inline void read_entry(MGDialog& dialog, const std::string& id, std::string& value) {
-    const std::string text = dialog.GetEntry(id.c_str());
-    GtkEntry* entry = GTK_ENTRY(dialog.GetObject(id.c_str()));
-    const int limit = gtk_entry_get_max_length(entry); // 0 for none
-    const bool full = limit > 0 && gtk_entry_get_text_length(entry) == limit;
-    if (!full || !value.starts_with(text)) value = text;
-}
-
-// Reads every widget of the table into the record, insensitive ones too.
+// Reads every widget of the table into the record, insensitive ones too. What the user has not touched stays as it was:
+// also a number beyond the limits of its spin button, and a token that the rows of a choice lack.
 template <class Record>
 void read_back(MGDialog& dialog, Record& record, std::type_identity_t<std::span<const WidgetField<Record>>> table,
                const std::string& side = "") {
@@ -113,15 +110,17 @@ void read_back(MGDialog& dialog, Record& record, std::type_identity_t<std::span<
             [&](auto field) {
                 auto& value = record.*field;
                 if constexpr (std::is_same_v<decltype(field), std::string Record::*>) {
-                    if (row.kind == Kind::choice)
-                        value = dialog.ComboBoxGetIdStr(id.c_str());
-                    else
-                        read_entry(dialog, id, value);
+                    if (row.kind != Kind::choice)
+                        value = dialog.GetEntry(id.c_str());
+                    else if (const std::string token = dialog.ComboBoxGetIdStr(id.c_str()); !token.empty())
+                        value = token;
                     if (row.remembered) add_string_to_vector(value, *row.history);
                 } else if constexpr (std::is_same_v<decltype(field), bool Record::*>) {
                     value = dialog.ToggleButtonGet(id.c_str());
                 } else {
-                    value = static_cast<std::remove_reference_t<decltype(value)>>(dialog.SpinGet(id.c_str()));
+                    const char* untouched = kept_value(spin_button(dialog, side + row.role));
+                    const long long number = untouched ? std::stoll(untouched) : dialog.SpinGet(id.c_str());
+                    value = static_cast<std::remove_reference_t<decltype(value)>>(number);
                 }
             },
             row.field);

@@ -4,6 +4,7 @@
 #include "app/globals.h"
 #include "app/mg_err.h"
 #include "dialog/make_dialog.h"
+#include "editor/validation.h"
 #include "lists/handlers.h"
 #include "net/provider_owners.h"
 
@@ -11,16 +12,17 @@ using namespace vorma;
 
 namespace {
 
-// The columns of the list, the fields that a choice fills and the entries that show them.
+// The columns of the list, what they hold, the fields that a choice fills and the entries that show them.
 const struct {
+    const char* name;
     std::string MGCrypto::*value;
     std::string MGConfig::*field;
     const char* entry;
 } crypto_columns[] = {
-    {&MGCrypto::name, &MGConfig::crypto_name, "entry_crypto_profile"},
-    {&MGCrypto::psp, &MGConfig::psp, "entry_psp"},
-    {&MGCrypto::lsp, &MGConfig::lsp, "entry_lsp"},
-    {&MGCrypto::ldap, &MGConfig::ldap, "entry_ldap"},
+    {"Имя криптографического профиля", &MGCrypto::name, &MGConfig::crypto_name, "entry_crypto_profile"},
+    {"Имя персонального справочника", &MGCrypto::psp, &MGConfig::psp, "entry_psp"},
+    {"Имя локального справочника", &MGCrypto::lsp, &MGConfig::lsp, "entry_lsp"},
+    {"Имя сетевого справочника", &MGCrypto::ldap, &MGConfig::ldap, "entry_ldap"},
 };
 
 // The provider's library with a minimal context, for as long as the list is being read.
@@ -86,6 +88,7 @@ void choose_crypto_profile() {
         }
     }
     dialog->user_data = &config;
+    dialog->user_data2 = &profiles;
     if (!dialog.RunOk()) return;
     for (const auto& row : crypto_columns)
         if (!(config.*row.field).empty()) ConfigDialog->SetEntry(row.entry, (config.*row.field).c_str());
@@ -124,9 +127,15 @@ void crypto_ok(GtkButton*, gpointer dialog) {
             gtk_dialog_response(GTK_DIALOG(dialog), GTK_RESPONSE_CANCEL);
             return;
         }
+        // The columns show what is no UTF-8 as something else.
+        const auto& profiles = *static_cast<std::vector<MGCrypto>*>(CryptoDialog->user_data2);
+        const MGCrypto& chosen = profiles.at(static_cast<size_t>(CryptoDialog->TreeModelGetIndex()));
+        for (const auto& row : crypto_columns)
+            if (is_error_stored(CryptoDialog, row.name, chosen.*row.value,
+                                "Выберите другой криптографический профиль."))
+                return;
         MGConfig& config = *static_cast<MGConfig*>(CryptoDialog->user_data);
-        int column = 0;
-        for (const auto& row : crypto_columns) config.*row.field = CryptoDialog->TreeModelGetStringExt(column++);
+        for (const auto& row : crypto_columns) config.*row.field = chosen.*row.value;
         respond_ok(dialog);
     });
 }

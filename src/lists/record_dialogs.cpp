@@ -132,7 +132,11 @@ void get_subject_name(const char* entry) {
     at_handler(SubjectDialog, [&] {
         const std::string file =
             choose_path(SubjectDialog, "Окно выбора имени файла с сертификатом", GTK_FILE_CHOOSER_ACTION_OPEN, nullptr);
-        if (!file.empty()) SubjectDialog->SetEntry(entry, get_subject_from_parsed_cert(file).c_str());
+        if (file.empty()) return;
+        const std::string subject = get_subject_from_parsed_cert(file);
+        // Cut or changed it would admit somebody else.
+        if (!is_error_stored(SubjectDialog, "Имя владельца сертификата", subject, "Выберите другой сертификат."))
+            SubjectDialog->SetEntry(entry, subject.c_str());
     });
 }
 

@@ -23,7 +23,8 @@ void assign_admit_allow(MGDialog* dialog, MGAllow& allow, unsigned mode);
 // Switches the widgets of the onward connection of SubjectDialog.
 void set_sensitive_subject(int state);
 
-// Lets the user choose a certificate file and writes its owner's name into the entry of SubjectDialog.
+// Lets the user choose a certificate file and writes its owner's name into the entry of SubjectDialog, byte for byte.
+// A name that can't be stored so is refused in a box, and the entry stays.
 void get_subject_name(const char* entry);
 
 // Whether another row of the list, not the one that `row` points to, has this id or login, byte for byte.

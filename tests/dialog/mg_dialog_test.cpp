@@ -87,25 +87,35 @@ TEST(MGDialog, ConvertsWhatWidgetsHoldAndIsLoudAboutAMissingOne) {
     EXPECT_THAT((std::vector<int32_t>{year, month, day}), ElementsAre(2024, 2, 29));
 }
 
-TEST(MGDialog, ABoxOfAnyTextFitsTheScreen) {
+TEST(MGDialog, ABoxShowsBothEndsOfAnyTextOnASmallScreenAndCopiesTheWhole) {
     const auto dialog = make();
-    const std::string megabytes(9 << 20, 'x'), cut = std::string(480, 'x') + "…\n", lines(5000, '\n');
+    const std::string half(240, 'x'), megabytes(9 << 20, 'x'), lines(5000, '\n');
+    const std::string line = megabytes + "\n", cut = half + "…" + half.substr(1) + "\n";
     const struct {
         std::string text, shown;
     } rows[] = {
         {"%s и %d: 100% <b>", "%s и %d: 100% <b>"},
-        {"первая\n" + megabytes + "\nпоследняя\n", "первая\n" + cut + "последняя\n"},
-        {lines + "я", std::string(24, '\n') + "…"},
-        {cut + cut + cut + cut, cut + cut + cut + "…"},
+        {"первая\n" + megabytes + "/файл", "первая\n" + half + "…" + half.substr(5) + "/файл"},
+        {"я" + lines + "/файл", "я" + std::string(12, '\n') + "…\n" + std::string(11, '\n') + "/файл"},
+        {line + line + line + line, cut + "…\n" + cut},
         {"/home/\xFF", "/home/\uFFFD"},
     };
     for (const auto& row : rows) {
         UiScript script;
         script.refusal(testing::Truly([&](const std::string& shown) {
+            GtkWidget* box = modal_window();
             int width = 0, height = 0;
-            gtk_window_get_size(GTK_WINDOW(modal_window()), &width, &height);
+            gtk_window_get_size(GTK_WINDOW(box), &width, &height);
             EXPECT_LT(width, 800);
             EXPECT_LT(height, 700);
+            GList* labels =
+                gtk_container_get_children(GTK_CONTAINER(gtk_message_dialog_get_message_area(GTK_MESSAGE_DIALOG(box))));
+            gtk_label_select_region(GTK_LABEL(labels->data), 0, -1);
+            g_signal_emit_by_name(labels->data, "copy-clipboard");
+            g_list_free(labels);
+            char* copied = gtk_clipboard_wait_for_text(gtk_clipboard_get(GDK_SELECTION_CLIPBOARD));
+            EXPECT_TRUE(copied == (row.text.ends_with('\xFF') ? row.shown : row.text)) << shown;
+            g_free(copied);
             return shown == row.shown;
         }));
         show_refusal(dialog.get(), row.text.c_str());
