@@ -2,6 +2,7 @@
 // entries that are built from report rows.
 #include "app/log.h"
 #include "app/mg_err.h"
+#include "runtime/descriptor_io.h"
 #include "runtime/mg_file.h"
 #include "runtime/mg_info.h"
 
@@ -77,8 +78,9 @@ std::string MGFile::SameFileName(const std::string& name, unsigned num) {
 // Doubles the number until one is free, then halves the gap: few probes where numbers are used without gaps.
 std::string MGFile::MaxSameFileName(const std::string& dir, const std::string& name) {
     return at_edge("MGFile::MaxSameFileName", [&] {
+        MGErr err = error_of("MaxSameFileName", "Ошибка поиска свободного имени файла");
         const auto taken = [&](unsigned num) {
-            return IsFile(JoinDirAndFileName(dir, SameFileName(name, num).c_str()).c_str());
+            return is_surely_file(err, JoinDirAndFileName(dir, SameFileName(name, num).c_str()));
         };
         unsigned hi = 1;
         unsigned lo = 0;

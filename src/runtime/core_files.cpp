@@ -1,4 +1,5 @@
 // MGFile: whole files and directories, each read or written in one call.
+#include "runtime/copy_pieces.h"
 #include "runtime/descriptor_io.h"
 #include "runtime/mg_file.h"
 #include "runtime/owners.h"
@@ -20,20 +21,21 @@ bool examine(const char* name, struct stat& info) {
     return !MGFile::IsEmptyString(name) && stat(name, &info) == 0;
 }
 
-// errno is cleared first: a call that moves fewer bytes than asked for sets none.
-void write_in_one_call(MGErr& err, const FileDescriptor& fd, const uint8_t* data, size_t size) {
-    errno = 0;
-    if (size == 0 || write(fd.get(), data, size) == static_cast<ssize_t>(size)) return;
-    err.num_param = static_cast<int64_t>(size);
-    fail_short(err, "Ошибка записи данных в файл", "write");
+// And closes it. errno is set first: a call that moves fewer bytes than asked for, as on a full disk, sets none.
+void write_in_one_call(MGErr& err, FileDescriptor& fd, const uint8_t* data, size_t size) {
+    errno = ENOSPC;
+    if (size > 0 && write(fd.get(), data, size) != static_cast<ssize_t>(size)) {
+        err.num_param = static_cast<int64_t>(size);
+        fail_errno(err, "Ошибка записи данных в файл", "write");
+    }
+    finish_writing(err, fd);
 }
 
 HeapBuffer load(const char* file, size_t& size) {
     MGErr err = error_of("ReadFile", "Ошибка чтения данных из файла");
     err.str_param = file;
 
-    const FileDescriptor fd(open(file, O_RDONLY | O_CLOEXEC));
-    if (fd.get() < 0) fail_errno(err, "Ошибка выполнения открытия файла", "open", "O_RDONLY");
+    const FileDescriptor fd = open_regular(err, file, "Ошибка выполнения открытия файла", "open", "O_RDONLY");
     const off_t length = size_and_rewind(fd.get());
     if (length < 0) fail_errno(err, "Ошибка получения размера файла", "lseek", "SEEK_END");
 
@@ -54,6 +56,27 @@ HeapBuffer load(const char* file, size_t& size) {
 }
 
 } // namespace
+
+UnfinishedFile::UnfinishedFile(const FileDescriptor& fd, const char* name, Partial partial) : name_(name) {
+    struct stat info;
+    goes_ = partial == Partial::goes && fstat(fd.get(), &info) == 0 && S_ISREG(info.st_mode);
+}
+
+UnfinishedFile::~UnfinishedFile() {
+    if (goes_) unlink(name_);
+}
+
+void vorma::write_file(const char* file, const uint8_t* data, size_t size, Partial partial) {
+    MGErr err = error_of("WriteFile", "Ошибка функции записи данных в файл");
+    err.str_param = file;
+    FileDescriptor fd(open(file, O_CREAT | O_RDWR | O_TRUNC | O_CLOEXEC, file_mode));
+    if (fd.get() < 0)
+        fail_errno(err, "Ошибка создания файла", "open",
+                   "O_CREAT|O_RDWR|O_TRUNC, S_IRUSR|S_IWUSR|S_IRGRP|S_IWGRP|S_IROTH");
+    UnfinishedFile unfinished(fd, file, partial);
+    write_in_one_call(err, fd, data, size);
+    unfinished.keep();
+}
 
 MGFile::~MGFile() {
     if (m_dir) closedir(m_dir);
@@ -145,22 +168,14 @@ void MGFile::ReadFileVector(const std::string& file, std::vector<uint8_t>& data)
 }
 
 void MGFile::WriteFile(const char* file, const uint8_t* data, size_t size) {
-    at_edge("MGFile::WriteFile", [&] {
-        MGErr err = error_of("WriteFile", "Ошибка функции записи данных в файл");
-        err.str_param = file;
-        const FileDescriptor fd(open(file, O_CREAT | O_RDWR | O_TRUNC | O_CLOEXEC, file_mode));
-        if (fd.get() < 0)
-            fail_errno(err, "Ошибка создания файла", "open",
-                       "O_CREAT|O_RDWR|O_TRUNC, S_IRUSR|S_IWUSR|S_IRGRP|S_IWGRP|S_IROTH");
-        write_in_one_call(err, fd, data, size);
-    });
+    at_edge("MGFile::WriteFile", [&] { write_file(file, data, size, Partial::stays); });
 }
 
 void MGFile::AddFile(const char* file, const uint8_t* data, size_t size) {
     at_edge("MGFile::AddFile", [&] {
         MGErr err = error_of("AddFile", "Ошибка функции добавления данных в файл");
         err.str_param = file;
-        const FileDescriptor fd(open(file, O_CREAT | O_RDWR | O_CLOEXEC, file_mode));
+        FileDescriptor fd(open(file, O_CREAT | O_RDWR | O_CLOEXEC, file_mode));
         if (fd.get() < 0)
             fail_errno(err, "Ошибка открытия файла", "open", "O_CREAT|O_RDWR, S_IRUSR|S_IWUSR|S_IRGRP|S_IWGRP|S_IROTH");
         if (lseek(fd.get(), 0, SEEK_END) < 0)

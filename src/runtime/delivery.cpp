@@ -21,12 +21,55 @@ namespace {
 constexpr size_t long_file_piece = 0x20000000; // 512 MiB, the most that a copy holds in memory
 constexpr const char* detached_sign_ext = ".p7d";
 
+MGErr copy_error(const char* from, const char* to) {
+    MGErr err = error_of("CopyLongFile", "Ошибка копирования файла");
+    err.str_param = from;
+    err.ext_param = to;
+    return err;
+}
+
+FileDescriptor open_source(MGErr& err, const char* file) {
+    return open_regular(err, file, "Ошибка выполнения открытия файла", "open", "O_RDONLY");
+}
+
 // A file that is its own target would be emptied before it is read, and removed after it.
-void refuse_itself(MGErr& err, const char* from, const char* to) {
-    struct stat source, target;
-    if (stat(from, &source) != 0 || stat(to, &target) != 0) return;
-    if (source.st_dev == target.st_dev && source.st_ino == target.st_ino)
+void refuse_itself(MGErr& err, const FileDescriptor& source, const char* to) {
+    struct stat from, target;
+    if (fstat(source.get(), &from) != 0) fail_errno(err, "Ошибка получения сведений о файле", "fstat");
+    if (stat(to, &target) != 0) {
+        if (errno == ENOENT) return;
+        fail_errno(err, "Ошибка создания файла", "stat");
+    }
+    if (from.st_dev == target.st_dev && from.st_ino == target.st_ino)
         fail(err, "Файл нельзя скопировать в самого себя", "(from == to)");
+}
+
+[[noreturn]] void fail_size(MGErr& err, off_t size, size_t wanted) {
+    err.opt_param = std::to_string(wanted);
+    err.num_param = size;
+    fail(err, "Ошибка проверки размера сохраненного файла", "Size != test_size");
+}
+
+// Throws for what would make a copy fail and can be known before anything is touched.
+void refuse_what_fails(const char* from, const char* to, bool test_size, size_t size) {
+    MGErr err = copy_error(from, to);
+    const FileDescriptor source = open_source(err, from);
+    refuse_itself(err, source, to);
+    const off_t length = lseek(source.get(), 0, SEEK_END);
+    if (length < 0) fail_errno(err, "Ошибка получения размера файла", "lseek", "SEEK_END");
+    if (test_size && static_cast<size_t>(length) != size) fail_size(err, length, size);
+}
+
+// Takes the copy away if its signature can't go along.
+void copy_signature(const std::string& source, const std::string& target) {
+    try {
+        size_t size = 0;
+        const HeapBuffer signature(MGFile::ReadFile((source + detached_sign_ext).c_str(), &size), &std::free);
+        write_file((target + detached_sign_ext).c_str(), signature.get(), size, Partial::goes);
+    } catch (...) {
+        unlink(target.c_str());
+        throw;
+    }
 }
 
 // Where a delivery goes: as told, or to the directory of today below it, which is made.
@@ -39,12 +82,12 @@ std::string target_dir(std::string dir, bool date_dirs) {
 }
 
 // Gives the file that bears name in dir the next number, and keeps the newest of the numbered ones.
-void rotate_copies(MGFile& file, const std::string& dir, const std::string& name, size_t keep) {
+void rotate_copies(MGErr& err, MGFile& file, const std::string& dir, const std::string& name, size_t keep) {
     std::string stem, ext;
     file.SplitFileNameToNameAndExt(name, stem, ext);
 
     const std::string target = file.JoinDirAndFileName(dir, name.c_str());
-    if (file.IsFile(target.c_str())) {
+    if (is_surely_file(err, target)) {
         const uint32_t highest = file.GetMaxNumFromListNumFile(numbered_copies(file, dir, stem, ext));
         // Behind the last number there is none: any that is free.
         const std::string numbered = highest == std::numeric_limits<uint32_t>::max()
@@ -59,18 +102,15 @@ void rotate_copies(MGFile& file, const std::string& dir, const std::string& name
 
 } // namespace
 
-void vorma::copy_in_pieces(const char* from, const char* to, bool test_size, size_t size, size_t piece_max) {
-    MGErr err = error_of("CopyLongFile", "Ошибка копирования файла");
-    err.str_param = from;
-    err.ext_param = to;
-    refuse_itself(err, from, to);
-
-    const FileDescriptor source(open(from, O_RDONLY | O_CLOEXEC));
-    if (source.get() < 0) fail_errno(err, "Ошибка выполнения открытия файла", "open", "O_RDONLY");
-    const FileDescriptor target(open(to, O_CREAT | O_RDWR | O_TRUNC | O_CLOEXEC, file_mode));
+void vorma::copy_in_pieces(const char* from, const char* to, bool test_size, size_t size, size_t piece_max, Partial partial) {
+    MGErr err = copy_error(from, to);
+    const FileDescriptor source = open_source(err, from);
+    refuse_itself(err, source, to);
+    FileDescriptor target(open(to, O_CREAT | O_RDWR | O_TRUNC | O_CLOEXEC, file_mode));
     if (target.get() < 0)
         fail_errno(err, "Ошибка создания файла", "open",
                    "O_CREAT|O_RDWR|O_TRUNC, S_IRUSR|S_IWUSR|S_IRGRP|S_IWGRP|S_IROTH");
+    UnfinishedFile unfinished(target, to, partial);
 
     const off_t length = size_and_rewind(source.get());
     if (length < 0) fail_errno(err, "Ошибка получения размера файла", "lseek", "SEEK_END");
@@ -84,20 +124,21 @@ void vorma::copy_in_pieces(const char* from, const char* to, bool test_size, siz
         const size_t piece = std::min(left, buffer_size);
         err.num_param = static_cast<int64_t>(piece);
         if (!read_whole(source.get(), buffer.get(), piece)) fail_short(err, "Ошибка чтения данных из файла", "read");
-        if (!write_whole(target.get(), buffer.get(), piece)) fail_short(err, "Ошибка записи данных в файл", "write");
+        if (!write_whole(target.get(), buffer.get(), piece)) fail_errno(err, "Ошибка записи данных в файл", "write");
         left -= piece;
     }
+    finish_writing(err, target);
 
     if (test_size && whole != size) {
         MGFile::RemoveFile(to);
-        err.opt_param = std::to_string(size);
-        err.num_param = static_cast<int64_t>(whole);
-        fail(err, "Ошибка проверки размера сохраненного файла", "Size != test_size");
+        fail_size(err, length, size);
     }
+    unfinished.keep();
 }
 
 void MGFile::CopyLongFile(const char* from, const char* to, bool test_size, size_t size) {
-    at_edge("MGFile::CopyLongFile", [&] { copy_in_pieces(from, to, test_size, size, long_file_piece); });
+    at_edge("MGFile::CopyLongFile",
+            [&] { copy_in_pieces(from, to, test_size, size, long_file_piece, Partial::stays); });
 }
 
 void MGFile::CopyLongFile(const std::string& from, const std::string& to) {
@@ -109,7 +150,7 @@ void MGFile::MoveFile(const char* from, const char* to) {
         MGErr err = error_of("MoveFile", "Ошибка копирования файла");
         err.str_param = from;
         err.ext_param = to;
-        refuse_itself(err, from, to);
+        refuse_itself(err, open_source(err, from), to);
         CopyFile(from, to);
         RemoveFile(from);
     });
@@ -143,12 +184,12 @@ std::string MGFile::WriteSameFile(const std::string& file, const uint8_t* data, 
         const std::string dir = target_dir(GetDirFromFile(file), date_dirs);
         const std::string name = GetNameFromFile(file);
         std::string target = JoinDirAndFileName(dir, name.c_str());
-        if (IsFile(target.c_str()) && mode_same != "REPLACE") {
+        if (mode_same != "REPLACE" && is_surely_file(err, target)) {
             err.str_param = target;
             if (mode_same == "ERROR") fail(err, "Файл с таким именем уже существует", "(mode_same == ERROR)");
             target = JoinDirAndFileName(dir, MaxSameFileName(dir, name).c_str());
         }
-        WriteFile(target.c_str(), data, size);
+        write_file(target.c_str(), data, size, Partial::goes);
         return target;
     });
 }
@@ -162,20 +203,23 @@ void MGFile::CopySameFile(std::string from_dir, std::string to_dir, std::string 
         err.str_param = to_dir;
         err.ext_param = name;
 
+        const std::string source = JoinDirAndFileName(from_dir, name.c_str());
+        if (with_sign) open_source(err, (source + detached_sign_ext).c_str()); // now: later it would be half a delivery
         const std::string dir = target_dir(to_dir, date_dirs);
+        const std::string plain = JoinDirAndFileName(dir, name.c_str());
         std::string final_name = name;
         if (rotate && copies >= 1) {
-            rotate_copies(*this, dir, name, static_cast<size_t>(copies));
-        } else if (IsFile(JoinDirAndFileName(dir, name.c_str()).c_str()) && mode_same != "REPLACE") {
+            refuse_what_fails(source.c_str(), plain.c_str(), test_size, size);
+            rotate_copies(err, *this, dir, name, static_cast<size_t>(copies));
+        } else if (mode_same != "REPLACE" && is_surely_file(err, plain)) {
             if (mode_same == "ERROR")
                 fail(err, "Файл с таким именем уже существует в каталоге назначения", "(mode_same == ERROR)");
             final_name = MaxSameFileName(dir, name);
         }
 
-        const std::string source = JoinDirAndFileName(from_dir, name.c_str());
         const std::string target = JoinDirAndFileName(dir, final_name.c_str());
-        CopyLongFile(source.c_str(), target.c_str(), test_size, size);
+        copy_in_pieces(source.c_str(), target.c_str(), test_size, size, long_file_piece, Partial::goes);
+        if (with_sign) copy_signature(source, target);
         result = final_name;
-        if (with_sign) CopyFile(source + detached_sign_ext, target + detached_sign_ext);
     });
 }

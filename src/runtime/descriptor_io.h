@@ -89,6 +89,11 @@ inline bool write_whole(int fd, const uint8_t* data, size_t size) {
     return true;
 }
 
+// Closes what was written to, and throws err if the system tells only then that it was not kept.
+inline void finish_writing(MGErr& err, FileDescriptor& fd) {
+    if (!fd.finish()) fail_errno(err, "Ошибка закрытия файла", "close");
+}
+
 // Throws err for a piece that read_whole did not finish; without a code where no call failed.
 [[noreturn]] inline void fail_short(MGErr& err, const char* mess_2, const char* func_2) {
     if (errno != 0) fail_errno(err, mess_2, func_2);

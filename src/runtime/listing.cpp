@@ -36,11 +36,12 @@ void for_each_file(MGFile& file, const std::string& dir, const std::function<boo
                    const std::function<void(const std::string& name, const std::string& path)>& take) {
     file.OpenDir(dir.c_str());
     const Closing<&MGFile::CloseDir> closing(file);
+    MGErr err = error_of("GetListFilesFromDir", "Ошибка функции получения списка файлов каталога");
     while (const char* entry = file.ReadDir()) {
         const std::string name = entry;
         if (!wanted(name)) continue;
         const std::string path = file.JoinDirAndFileName(dir, entry);
-        if (file.IsFile(path.c_str())) take(name, path);
+        if (is_surely_file(err, path)) take(name, path);
     }
 }
 
@@ -67,7 +68,9 @@ const char* MGFile::ReadDir() {
     return at_edge("MGFile::ReadDir", [&]() -> const char* {
         MGErr err = error_of("ReadDir", "Ошибка функции чтения имен файлов из открытого каталога");
         if (!m_dir) fail(err, "Нет открытого каталога", "m_dir == NULL");
+        errno = 0;
         m_dir_entry = readdir(m_dir);
+        if (!m_dir_entry && errno != 0) fail_errno(err, "Ошибка чтения каталога", "readdir");
         return m_dir_entry ? m_dir_entry->d_name : nullptr;
     });
 }
@@ -122,8 +125,12 @@ void MGFile::CloseFileBuf() {
 void MGFile::ReadFileVectorEx(std::string file, size_t piece, std::vector<uint8_t>& data) {
     at_edge("MGFile::ReadFileVectorEx", [&] {
         data.clear();
-        OpenFileBuf(std::move(file));
+        MGErr err = error_of("OpenFileBuf", "Ошибка открытия файла для чтения данных");
+        err.str_param = file;
+        CloseFileBuf();
+        m_file_handle = open_regular(err, file.c_str(), "Ошибка выполнения открытия файла", "open", "O_RDONLY").release();
         const Closing<&MGFile::CloseFileBuf> closing(*this);
+        m_file_name = std::move(file);
         std::vector<uint8_t> buffer(piece);
         std::vector<uint8_t> whole;
         while (const size_t got = ReadFileBufEx(buffer.data(), piece))
@@ -191,8 +198,9 @@ void MGFile::GetListFilesFromDirTimeout(std::string dir, std::string mask, bool 
 
 void MGFile::GetListFilesFromDir(std::string dir, std::string stem, std::string ext, std::vector<std::string>& list) {
     at_edge("MGFile::GetListFilesFromDir", [&] {
+        MGErr err = error_of("GetListFilesFromDir", "Ошибка функции получения списка файлов каталога");
         list.clear();
-        if (IsFile(JoinDirAndFileNameExt(dir, stem.c_str(), ext.c_str()).c_str())) list.push_back(stem + ext);
+        if (is_surely_file(err, JoinDirAndFileNameExt(dir, stem.c_str(), ext.c_str()))) list.push_back(stem + ext);
         const std::vector<MGFileNumExt> copies = numbered_copies(*this, dir, stem, ext);
         for (auto copy = copies.rbegin(); copy != copies.rend(); ++copy) list.push_back(copy->name);
     });
@@ -251,8 +259,9 @@ void MGFile::DelListFilesExt(std::vector<std::string>& list, const char* ext, bo
 
 void MGFile::DelWithoutDetachedSign(std::vector<std::string>& list, const char* ext, const std::string& dir) {
     at_edge("MGFile::DelWithoutDetachedSign", [&] {
+        MGErr err = error_of("DelWithoutDetachedSign", "Ошибка поиска отсоединенных подписей");
         std::erase_if(list, [&](const std::string& name) {
-            return !IsFile(JoinDirAndFileNameExt(dir, name.c_str(), ext).c_str());
+            return !is_surely_file(err, JoinDirAndFileNameExt(dir, name.c_str(), ext));
         });
     });
 }

@@ -1,7 +1,10 @@
 // MGFile: file names taken apart and put together, as text.
+#include "app/log.h"
+#include "runtime/descriptor_io.h"
 #include "runtime/mg_file.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <limits>
 #include <string_view>
@@ -27,6 +30,17 @@ bool reads_as_written(const std::string& file) {
         throw;
     }
     return read == written;
+}
+
+// The log tells a failure: the file now bears a name under which nobody looks for it.
+bool rename_back(const std::string& renamed, const std::string& file) {
+    try {
+        MGFile::RenameFile(renamed.c_str(), file.c_str());
+        return true;
+    } catch (MGErr& err) {
+        LogFileGlobal.PrintErrInLogFile(err);
+        return false;
+    }
 }
 
 } // namespace
@@ -72,7 +86,10 @@ bool MGFile::IsFileExt(const std::string& file, const std::string& ext, bool cas
 }
 
 void MGFile::IfIsFileDelIt(const std::string& file) {
-    if (IsFile(file.c_str())) RemoveFile(file.c_str());
+    at_edge("MGFile::IfIsFileDelIt", [&] {
+        MGErr err = error_of("IfIsFileDelIt", "Ошибка функции удаления файла");
+        if (is_surely_file(err, file)) RemoveFile(file.c_str());
+    });
 }
 
 std::string MGFile::ReceiptFileName(const char* name, unsigned num, const char* ext) {
@@ -139,10 +156,10 @@ bool MGFile::IsRenamedFile(const std::string& file) {
     try {
         const std::string renamed = file + ".tmp";
         struct stat taken;
-        if (lstat(renamed.c_str(), &taken) == 0) return false; // another file, which the rename would destroy
+        // Perhaps another file, which the rename would destroy.
+        if (lstat(renamed.c_str(), &taken) == 0 || errno != ENOENT) return false;
         RenameFile(file.c_str(), renamed.c_str());
-        RenameFile(renamed.c_str(), file.c_str());
-        return true;
+        return rename_back(renamed, file);
     } catch (...) {
         return false;
     }
