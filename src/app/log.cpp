@@ -29,27 +29,27 @@ void rotate_if_due(MGFile& owner, const LogTarget& log, const LogTarget& report)
 } // namespace
 
 void MGFile::SetLogFile(const char* name) {
-    m_log_file = name;
+    at_edge("MGFile::SetLogFile", [&] { m_log_file = name; });
 }
 
 void MGFile::SetLogFileInput(const char* name) {
-    m_log_file_input = name;
+    at_edge("MGFile::SetLogFileInput", [&] { m_log_file_input = name; });
 }
 
 void MGFile::SetLogFileOutput(const char* name) {
-    m_log_file_output = name;
+    at_edge("MGFile::SetLogFileOutput", [&] { m_log_file_output = name; });
 }
 
 void MGFile::SetDebugLogFile(const char* name) {
-    m_debug_log_file = name;
+    at_edge("MGFile::SetDebugLogFile", [&] { m_debug_log_file = name; });
 }
 
 void MGFile::SetDebugLogFileInput(const char* name) {
-    m_debug_log_file_input = name;
+    at_edge("MGFile::SetDebugLogFileInput", [&] { m_debug_log_file_input = name; });
 }
 
 void MGFile::SetDebugLogFileOutput(const char* name) {
-    m_debug_log_file_output = name;
+    at_edge("MGFile::SetDebugLogFileOutput", [&] { m_debug_log_file_output = name; });
 }
 
 void MGFile::SetLogMaxSize(int size) {
@@ -57,7 +57,7 @@ void MGFile::SetLogMaxSize(int size) {
 }
 
 void MGFile::SetProgVersion(const std::string& version) {
-    m_prog_version = version;
+    at_edge("MGFile::SetProgVersion", [&] { m_prog_version = version; });
 }
 
 void MGFile::SetProtectRepeat(bool protect) {
@@ -73,7 +73,7 @@ void MGFile::TurnOffLogFileOutput(bool off) {
 }
 
 void MGFile::SetProfileId(const std::string& id) {
-    m_profile_id = id;
+    at_edge("MGFile::SetProfileId", [&] { m_profile_id = id; });
 }
 
 void MGFile::ClearProfileId() {

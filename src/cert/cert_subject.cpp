@@ -7,6 +7,12 @@
 
 using namespace vorma;
 
+namespace {
+
+constexpr int64_t most_bytes = 1 << 20; // of a certificate's file; what is larger is not even read
+
+} // namespace
+
 std::string get_subject_from_der_cert(const std::vector<uint8_t>& bytes) {
     return at_edge("get_subject_from_der_cert", [&] {
         MGErr err = error_of("get_subject_from_der_cert",
@@ -28,6 +34,11 @@ std::string get_subject_from_der_cert(const std::vector<uint8_t>& bytes) {
 
 std::string get_subject_from_parsed_cert(std::string file_name) {
     return at_edge("get_subject_from_parsed_cert", [&] {
+        MGErr err = error_of("get_subject_from_parsed_cert",
+                             "Ошибка получения имени владельца сертификата из сертификата в der кодировке");
+        err.str_param = file_name;
+        err.num_param = MGFile::SizeFile(file_name.c_str());
+        if (err.num_param > most_bytes) fail(err, "Файл слишком велик для сертификата", "size > 1048576");
         std::vector<uint8_t> bytes;
         MGFile::ReadFileVector(file_name, bytes);
         return get_subject_from_der_cert(bytes);

@@ -102,7 +102,8 @@ void rotate_copies(MGErr& err, MGFile& file, const std::string& dir, const std::
 
 } // namespace
 
-void vorma::copy_in_pieces(const char* from, const char* to, bool test_size, size_t size, size_t piece_max, Partial partial) {
+void vorma::copy_in_pieces(const char* from, const char* to, bool test_size, size_t size, size_t piece_max,
+                           Partial partial) {
     MGErr err = copy_error(from, to);
     const FileDescriptor source = open_source(err, from);
     refuse_itself(err, source, to);

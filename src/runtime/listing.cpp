@@ -52,6 +52,15 @@ void for_each_file(MGFile& file, const std::string& dir, const std::string& mask
     for_each_file(file, dir, matches, take);
 }
 
+// Judges each name before any is taken out: a judgement may throw.
+template <class Judge>
+void take_out(std::vector<std::string>& list, Judge&& goes) {
+    std::vector<std::string> kept;
+    for (const std::string& name : list)
+        if (!goes(name)) kept.push_back(name);
+    list = std::move(kept);
+}
+
 } // namespace
 
 void MGFile::OpenDir(const char* dir) {
@@ -128,7 +137,8 @@ void MGFile::ReadFileVectorEx(std::string file, size_t piece, std::vector<uint8_
         MGErr err = error_of("OpenFileBuf", "Ошибка открытия файла для чтения данных");
         err.str_param = file;
         CloseFileBuf();
-        m_file_handle = open_regular(err, file.c_str(), "Ошибка выполнения открытия файла", "open", "O_RDONLY").release();
+        m_file_handle =
+            open_regular(err, file.c_str(), "Ошибка выполнения открытия файла", "open", "O_RDONLY").release();
         const Closing<&MGFile::CloseFileBuf> closing(*this);
         m_file_name = std::move(file);
         std::vector<uint8_t> buffer(piece);
@@ -252,15 +262,14 @@ uint32_t MGFile::GetMaxNumFromListNumFile(const std::vector<MGFileNumExt>& list)
 }
 
 void MGFile::DelListFilesExt(std::vector<std::string>& list, const char* ext, bool case_sensitive) {
-    at_edge("MGFile::DelListFilesExt", [&] {
-        std::erase_if(list, [&](const std::string& name) { return IsFileExt(name, ext, case_sensitive); });
-    });
+    at_edge("MGFile::DelListFilesExt",
+            [&] { take_out(list, [&](const std::string& name) { return IsFileExt(name, ext, case_sensitive); }); });
 }
 
 void MGFile::DelWithoutDetachedSign(std::vector<std::string>& list, const char* ext, const std::string& dir) {
     at_edge("MGFile::DelWithoutDetachedSign", [&] {
         MGErr err = error_of("DelWithoutDetachedSign", "Ошибка поиска отсоединенных подписей");
-        std::erase_if(list, [&](const std::string& name) {
+        take_out(list, [&](const std::string& name) {
             return !is_surely_file(err, JoinDirAndFileNameExt(dir, name.c_str(), ext));
         });
     });
@@ -268,16 +277,14 @@ void MGFile::DelWithoutDetachedSign(std::vector<std::string>& list, const char* 
 
 void MGFile::DelNotRenamedFiles(const std::string& dir, std::vector<std::string>& list) {
     at_edge("MGFile::DelNotRenamedFiles", [&] {
-        std::erase_if(list,
-                      [&](const std::string& name) { return !IsRenamedFile(JoinDirAndFileName(dir, name.c_str())); });
+        take_out(list, [&](const std::string& name) { return !IsRenamedFile(JoinDirAndFileName(dir, name.c_str())); });
     });
 }
 
 void MGFile::DelNullSizeFilesFromList(const std::string& dir, std::vector<std::string>& list) {
     at_edge("MGFile::DelNullSizeFilesFromList", [&] {
-        std::erase_if(list, [&](const std::string& name) {
-            return SizeFile(JoinDirAndFileName(dir, name.c_str()).c_str()) == 0;
-        });
+        take_out(list,
+                 [&](const std::string& name) { return SizeFile(JoinDirAndFileName(dir, name.c_str()).c_str()) == 0; });
     });
 }
 

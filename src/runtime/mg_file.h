@@ -93,7 +93,10 @@ public:
     std::vector<MGErr> m_repeat_errors;
     time_t m_repeat_begin = 0;
 
-    // --- core_files: whole files and directories. One system call a step, none is repeated after EINTR. ---
+    // --- core_files: whole files and directories. One system call a step, none is repeated after EINTR. What is read
+    //     whole, here and below, must be a regular file or a link to one; anything else is refused at once. What is
+    //     written counts only once it is closed. Where a wrong "no such file" would let something be overwritten, left
+    //     out or left behind, a name that can't be examined is an error. ---
 
     // Whether the name exists and is no directory (IsFile), or is one (IsDir). Follows links. A null or blank name and
     // whatever can't be examined give false; nothing is thrown.
@@ -148,7 +151,7 @@ public:
     static void DirDelSlash(std::string& dir);
     // Whether file ends in ext; unless case_sensitive, without regard to case.
     static bool IsFileExt(const std::string& file, const std::string& ext, bool case_sensitive);
-    // RemoveFile, if IsFile.
+    // RemoveFile, if IsFile; throws where that can't be told.
     static void IfIsFileDelIt(const std::string& file);
     // "name<num>ext" and "name~<num>ext".
     static std::string ReceiptFileName(const char* name, unsigned num, const char* ext);
@@ -170,7 +173,7 @@ public:
     // Whether a file can be written, read and removed in dir. Throws nothing.
     static bool TestDirOnReadAndWriteAccess(const std::string& dir);
     // Whether the file can be renamed to its name with ".tmp" added, and back; not if that name is taken. Throws
-    // nothing.
+    // nothing; a file that can't be renamed back is named in the log of the process.
     static bool IsRenamedFile(const std::string& file);
 
     // --- utf8: the walk over characters, and case. The walk ends at a zero byte and at anything that is no character
@@ -371,7 +374,8 @@ public:
 
     // --- listing: directories, families of numbered names, files in pieces. ---
 
-    // One directory at a time. ReadDir gives the next name, which belongs to the stream until the next call, or null.
+    // One directory at a time. ReadDir gives the next name, which belongs to the stream until the next call, or null at
+    // the end.
     void OpenDir(const char* dir);
     void CloseDir();
     const char* ReadDir();
@@ -385,8 +389,8 @@ public:
     // The whole file by pieces, without asking for its size; as text it must be UTF-8 that ends in a zero byte.
     void ReadFileVectorEx(std::string file, size_t piece, std::vector<uint8_t>& data);
     void ReadFileStringEx(std::string file, size_t piece, std::string& text);
-    // The files of dir, no directories, whose bare name matches mask, in the directory's order. With full the names
-    // are whole paths.
+    // The files of dir, no directories nor links that lead nowhere, whose bare name matches mask, in the directory's
+    // order. With full the names are whole paths.
     void GetListFilesFromDirExt2(std::string dir, std::string mask, bool case_sensitive,
                                  std::vector<MGFileAndSize>& list, bool full);
     void GetListFilesFromDirExt(std::string dir, std::string mask, bool case_sensitive, std::vector<std::string>& list,
@@ -427,19 +431,20 @@ public:
     // removed. Any other failure leaves a partial target.
     static void CopyLongFile(const char* from, const char* to, bool test_size, size_t size);
     static void CopyLongFile(const std::string& from, const std::string& to);
-    // Copy, then remove the source: works across file systems.
+    // Copy, then remove the source once the copy is safely closed: works across file systems.
     static void MoveFile(const char* from, const char* to);
     static void MoveFile(const std::string& from, const std::string& to);
     static void MoveLongFile(const std::string& from, const std::string& to);
     // rmdir
     static void RemoveDir(const char* dir);
     // Writes data to file, or to what mode_same makes of a name that is taken; gives the path written. With date_dirs
-    // into directories of the present year, month and day.
+    // into directories of the present year, month and day. A failure leaves no partial file.
     std::string WriteSameFile(const std::string& file, const uint8_t* data, size_t size, const std::string& mode_same,
                               bool date_dirs);
     // Copies name from one directory to another; result is the name it got. With rotate and copies above 0 the target
     // moves to the next number and at most `copies` numbered files stay; otherwise mode_same decides. With with_sign
-    // the detached signature goes along.
+    // the detached signature goes along. What can be known (source and signature can be read, the target is not the
+    // source, in a rotation the size) is tested before anything is renamed, and a failure leaves no partial target.
     void CopySameFile(std::string from_dir, std::string to_dir, std::string name, std::string& result,
                       std::string mode_same, bool with_sign, bool test_size, size_t size, bool date_dirs, bool rotate,
                       int copies);

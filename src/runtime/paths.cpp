@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <limits>
 #include <string_view>
@@ -34,13 +35,16 @@ bool reads_as_written(const std::string& file) {
 
 // The log tells a failure: the file now bears a name under which nobody looks for it.
 bool rename_back(const std::string& renamed, const std::string& file) {
+    if (rename(renamed.c_str(), file.c_str()) == 0) return true;
     try {
-        MGFile::RenameFile(renamed.c_str(), file.c_str());
-        return true;
+        MGErr err = error_of("IsRenamedFile", "Ошибка возвращения файлу его имени");
+        err.str_param = renamed;
+        err.ext_param = file;
+        fail_errno(err, "Ошибка переименования файла", "rename");
     } catch (MGErr& err) {
         LogFileGlobal.PrintErrInLogFile(err);
-        return false;
     }
+    return false;
 }
 
 } // namespace

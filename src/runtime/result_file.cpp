@@ -8,13 +8,18 @@
 using namespace vorma;
 
 void MGFile::SetResultDir(const char* dir) {
-    m_result_dir = dir;
-    DirAddSlash(m_result_dir);
+    at_edge("MGFile::SetResultDir", [&] {
+        m_result_dir = dir;
+        DirAddSlash(m_result_dir);
+    });
 }
 
 void MGFile::SetResultFile(const char* name) {
-    m_result_file_name = name;
-    m_result_file = m_result_dir + name;
+    at_edge("MGFile::SetResultFile", [&] {
+        std::string path = m_result_dir + name;
+        m_result_file_name = name;
+        m_result_file = std::move(path);
+    });
 }
 
 std::string MGFile::SetResultFileDate(const char* name, bool with_date, const char* ext) {
@@ -27,15 +32,15 @@ std::string MGFile::SetResultFileDate(const char* name, bool with_date, const ch
 }
 
 std::string MGFile::GetResultFile() const {
-    return m_result_file;
+    return at_edge("MGFile::GetResultFile", [&] { return m_result_file; });
 }
 
 std::string MGFile::GetResultFileName() const {
-    return m_result_file_name;
+    return at_edge("MGFile::GetResultFileName", [&] { return m_result_file_name; });
 }
 
 std::string MGFile::GetResultFileDir() const {
-    return m_result_dir;
+    return at_edge("MGFile::GetResultFileDir", [&] { return m_result_dir; });
 }
 
 void MGFile::PrintInfoInResultFile(const MGInfo& info, bool new_file) {

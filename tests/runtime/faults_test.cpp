@@ -1,35 +1,196 @@
-#include "runtime/mg_file.h"
+// Each operation of the runtime's files and of the log with each of its calls and allocations failing.
 #include "support/faults.h"
+
+#include "app/log.h"
+#include "runtime/mg_info.h"
 #include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
 
+#include <set>
+
 namespace {
 
+const std::string content = "what is delivered", old = "what was there before";
+
+// "from" holds what is delivered and its signature, "to" an old copy and a numbered one.
 struct World {
     TempDir dir;
     MGFile file;
-    const std::string a = dir.path("a"), b = dir.path("b");
-    std::string text;
+    MGErr err;
+    MGInfo info;
+    const std::string from = dir.path("from"), to = dir.path("to"), source = from + "/file.txt",
+                      target = to + "/file.txt", other = to + "/other", file_name = "file.txt", ext = ".txt",
+                      stem = "file", mask = "*", mode_add = "ADD_NUM", mode_replace = "REPLACE", missing = to + "/a/b",
+                      text = "text of the test, long enough to be allocated", log = dir.path("log"),
+                      program = "/no/such/program", words = "a<|>b", guard = "vorma-test-" + dir.path(),
+                      date = "2024-12-31 23:59:59";
+    std::string result, second;
+    std::vector<uint8_t> data = {0x41, 0x42, 0};
+    std::vector<std::string> names = {"file.txt", "none.txt"};
+    std::vector<MGFileAndSize> sizes;
+    std::vector<MGFileNumExt> numbered;
+
+    World() {
+        for (const std::string& name : {from, to}) std::filesystem::create_directory(name);
+        dir.write("from/file.txt", content);
+        dir.write("from/file.txt.p7d", "signature");
+        dir.write("to/file.txt", old);
+        dir.write("to/file~1.txt", "older");
+        err.mess_1 = err.str_param = text;
+        info.AddRow("row", text);
+        for (MGFile* logging : {&file, &LogFileGlobal}) logging->SetLogFile(log.c_str());
+        file.SetResultDir(to.c_str());
+        file.SetResultFile("result");
+        file.SetSignalFile(source.c_str(), other.c_str());
+        file.SetPidFile(other.c_str());
+    }
+
+    const uint8_t* bytes() const { return data.data(); }
+
+    // The contents of all files that the test knows.
+    std::multiset<std::string> contents() const {
+        std::multiset<std::string> all;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(dir.path()))
+            if (entry.is_regular_file()) all.insert(dir.read(entry.path().lexically_relative(dir.path())));
+        return all;
+    }
 };
 
-TEST(Faults, LeaveNothingBehind) {
-    const struct {
-        const char* name;
-        void (*run)(World&);
-    } rows[] = {
-        {"ReadFileString", [](World& w) { w.file.ReadFileString(w.a, w.text); }},
-        {"CopyLongFile", [](World& w) { w.file.CopyLongFile(w.a, w.b); }},
+struct Row {
+    const char* name;
+    void (*run)(World&);
+};
+
+// For arguments that are taken by value: making them is the caller's affair.
+#define OF_VALUES(...)                                                                                                 \
+    {                                                                                                                  \
+#__VA_ARGS__, [](World & w) { vorma::at_edge("arguments", [&] { __VA_ARGS__; }); }                             \
+    }
+#define OF(...)                                                                                                        \
+    {                                                                                                                  \
+#__VA_ARGS__, [](World & w) { __VA_ARGS__; }                                                                   \
+    }
+
+void each_fault(const Row& row, void (*check)(World&, bool)) {
+    for_each_fault(
+        row.name, [] { return std::make_unique<World>(); }, [&](auto& w) { row.run(*w); },
+        [&](auto& w, bool done) { check(*w, done); });
+}
+
+// Whatever fails, the source and the old copy are there under some name, and no stump is.
+TEST(Delivery, LosesNothingWhateverFails) {
+    const Row rows[] = {
+        OF(w.file.CopyLongFile(w.source, w.other)),
+        OF(w.file.MoveLongFile(w.source, w.other)),
+        OF(w.file.MoveFile(w.source, w.other)),
+        OF(w.file.CopyFile(w.source, w.other)),
+        OF_VALUES(w.file.CopySameFile(w.from, w.to, w.file_name, w.result, w.mode_add, true, true, content.size(),
+                                      false, false, 0)),
+        OF_VALUES(w.file.CopySameFile(w.from, w.to, w.file_name, w.result, w.mode_add, true, true, content.size(),
+                                      false, true, 9)),
+        OF_VALUES(w.file.WriteSameFile(w.target, w.bytes(), 3, w.mode_add, false)),
+        OF(w.file.RenameFile(w.target.c_str(), w.other.c_str())),
+        OF(w.file.IsRenamedFile(w.target)),
+        OF(w.file.ReadFileString(w.source, w.result)),
+        OF_VALUES(w.file.ReadFileVectorEx(w.source, 4, w.data)),
+        OF_VALUES(w.file.OpenFileBuf(w.source); w.file.ReadFileBuf(4, w.data); w.file.CloseFileBuf()),
     };
-    for (const auto& row : rows)
-        for_each_fault(
-            row.name,
-            [] {
-                auto w = std::make_unique<World>();
-                w->dir.write("a", "content");
-                return w;
-            },
-            [&](auto& w) { row.run(*w); });
+    for (const Row& row : rows)
+        each_fault(row, [](World& w, bool done) {
+            const auto all = w.contents();
+            EXPECT_TRUE(all.contains(content) && all.contains(old) && all.contains("older"));
+            if (!done) w.file.CloseFileBuf();
+        });
+}
+TEST(Files, LeaveNothingBehindWhateverFails) {
+    const Row rows[] = {
+        OF(w.file.WriteFile(w.other.c_str(), w.bytes(), 3)),
+        OF(w.file.AddFile(w.other.c_str(), w.bytes(), 3)),
+        OF(w.file.IfNotExistMakeDirRecursive(w.missing)),
+        OF(w.file.GetEnv("HOME", w.result)),
+        OF(w.file.IfIsFileDelIt(w.other)),
+        OF(w.file.TestDirOnReadAndWriteAccess(w.to)),
+        OF_VALUES(w.file.GetListFilesFromDirExt2(w.to, w.mask, false, w.sizes, true)),
+        OF_VALUES(w.file.GetListFilesFromDir(w.to, w.stem, w.ext, w.names)),
+        OF_VALUES(w.file.GetListFilesFromDirTimeout(w.to, w.mask, true, w.names, 0, 1)),
+        OF_VALUES(w.file.GetMaxNameNExtFromDir(w.to, w.stem, w.ext, w.result)),
+        OF_VALUES(w.file.CopyListFileToListNumFile(w.names, w.stem, w.ext, w.numbered)),
+        OF(w.file.DelWithoutDetachedSign(w.names, ".p7d", w.from)),
+        OF(w.file.DelNotRenamedFiles(w.to, w.names)),
+        OF(w.file.DelNullSizeFilesFromList(w.to, w.names)),
+        OF(w.file.DelListFilesExt(w.names, ".txt", false)),
+        OF(w.file.DelAllFilesFromDir(w.to)),
+        OF_VALUES(w.file.IsFileCopiedForEnd(w.source, 0, 1)),
+        OF_VALUES(w.file.MaxSameFileName(w.to, w.file_name)),
+        OF(w.file.SetResultFileDate("a name that is long", true, ".result")),
+        OF(w.file.PrintInfoInResultFile(w.info, true)),
+        OF(w.file.ReadSignal(w.result, true)),
+        OF(w.file.WriteSignal(w.text)),
+        OF(w.file.WritePid(); w.file.DeletePid()),
+        OF(w.file.SetSignalFile(w.log.c_str(), w.log.c_str()); w.file.SetPidFile(w.log.c_str())),
+        OF(w.file.GetInputSignalFile(); w.file.GetOutputSignalFile(); w.file.GetResultFile();
+           w.file.GetResultFileDir()),
+        OF_VALUES(w.file.ProtectionReloading(w.guard, true)),
+        OF_VALUES(w.file.IsRunProgram(w.guard)),
+        OF_VALUES(w.file.RunExtenProgAndWaitExitCode("exit 3", false)),
+        OF_VALUES(w.file.RunExtenProgNoWait(w.program, w.words)),
+        OF_VALUES(w.file.GetNumProc(w.source)),
+        OF(w.file.LoadLib("libm.so.6"); w.file.GetLibFunc("cos"); w.file.UnloadLib()),
+    };
+    for (const Row& row : rows) each_fault(row, [](World&, bool) {});
+}
+
+TEST(Text, LeavesNothingBehindWithoutMemory) {
+    const Row rows[] = {
+        OF(w.file.UpperUtf8(w.text); w.file.LowerUtf8(w.text)),
+        OF_VALUES(w.file.CompareUtf8(w.text, w.result, false)),
+        OF(w.file.CompareMaskUtf8(w.text, w.mask, false); w.file.CompareMaskUtf8(w.text, w.file_name, false)),
+        OF_VALUES(w.file.SplitStringLeft(w.text, " ", w.names); w.file.SplitStringRight(w.text, " ", w.names)),
+        OF_VALUES(w.file.SplitLowerStringLeft(w.text, " ", w.names)),
+        OF_VALUES(w.file.InsertSepToString(w.text, "--", 3)),
+        OF_VALUES(w.file.SplitSubStringLeft(w.text, "of", w.result, w.second)),
+        OF_VALUES(w.file.SplitBlockOnSubStrings(w.text + "\n", w.names, true)),
+        OF(w.file.DataToBase64(w.data, w.result); w.file.Base64ToData(w.text, w.data)),
+        OF(w.file.BinToHex(w.data, w.result); w.file.String2Binary(w.result, w.data)),
+        OF(w.file.GetUtf8StringFromBinaryExt(w.data, w.result)),
+        OF(w.file.ConvertStringWithNullToBinary(w.text, w.data)),
+        OF(w.file.MakeCrc32Lower(w.text)),
+        OF(w.file.StringToInt32("77"); w.file.GetUint32Format(7, "%030u"); w.file.Int64toString(1L << 60)),
+        OF_VALUES(w.file.StringToTime(w.date)),
+        OF(w.file.GetDateAndTimeForFile(1); w.file.AddYearMonDayToDir(w.result, true, true, true)),
+        OF(w.file.GetCurrentDateTimeStr(w.result, w.result, w.result, w.result)),
+        OF(w.file.DirAddArchiveDate(w.result, 42)),
+        OF(w.file.SetLogFile(w.text.c_str()); w.file.SetProfileId(w.text); w.file.SetProgVersion(w.text)),
+        OF_VALUES(w.file.SplitFileNameToNameAndExt(w.text, w.result, w.second)),
+    };
+    for (const Row& row : rows) each_fault(row, [](World&, bool) {});
+}
+
+// The caller goes on, whatever fails.
+TEST(Log, ThrowsNothingWhateverFails) {
+    const Row rows[] = {
+        OF(w.file.PrintErrInLogFile(w.err)),
+        OF(w.file.PrintInfoInLogFile(w.info)),
+        OF(w.file.SetDebugLog(true, true); w.file.PrintDebugLogFileInput(w.info, true)),
+    };
+    for (const Row& row : rows) each_fault(row, [](World&, bool done) { EXPECT_TRUE(done); });
+    for_each_fault(
+        "rotation",
+        [] {
+            auto w = std::make_unique<World>();
+            w->dir.write("log", std::string(1025, 'x'));
+            w->file.SetLogMaxSize(1);
+            w->file.SetProtectRepeat(true);
+            w->file.SetProgVersion("version\n");
+            return w;
+        },
+        [](auto& w) { w->file.PrintErrInLogFile(w->err); },
+        [](auto& w, bool done) {
+            EXPECT_TRUE(done);
+            const std::string full(1025, 'x');
+            EXPECT_TRUE(w->dir.read("log").starts_with(full) != (w->dir.read("log~1") == full)) << "lost";
+        });
 }
 
 } // namespace

@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -316,13 +317,16 @@ size_t open_descriptors() {
     return number;
 }
 
-// Whether it did what it is for; not if it threw one of the two values that may leave an operation.
-bool passes(const std::function<void()>& operation) {
+// Whether it did what it is for; not if it threw one of the two values that may leave an operation. Tells which.
+bool passes(const std::function<void()>& operation, std::string& thrown) {
     try {
         operation();
         return true;
-    } catch (const MGErr&) {
+    } catch (const MGErr& err) {
+        state.armed = state.recording = false;
+        thrown = err.GetString();
     } catch (const MGExit&) {
+        thrown = "MGExit";
     } catch (const std::exception& e) {
         state.armed = state.recording = false;
         ADD_FAILURE() << "neither MGErr nor MGExit: " << e.what();
@@ -338,16 +342,17 @@ bool run_with_fault(const std::function<faults::Run()>& prepare, faults::Kind ki
     {
         const faults::Run run = prepare();
         state.armed = point > 0;
-        const bool done = passes(run.operation);
+        std::string thrown;
+        const bool done = passes(run.operation, thrown);
         state.armed = state.recording = false;
         const std::string where = "fails at " + faults::last_point();
         SCOPED_TRACE(where);
         run.check(done);
         if (!done) {
             state.recording = true;
-            const bool works = state.failed && passes(run.operation);
+            const bool works = state.failed && passes(run.operation, thrown);
             state.recording = false;
-            EXPECT_TRUE(works) << "does not work";
+            EXPECT_TRUE(works) << "does not work: " << thrown;
             run.check(true);
         }
     }
@@ -359,13 +364,16 @@ bool run_with_fault(const std::function<faults::Run()>& prepare, faults::Kind ki
 
 // At the end of the program, so that the figure is there for each test that has one.
 struct Total {
+    Total() {
+        setenv("TZ", "UTC0", 1); // read once and kept: the file of a zone is read again and again
+        tzset();
+    }
     ~Total() { std::printf("%zu faults injected\n", injected); }
 };
 
 } // namespace
 
-faults::Pause::Pause()
-    : armed_(std::exchange(state.armed, false)), recording_(std::exchange(state.recording, false)) {}
+faults::Pause::Pause() : armed_(std::exchange(state.armed, false)), recording_(std::exchange(state.recording, false)) {}
 
 faults::Pause::~Pause() {
     state.armed = armed_;
