@@ -1,6 +1,7 @@
 // The block cipher, its feedback mode, and passwords in and out of it.
 #include "config/scrambling.h"
 
+#include "runtime/little_endian.h"
 #include "runtime/mg_file.h"
 
 #include <algorithm>
@@ -43,30 +44,53 @@ constexpr ByteTables byte_tables = [] {
     return tables;
 }();
 
-uint32_t round_function(uint32_t sum) {
-    const uint32_t replaced = static_cast<uint32_t>(byte_tables[3][sum >> 24]) << 24 |
-                              static_cast<uint32_t>(byte_tables[2][sum >> 16 & 255]) << 16 |
-                              static_cast<uint32_t>(byte_tables[1][sum >> 8 & 255]) << 8 | byte_tables[0][sum & 255];
-    return std::rotl(replaced, 11);
+// Crosses word with the round's result: the four bytes of sum replaced and together rotated by 11, each brought to its
+// place on its own. The byte that takes longest to get at comes last.
+inline void cross_round(uint32_t& word, uint32_t sum) {
+    word ^= static_cast<uint32_t>(byte_tables[0][sum & 255]) << 11 |
+            static_cast<uint32_t>(byte_tables[3][sum >> 24]) << 3 |
+            static_cast<uint32_t>(byte_tables[1][sum >> 8 & 255]) << 19;
+    word ^= std::rotl(static_cast<uint32_t>(byte_tables[2][sum >> 16 & 255]), 27);
 }
 
-// The next gamma, crossed as the output words take it: the block cipher leaves the standard's halves exchanged.
-std::array<uint32_t, 2> next_gamma(const uint32_t* state, const uint32_t* key) {
-    uint32_t n1 = state[0];
-    uint32_t n2 = state[1];
-    encrypt_block(key, n1, n2);
-    return {n2, n1};
+struct Block {
+    uint32_t n1, n2;
+};
+
+// Enciphers blocks side by side, in registers: they don't wait for each other. Each round has its word of the key.
+template <class... Blocks>
+void encrypt_blocks(const uint32_t* key, Blocks&... result) {
+    [&](Blocks... block) {
+        const auto two_rounds = [&](uint32_t first, uint32_t second) {
+            (cross_round(block.n2, block.n1 + first), ...);
+            (cross_round(block.n1, block.n2 + second), ...);
+        };
+        for (int round = 0; round < 24; round += 2) two_rounds(key[round % 8], key[round % 8 + 1]);
+        for (int word = 7; word > 0; word -= 2) two_rounds(key[word], key[word - 1]);
+        ((result = block), ...);
+    }(result...);
 }
 
+// What a gamma makes of two words, crossed: the block cipher leaves the standard's halves exchanged.
+void cross_gamma(const Block& gamma, const uint32_t* in, uint32_t* out) {
+    out[0] = in[0] ^ gamma.n2;
+    out[1] = in[1] ^ gamma.n1;
+}
+
+// The last word may be there only in part.
 void load_words(const uint8_t* bytes, size_t size, uint32_t* words) {
-    for (size_t i = 0; i < size; ++i) {
-        if (i % 4 == 0) words[i / 4] = 0;
-        words[i / 4] |= static_cast<uint32_t>(bytes[i]) << 8 * (i % 4);
+    size_t i = 0;
+    for (; size - i >= 4; i += 4) words[i / 4] = get_le32(bytes + i);
+    for (size_t shift = 0; i < size; ++i, shift += 8) {
+        if (shift == 0) words[i / 4] = 0;
+        words[i / 4] |= static_cast<uint32_t>(bytes[i]) << shift;
     }
 }
 
 void store_words(const uint32_t* words, uint8_t* bytes, size_t size) {
-    for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<uint8_t>(words[i / 4] >> 8 * (i % 4));
+    size_t i = 0;
+    for (; size - i >= 4; i += 4) put_le32(bytes + i, words[i / 4]);
+    for (size_t shift = 0; i < size; ++i, shift += 8) bytes[i] = static_cast<uint8_t>(words[i / 4] >> shift);
 }
 
 using FeedbackMode = void (*)(uint32_t*, const uint32_t*, uint32_t*, size_t, const uint32_t*);
@@ -110,32 +134,40 @@ std::string decode_string(const std::string& coded) {
 }
 
 void encrypt_block(const uint32_t* key, uint32_t& n1, uint32_t& n2) {
-    for (int round = 0; round < 24; round += 2) {
-        n2 ^= round_function(n1 + key[round % 8]);
-        n1 ^= round_function(n2 + key[round % 8 + 1]);
-    }
-    for (int word = 7; word > 0; word -= 2) {
-        n2 ^= round_function(n1 + key[word]);
-        n1 ^= round_function(n2 + key[word - 1]);
-    }
+    Block block{n1, n2};
+    encrypt_blocks(key, block);
+    n1 = block.n1;
+    n2 = block.n2;
 }
 
 void encrypt_(uint32_t* state, const uint32_t* in, uint32_t* out, size_t blocks, const uint32_t* key) {
-    for (size_t i = 0; i < 2 * blocks; i += 2) {
-        const auto gamma = next_gamma(state, key);
-        state[0] = out[i] = in[i] ^ gamma[0];
-        state[1] = out[i + 1] = in[i + 1] ^ gamma[1];
+    for (; blocks > 0; --blocks, in += 2, out += 2) {
+        Block gamma{state[0], state[1]};
+        encrypt_blocks(key, gamma);
+        cross_gamma(gamma, in, out);
+        state[0] = out[0];
+        state[1] = out[1];
     }
 }
 
 void decrypt_(uint32_t* state, const uint32_t* in, uint32_t* out, size_t blocks, const uint32_t* key) {
-    for (size_t i = 0; i < 2 * blocks; i += 2) {
-        const auto gamma = next_gamma(state, key);
-        state[0] = in[i];
-        state[1] = in[i + 1];
-        out[i] = state[0] ^ gamma[0];
-        out[i + 1] = state[1] ^ gamma[1];
+    Block gamma{state[0], state[1]};
+    for (; blocks > 1; blocks -= 2, in += 4, out += 4) {
+        Block second{in[0], in[1]};
+        encrypt_blocks(key, gamma, second);
+        const Block next{in[2], in[3]};
+        cross_gamma(gamma, in, out);
+        cross_gamma(second, in + 2, out + 2);
+        gamma = next;
     }
+    if (blocks > 0) {
+        const Block next{in[0], in[1]};
+        encrypt_blocks(key, gamma);
+        cross_gamma(gamma, in, out);
+        gamma = next;
+    }
+    state[0] = gamma.n1;
+    state[1] = gamma.n2;
 }
 
 void encrypt_buffer(const uint8_t* initial, const uint8_t* in, uint8_t* out, size_t size) {

@@ -262,20 +262,22 @@ void MGIp::ParseTcp(const Operation& operation) {
 // options = { 0x01 | kind len {byte} } [ 0x00 {byte} ], all within the TCP header. A length byte of 0 or 1 counts as 2,
 // so that each turn moves on.
 void MGIp::ParseOptions(const Operation& operation) {
+    constexpr size_t usual = 8;
+    m_options.reserve(usual);
     const uint8_t* option = Transport() + tcp_header;
     const uint8_t* const end = Transport() + m_tcp_len * 4;
     while (option != end && *option != 0) {
-        MGIpOpt opt;
-        opt.kind = option[0];
+        const uint8_t kind = option[0];
+        uint8_t len = 0;
         ptrdiff_t taken = 1;
-        if (opt.kind != 1) {
+        if (kind != 1) {
             if (end - option < 2) operation.Fail(bad_lengths, "(end - option < 2)", end - option);
-            opt.len = option[1];
-            taken = opt.len > 2 ? opt.len : 2;
+            len = option[1];
+            taken = len > 2 ? len : 2;
             if (end - option < taken) operation.Fail(bad_lengths, "(end - option < opt.len)", end - option);
-            opt.data.assign(option + 2, option + taken);
         }
-        m_options.push_back(std::move(opt));
+        MGIpOpt& opt = m_options.emplace_back(kind, len);
+        if (taken > 2) opt.data.assign(option + 2, option + taken);
         option += taken;
     }
 }
@@ -439,9 +441,14 @@ std::string MGIp::IpUint32ToStr(uint32_t ip, bool network_order) {
 
 void MGIp::Data2Vector(const void* data, size_t size, std::vector<uint8_t>& out) {
     at_edge("MGIp::Data2Vector", [&] {
-        std::vector<uint8_t> copy; // data may stand in `out`
-        Append2Vector(copy, data, size);
-        out.swap(copy);
+        const auto* bytes = static_cast<const uint8_t*>(data);
+        if (!bytes) {
+            out.clear();
+        } else if (bytes_from(out, bytes) == 0) {
+            out.assign(bytes, bytes + size);
+        } else {
+            out = std::vector<uint8_t>(bytes, bytes + size);
+        }
     });
 }
 

@@ -1,7 +1,9 @@
 // MGFile: CRC-32, base64 and hexadecimal.
+#include "runtime/little_endian.h"
 #include "runtime/mg_file.h"
 
 #include <array>
+#include <cstring>
 #include <string_view>
 #include <utility>
 
@@ -11,7 +13,7 @@ namespace {
 
 // A CRC is a polynomial modulo 0xEDB88320, its lowest power in the highest bit.
 constexpr uint32_t crc_times_x(uint32_t crc) {
-    return crc & 1 ? crc >> 1 ^ 0xEDB88320u : crc >> 1;
+    return crc >> 1 ^ (-(crc & 1) & 0xEDB88320u);
 }
 
 constexpr std::array<uint32_t, 256> make_crc_table() {
@@ -26,38 +28,53 @@ constexpr std::array<uint32_t, 256> make_crc_table() {
 
 constexpr std::array<uint32_t, 256> crc_table = make_crc_table();
 
-constexpr uint32_t crc_of_byte(uint32_t crc, uint8_t byte) {
-    return crc_table[(crc ^ byte) & 0xFF] ^ crc >> 8;
+// The byte is already in the lowest of crc.
+constexpr uint32_t crc_of_byte(uint32_t crc) {
+    return crc_table[crc & 0xFF] ^ crc >> 8;
 }
 
 constexpr uint32_t crc_product(uint32_t a, uint32_t b) {
     uint32_t product = 0;
-    for (; a != 0; a <<= 1, b = crc_times_x(b))
-        if (a & 0x80000000u) product ^= b;
+    for (; a != 0; a <<= 1, b = crc_times_x(b)) product ^= -(a >> 31) & b;
     return product;
 }
 
 // Each byte waits for the lookup of the one before it. So a block is cut into lanes whose lookups don't wait for each
-// other; what a lane gives is then carried over the bytes of the next, which is one product.
-constexpr size_t crc_lanes = 8;
-constexpr size_t crc_lane_size = 2048;
+// other; what a lane gives is then carried over the bytes of the next, which is one product. Long lanes make products
+// few. No lane is a power of two long: all would want the same places of the cache.
+constexpr size_t crc_lanes = 12;
+constexpr size_t long_lane = 16448;
+constexpr size_t short_lane = 1088;
 
-constexpr uint32_t make_crc_over_lane() {
+template <size_t lane_size>
+constexpr uint32_t crc_over_lane = [] {
     uint32_t crc = 0x80000000u;
-    for (size_t bit = 0; bit < 8 * crc_lane_size; ++bit) crc = crc_times_x(crc);
+    for (size_t bit = 0; bit < 8 * lane_size; ++bit) crc = crc_times_x(crc);
+    return crc;
+}();
+
+// The lanes are numbered at compile time, and go byte by byte side by side: so they stay in registers.
+template <size_t lane_size, size_t... lane>
+uint32_t crc_of_block(uint32_t crc, const uint8_t* data, std::index_sequence<lane...>) {
+    uint32_t lanes[] = {(lane == 0 ? crc : 0)...};
+    for (size_t i = 0; i < lane_size; i += 4) {
+        ((lanes[lane] ^= get_le32(data + lane * lane_size + i)), ...);
+        ((lanes[lane] = crc_of_byte(lanes[lane])), ...);
+        ((lanes[lane] = crc_of_byte(lanes[lane])), ...);
+        ((lanes[lane] = crc_of_byte(lanes[lane])), ...);
+        ((lanes[lane] = crc_of_byte(lanes[lane])), ...);
+    }
+    crc = 0;
+    ((crc = crc_product(crc, crc_over_lane<lane_size>) ^ lanes[lane]), ...);
     return crc;
 }
 
-constexpr uint32_t crc_over_lane = make_crc_over_lane();
-
-// The lanes are numbered at compile time: so they stay in registers.
-template <size_t... lane>
-uint32_t crc_of_block(uint32_t crc, const uint8_t* data, std::index_sequence<lane...>) {
-    uint32_t lanes[] = {(lane == 0 ? crc : 0)...};
-    for (size_t i = 0; i < crc_lane_size; ++i)
-        ((lanes[lane] = crc_of_byte(lanes[lane], data[lane * crc_lane_size + i])), ...);
-    crc = 0;
-    ((crc = crc_product(crc, crc_over_lane) ^ lanes[lane]), ...);
+// Takes all blocks with lanes of that size; data and size are what is left then.
+template <size_t lane_size>
+uint32_t crc_of_blocks(uint32_t crc, const uint8_t*& data, size_t& size) {
+    constexpr size_t block = crc_lanes * lane_size;
+    for (; size >= block; data += block, size -= block)
+        crc = crc_of_block<lane_size>(crc, data, std::make_index_sequence<crc_lanes>());
     return crc;
 }
 
@@ -74,6 +91,33 @@ constexpr std::array<uint8_t, 256> make_base64_values() {
 }
 
 constexpr std::array<uint8_t, 256> base64_values = make_base64_values();
+
+// The two characters of twelve bits.
+constexpr std::array<std::array<char, 2>, 4096> make_base64_pairs() {
+    std::array<std::array<char, 2>, 4096> pairs{};
+    for (size_t i = 0; i < pairs.size(); ++i) pairs[i] = {base64_alphabet[i >> 6], base64_alphabet[i & 63]};
+    return pairs;
+}
+
+constexpr std::array<std::array<char, 2>, 4096> base64_pairs = make_base64_pairs();
+
+void put_base64_group(uint32_t group, char* to) {
+    std::memcpy(to, base64_pairs[group >> 12].data(), 2);
+    std::memcpy(to + 2, base64_pairs[group & 0xFFF].data(), 2);
+}
+
+// Takes groups of four characters while all four are of the alphabet; both pointers move on.
+void take_base64_groups(const uint8_t*& from, const uint8_t* end, uint8_t*& to) {
+    for (; end - from >= 4; from += 4) {
+        const uint32_t a = base64_values[from[0]], b = base64_values[from[1]], c = base64_values[from[2]],
+                       d = base64_values[from[3]];
+        if ((a | b | c | d) == not_base64) return;
+        const uint32_t group = a << 18 | b << 12 | c << 6 | d;
+        *to++ = static_cast<uint8_t>(group >> 16);
+        *to++ = static_cast<uint8_t>(group >> 8);
+        *to++ = static_cast<uint8_t>(group);
+    }
+}
 
 constexpr std::string_view hex_digits = "0123456789abcdef";
 
@@ -92,11 +136,10 @@ const uint8_t* bytes_of(const std::string& text) {
 } // namespace
 
 uint32_t MGFile::MakeCrc32(const uint8_t* data, size_t size) {
-    constexpr size_t block = crc_lanes * crc_lane_size;
     uint32_t crc = 0xFFFFFFFFu;
-    for (; size >= block; data += block, size -= block)
-        crc = crc_of_block(crc, data, std::make_index_sequence<crc_lanes>());
-    for (size_t i = 0; i < size; ++i) crc = crc_of_byte(crc, data[i]);
+    crc = crc_of_blocks<long_lane>(crc, data, size);
+    crc = crc_of_blocks<short_lane>(crc, data, size);
+    for (size_t i = 0; i < size; ++i) crc = crc_of_byte(crc ^ data[i]);
     return ~crc;
 }
 
@@ -118,36 +161,37 @@ uint32_t MGFile::MakeCrc32Lower(const std::string& text) {
 
 void MGFile::DataToBase64(const std::vector<uint8_t>& data, std::string& text) {
     at_edge("MGFile::DataToBase64", [&] {
-        text.clear();
-        text.reserve((data.size() + 2) / 3 * 4);
-        for (size_t i = 0; i < data.size(); i += 3) {
-            const size_t left = data.size() - i;
-            const uint32_t group =
-                static_cast<uint32_t>(data[i]) << 16 | (left > 1 ? data[i + 1] << 8 : 0) | (left > 2 ? data[i + 2] : 0);
-            text += base64_alphabet[group >> 18];
-            text += base64_alphabet[group >> 12 & 63];
-            text += left > 1 ? base64_alphabet[group >> 6 & 63] : '=';
-            text += left > 2 ? base64_alphabet[group & 63] : '=';
-        }
+        text.resize((data.size() + 2) / 3 * 4);
+        const uint8_t* from = data.data();
+        char* to = text.data();
+        size_t left = data.size();
+        for (; left >= 3; from += 3, to += 4, left -= 3) put_base64_group(from[0] << 16 | from[1] << 8 | from[2], to);
+        if (left == 0) return;
+        put_base64_group(from[0] << 16 | (left > 1 ? from[1] << 8 : 0), to);
+        if (left == 1) to[2] = '=';
+        to[3] = '=';
     });
 }
 
 void MGFile::Base64ToData(const std::string& text, std::vector<uint8_t>& data) {
     at_edge("MGFile::Base64ToData", [&] {
-        data.clear();
-        data.reserve(text.size() / 4 * 3 + 2);
+        data.resize(text.size() / 4 * 3 + 3);
+        const uint8_t *from = bytes_of(text), *const end = from + text.size();
+        uint8_t* to = data.data();
         uint32_t bits = 0;
         int number = 0; // of bits not yet given out
-        for (char c : text) {
-            if (c == '\0' || c == '=') break;
-            const uint8_t value = base64_values[static_cast<uint8_t>(c)];
+        while (true) {
+            if (number == 0) take_base64_groups(from, end, to);
+            if (from == end || *from == '\0' || *from == '=') break;
+            const uint8_t value = base64_values[*from++];
             if (value == not_base64) continue;
             bits = bits << 6 | value;
             number += 6;
             if (number < 8) continue;
             number -= 8;
-            data.push_back(static_cast<uint8_t>(bits >> number));
+            *to++ = static_cast<uint8_t>(bits >> number);
         }
+        data.resize(static_cast<size_t>(to - data.data()));
     });
 }
 

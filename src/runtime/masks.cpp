@@ -5,71 +5,55 @@
 //
 // Each piece takes its leftmost occurrence behind the piece before it; there is no backtracking. The last piece of a
 // mask that doesn't end in "*" is tested against the end of the text on its own, so that "*.txt" finds a.txt.txt.
+// Pieces and what is left of the text are views: nothing is copied, and case is looked at where bytes differ.
 #include "runtime/mg_file.h"
-
-#include <algorithm>
+#include "runtime/utf8_walk.h"
 
 using namespace vorma;
 
 namespace {
 
-// mask up to the first invalid sequence: behind it nothing could be compared.
-std::string valid_part(const std::string& mask) {
-    size_t pos = 0, len = 0;
-    while (MGFile::NextUtf8(mask, pos, len)) {
-    }
-    return mask.substr(0, pos + len);
+using View = std::string_view;
+
+// The text up to its first invalid sequence.
+View valid_part(View text) {
+    size_t end = 0;
+    while (const size_t length = character_at(text, end)) end += length;
+    return text.substr(0, end);
 }
 
-std::vector<std::string> pieces_of(const std::string& mask) {
-    std::vector<std::string> pieces;
-    MGFile::SplitStringLeft(mask, "*", pieces);
-    std::erase(pieces, std::string());
-    return pieces;
+size_t number_of_characters(View valid) {
+    size_t number = 0;
+    for (const char c : valid) number += (c & 0xC0) != 0x80;
+    return number;
 }
 
-// Whether piece stands at the beginning of text; matched is what it takes.
-bool begins_with(const std::string& text, const std::string& piece, size_t& matched) {
-    size_t pos = 0, len = 0;
-    return MGFile::NextUtf8(text, pos, len) && MGFile::CompareMaskWithQuestion(text, pos, len, piece, matched);
+bool same_character(const char* a, const char* b, size_t length, bool case_sensitive) {
+    if (length <= 2 && !case_sensitive) return in_case(a, length, true) == in_case(b, length, true);
+    for (size_t i = 0; i < length; ++i)
+        if (a[i] != b[i]) return false;
+    return true;
 }
 
-// mask isn't empty and holds more than "*"; neither is text empty.
-bool match_pieces(std::string text, const std::string& mask) {
-    const std::vector<std::string> pieces = pieces_of(mask);
-    for (size_t i = 0; i < pieces.size(); ++i) {
-        const bool at_start = i == 0 && mask.front() != '*';
-        const bool at_end = i + 1 == pieces.size() && mask.back() != '*';
-        if (at_end && !at_start) return MGFile::MatchMaskWithEndStr(text, pieces[i]);
-        size_t pos = 0, matched = 0;
-        if (at_start ? !begins_with(text, pieces[i], matched)
-                     : !MGFile::FindMaskWithQuestion(text, pieces[i], pos, matched))
-            return false;
-        text.erase(0, pos + matched);
-        if (at_end) return text.empty();
+// Whether piece, all of it valid, stands at the beginning of text; matched grows by the bytes of text used.
+bool begins_with(View text, View piece, bool case_sensitive, size_t& matched) {
+    for (size_t at = 0, in_text = 0; at < piece.size(); matched += in_text) {
+        const size_t length = character_length(static_cast<unsigned char>(piece[at]));
+        const bool any = piece[at] == '?';
+        in_text = character_at(text, 0);
+        if (in_text == 0 || (!any && in_text != length)) return false;
+        if (!any && !same_character(text.data(), piece.data() + at, length, case_sensitive)) return false;
+        text.remove_prefix(in_text);
+        at += length;
     }
     return true;
 }
 
-} // namespace
-
-bool MGFile::CompareMaskWithQuestion(const std::string& text, size_t pos, size_t len, const std::string& mask,
-                                     size_t& matched) {
-    bool in_text = true;
-    for (size_t mask_pos = 0, mask_len = 0; NextUtf8(mask, mask_pos, mask_len);) {
-        if (!in_text) return false;
-        const bool any = mask[mask_pos] == '?';
-        if (!any && mask.compare(mask_pos, mask_len, text, pos, len) != 0) return false;
-        matched += len;
-        in_text = NextUtf8(text, pos, len);
-    }
-    return true;
-}
-
-bool MGFile::FindMaskWithQuestion(const std::string& text, const std::string& mask, size_t& pos, size_t& matched) {
-    for (size_t at = 0, len = 0; NextUtf8(text, at, len);) {
+// The leftmost place where piece stands in text: its position and the bytes matched.
+bool find_piece(View text, View piece, bool case_sensitive, size_t& pos, size_t& matched) {
+    for (size_t at = 0; const size_t length = character_at(text, at); at += length) {
         size_t used = 0;
-        if (!CompareMaskWithQuestion(text, at, len, mask, used)) continue;
+        if (!begins_with(text.substr(at), piece, case_sensitive, used)) continue;
         pos = at;
         matched = used;
         return true;
@@ -77,12 +61,50 @@ bool MGFile::FindMaskWithQuestion(const std::string& text, const std::string& ma
     return false;
 }
 
+// Whether the last characters of text match piece, neither of which is empty.
+bool ends_with(View text, View piece, bool case_sensitive) {
+    text = valid_part(text);
+    const size_t wanted = number_of_characters(piece);
+    size_t begin = text.size(), number = 0;
+    while (begin > 0 && number < wanted) number += (text[--begin] & 0xC0) != 0x80;
+    size_t matched = 0;
+    return number == wanted && begins_with(text.substr(begin), piece, case_sensitive, matched);
+}
+
+// mask is valid and holds more than "*".
+bool match_pieces(View text, View mask, bool case_sensitive) {
+    bool at_start = mask.front() != '*';
+    while (true) {
+        mask.remove_prefix(std::min(mask.find_first_not_of('*'), mask.size()));
+        if (mask.empty()) return true;
+        const View piece = mask.substr(0, mask.find('*'));
+        const bool last = piece.size() == mask.size();
+        if (last && !at_start) return ends_with(text, piece, case_sensitive);
+        size_t pos = 0, matched = 0;
+        if (at_start ? !begins_with(text, piece, case_sensitive, matched)
+                     : !find_piece(text, piece, case_sensitive, pos, matched))
+            return false;
+        text.remove_prefix(pos + matched);
+        if (last) return text.empty();
+        mask.remove_prefix(piece.size());
+        at_start = false;
+    }
+}
+
+} // namespace
+
+bool MGFile::CompareMaskWithQuestion(const std::string& text, size_t pos, size_t, const std::string& mask,
+                                     size_t& matched) {
+    return begins_with(View(text).substr(pos), valid_part(mask), true, matched);
+}
+
+bool MGFile::FindMaskWithQuestion(const std::string& text, const std::string& mask, size_t& pos, size_t& matched) {
+    return find_piece(text, valid_part(mask), true, pos, matched);
+}
+
 bool MGFile::MatchMaskWithEndStr(const std::string& text, const std::string& mask) {
-    const size_t in_text = NumberUtf8(text), in_mask = NumberUtf8(mask);
-    if (in_mask == 0 || in_mask > in_text) return false;
-    size_t pos = 0, len = 0, matched = 0;
-    for (size_t i = 0; i <= in_text - in_mask; ++i) NextUtf8(text, pos, len);
-    return CompareMaskWithQuestion(text, pos, len, mask, matched);
+    const View valid = valid_part(mask);
+    return !valid.empty() && ends_with(text, valid, true);
 }
 
 bool MGFile::IsOnlyAsterisk(const std::string& mask) {
@@ -90,11 +112,8 @@ bool MGFile::IsOnlyAsterisk(const std::string& mask) {
 }
 
 bool MGFile::CompareMaskUtf8(const std::string& text, const std::string& mask, bool case_sensitive) {
-    return at_edge("MGFile::CompareMaskUtf8", [&] {
-        const std::string valid = valid_part(mask);
-        if (valid.empty()) return text.empty();
-        if (IsOnlyAsterisk(valid)) return true;
-        if (text.empty()) return false;
-        return case_sensitive ? match_pieces(text, valid) : match_pieces(UpperUtf8(text), UpperUtf8(valid));
-    });
+    const View valid = valid_part(mask);
+    if (valid.empty()) return text.empty();
+    if (valid.find_first_not_of('*') == View::npos) return true;
+    return !text.empty() && match_pieces(text, valid, case_sensitive);
 }
