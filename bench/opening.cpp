@@ -1,8 +1,8 @@
 // Times the opening of the profile editor, from the call to its first drawn frame: ten openings, their median, and
 // where the time goes. bench_opening, on a display.
-#include "app/globals.h"
 #include "app/mg_context.h"
 #include "dialog/make_dialog.h"
+#include "dialog/open_dialogs.h"
 #include "editor/histories.h"
 #include "editor/profile_editor.h"
 #include "editor/profile_list.h"

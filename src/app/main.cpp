@@ -1,5 +1,4 @@
 // The process: reads what is on disk, shows the list of profiles and leaves the rest to the handlers.
-#include "app/globals.h"
 #include "app/log.h"
 #include "app/mg_context.h"
 #include "app/mg_err.h"
@@ -7,6 +6,7 @@
 #include "config/profile_file.h"
 #include "dialog/make_dialog.h"
 #include "dialog/mg_dialog.h"
+#include "dialog/open_dialogs.h"
 #include "editor/histories.h"
 #include "editor/profile_list.h"
 

@@ -6,6 +6,8 @@
 
 using namespace vorma;
 
+MGContext* Context = nullptr;
+
 void init_vorma_catalogs(MGContext* context, const char* log_file_name) {
     at_edge("init_vorma_catalogs", [&] {
         MGFile::GetEnv("HOME", context->base_dir);

@@ -36,6 +36,9 @@ public:
     std::string editor_path = "/usr/bin/kate"; // the program that opens result files
 };
 
+// Set by main before anything else can run; lives as long as the process and is used by one thread, the toolkit's.
+extern MGContext* Context;
+
 // Builds the catalog tree below $HOME, each catalog made at once where it is missing, and fills the path fields.
 // Throws MGErr: HOME is not set, or a catalog can't be made.
 void init_vorma_catalogs(MGContext* context, const char* log_file_name);

@@ -1,7 +1,6 @@
 // The one road from the editor's memory to the disk.
 #include "config/saving.h"
 
-#include "app/globals.h"
 #include "app/mg_context.h"
 #include "app/mg_err.h"
 #include "config/master_file.h"

@@ -1,10 +1,11 @@
 // The parameter dialogs of the five types of action: their fields, their checks and their handlers.
 #include "editor/action_dialogs.h"
 
-#include "app/globals.h"
 #include "dialog/make_dialog.h"
+#include "dialog/open_dialogs.h"
 #include "editor/choosers.h"
 #include "editor/handlers.h"
+#include "editor/histories.h"
 #include "editor/validation.h"
 #include "editor/widget_fields.h"
 #include "net/address_syntax.h"

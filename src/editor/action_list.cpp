@@ -1,8 +1,8 @@
 // Adding, changing, deleting and moving the actions of a profile, and the dialog of one action.
 #include "editor/action_list.h"
 
-#include "app/globals.h"
 #include "dialog/make_dialog.h"
+#include "dialog/open_dialogs.h"
 #include "editor/action_dialogs.h"
 #include "editor/handlers.h"
 #include "editor/histories.h"

@@ -11,6 +11,30 @@
 
 using namespace vorma;
 
+History init_profile_name;
+History init_profile_id;
+History init_recv_ip;
+History init_send_ip;
+History init_send_domen;
+History init_recv_domen;
+History init_sub_net;
+History init_net_device;
+History init_tun_device;
+History init_local_adr;
+History init_virtual_adr;
+History init_virtual_ip;
+History init_action_name;
+History init_console_prog;
+History init_active_file;
+History init_run_prog;
+History init_run_param;
+History init_exist_content;
+History init_admit_filter;
+History init_sub_dir = {
+    "%%YYYY%%/%%MM%%/%%DD%%/%%LOGIN%%/%%QUEUE%%/%%TIME%%/",
+    "%%LOGIN%%/%%QUEUE%%/%%YYYY%%/%%MM%%/%%DD%%/%%TIME%%/",
+};
+
 namespace {
 
 // A history while it is gathered from all profiles: the set finds a text in constant time, so that a start stays in

@@ -1,13 +1,35 @@
-// The histories that feed the drop-down lists of the editor (the vectors init_... of app/globals.h): gathered at start
-// from all profiles and from the machine, added to while the program runs, never stored and never shortened.
+// The histories that feed the drop-down lists of the editor (the vectors init_...): gathered at start from all
+// profiles and from the machine, added to while the program runs, never stored and never shortened.
 #pragma once
 
-#include "app/globals.h"
-
 #include <string>
+#include <vector>
 
 class MGContext;
 class MGDialog;
+
+// Each holds a text once, oldest first. They live as long as the process and are used by the toolkit's thread alone.
+using History = std::vector<std::string>;
+extern History init_profile_name;
+extern History init_profile_id;
+extern History init_recv_ip;
+extern History init_send_ip;
+extern History init_send_domen;
+extern History init_recv_domen;
+extern History init_sub_net;
+extern History init_net_device;
+extern History init_tun_device;
+extern History init_local_adr;
+extern History init_virtual_adr;
+extern History init_virtual_ip;
+extern History init_action_name;
+extern History init_console_prog;
+extern History init_active_file;
+extern History init_run_prog;
+extern History init_run_param;
+extern History init_exist_content;
+extern History init_admit_filter;
+extern History init_sub_dir; // holds the two templates of a sub-catalog from the start
 
 // Appends text to the history unless it is empty or stands there already, byte for byte.
 void add_string_to_vector(const std::string& text, History& history);

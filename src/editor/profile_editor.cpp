@@ -1,15 +1,16 @@
 // Opening the profile editor, its two pages of general settings, and what its OK commits.
 #include "editor/profile_editor.h"
 
-#include "app/globals.h"
 #include "app/log.h"
 #include "app/mg_context.h"
 #include "config/saving.h"
 #include "config/xml_tables.h"
 #include "dialog/make_dialog.h"
+#include "dialog/open_dialogs.h"
 #include "editor/action_list.h"
 #include "editor/choosers.h"
 #include "editor/handlers.h"
+#include "editor/histories.h"
 #include "editor/start_modes.h"
 #include "editor/validation.h"
 #include "editor/widget_fields.h"

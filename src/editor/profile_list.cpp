@@ -1,11 +1,11 @@
 // The main window: creating, renaming and deleting profiles, the default mark and the active flags.
 #include "editor/profile_list.h"
 
-#include "app/globals.h"
 #include "app/mg_context.h"
 #include "config/saving.h"
 #include "dialog/make_dialog.h"
 #include "dialog/mg_dialog.h"
+#include "dialog/open_dialogs.h"
 #include "editor/handlers.h"
 #include "editor/histories.h"
 #include "editor/validation.h"

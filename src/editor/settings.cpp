@@ -1,8 +1,8 @@
 // The two small dialogs of the menu: the program's settings and the about box.
-#include "app/globals.h"
 #include "app/mg_context.h"
 #include "config/saving.h"
 #include "dialog/make_dialog.h"
+#include "dialog/open_dialogs.h"
 #include "editor/handlers.h"
 
 namespace {

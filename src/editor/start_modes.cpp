@@ -2,9 +2,13 @@
 #include "editor/start_modes.h"
 
 #include "dialog/make_dialog.h"
+#include "dialog/open_dialogs.h"
 #include "editor/choosers.h"
 #include "editor/handlers.h"
 #include "editor/widget_fields.h"
+
+#include <algorithm>
+#include <string_view>
 
 namespace {
 
@@ -52,6 +56,7 @@ const WidgetField<MGConfig> server_fields[] = {
     F::spin("server_recv_port", &MGConfig::server_recv_port, max_port),
     F::check("server_need_cert", &MGConfig::server_need_cert),
     F::check("use_admission_list", &MGConfig::server_use_list),
+    F::button("admission_list"),
     F::check("admit_everyone", &MGConfig::server_everyone),
     F::combo("server_send_ip", &MGConfig::server_send_ip, init_send_ip),
     F::combo("server_send_domen", &MGConfig::server_send_domen, init_send_domen),
@@ -68,6 +73,7 @@ const WidgetField<MGConfig> gw_client_fields[] = {
 const WidgetField<MGConfig> gw_server_fields[] = {
     F::combo("gw_server_recv_ip", &MGConfig::gw_server_recv_ip, init_recv_ip),
     F::spin("gw_server_recv_port", &MGConfig::gw_server_recv_port, max_port),
+    F::button("gw_admission_list"),
 };
 
 // Both sides of a gateway; the side's name stands in front of the roles.
@@ -76,6 +82,8 @@ const WidgetField<MGDev> side_fields[] = {
     Side::combo("send_dev", &MGDev::device, init_tun_device),
     Side::radio("router", &MGDev::is_router),
     Side::radio("local", &MGDev::is_local),
+    Side::button("list_adrs"),
+    Side::button("list_virtual"),
     Side::combo("local_adr", &MGDev::local_adr, init_local_adr),
     Side::combo("virtual_adr", &MGDev::virtual_adr, init_virtual_adr),
     Side::radio("ip_all", &MGDev::ip_all),
@@ -98,11 +106,13 @@ const WidgetField<MGConfig> fc_fields[] = {
     // What the client says of itself.
     F::entry("fc_login", &MGConfig::fc_login),
     F::entry("fc_password", &MGConfig::fc_hash),
+    F::button("fc_queue"),
 };
 
 const WidgetField<MGConfig> fs_fields[] = {
     F::combo("fs_ip", &MGConfig::fs_ip, init_recv_ip),
     F::spin("fs_port", &MGConfig::fs_port, max_port),
+    F::button("fs_allow"),
 };
 
 void set_sensitive_need_cert(bool tls) {
@@ -115,57 +125,86 @@ void set_sensitive_server(bool need_cert, bool use_list) {
         ConfigDialog->SetSensitive(id, need_cert && use_list);
 }
 
-// A start mode. `filled` sets what depends on the stored flags once the frame is filled, whichever mode is chosen;
-// `chosen` sets it by the widgets when the user has picked the mode.
+// Adds the ids of a table's widgets; a number's is that of the spin button, whose adjustment holds the value.
+template <class Record>
+void add_ids(std::vector<std::string>& ids, std::span<const WidgetField<Record>> table, const std::string& side = "") {
+    using Kind = typename WidgetField<Record>::Kind;
+    for (const WidgetField<Record>& row : table) {
+        if (row.kind == Kind::combo) ids.push_back("combo_" + side + row.role);
+        ids.push_back((row.kind == Kind::spin ? "spin_" : row.front) + side + row.role);
+    }
+}
+
+// A start mode. Its frame shows `fields`, then a side of the gateway, then `rest`. `filled` sets what depends on the
+// stored flags once the frame is filled, whichever mode is chosen; `chosen` sets it by the widgets when the user has
+// picked the mode.
 struct StartMode {
     const char* radio;
     bool MGConfig::*flag;
-    PageTable& page;
-    std::span<const WidgetField<MGConfig>> fields;
+    std::span<const WidgetField<MGConfig>> fields = {};
     MGDev MGConfig::*side = nullptr;
-    const char* side_name = "";
+    std::string side_name = {};
+    std::span<const WidgetField<MGConfig>> rest = {};
     void (*filled)(const MGConfig&) = nullptr;
     void (*chosen)() = nullptr;
+    PageTable page = ids_of_frame();
+
+    std::vector<std::string> ids_of_frame() const {
+        std::vector<std::string> ids;
+        add_ids(ids, fields);
+        if (side) add_ids<MGDev>(ids, side_fields, side_name);
+        add_ids(ids, rest);
+        return ids;
+    }
 };
 
 const StartMode start_modes[] = {
-    {"radio_init_timer", &MGConfig::timer_radio, init_timer_id, timer_fields},
-    {"radio_init_file", &MGConfig::file_radio, init_file_id, file_fields},
+    {"radio_init_timer", &MGConfig::timer_radio, timer_fields},
+    {"radio_init_file", &MGConfig::file_radio, file_fields},
     {.radio = "radio_init_recv",
      .flag = &MGConfig::recv_radio,
-     .page = init_recv_id,
      .fields = recv_fields,
      .filled = [](const MGConfig& config) { set_sensitive_need_cert(config.recv_tls); },
      .chosen = [] { set_sensitive_need_cert(ConfigDialog->ToggleButtonGet("check_tls_recv")); }},
-    {"radio_init_modify", &MGConfig::modify_radio, init_modify_id, modify_fields},
-    {"radio_init_client", &MGConfig::client_radio, init_client_id, client_fields},
+    {"radio_init_modify", &MGConfig::modify_radio, modify_fields},
+    {"radio_init_client", &MGConfig::client_radio, client_fields},
     {.radio = "radio_init_server",
      .flag = &MGConfig::server_radio,
-     .page = init_server_id,
      .fields = server_fields,
      .filled = [](const MGConfig& config) { set_sensitive_server(config.server_need_cert, config.server_use_list); },
      .chosen = check_init_server},
-    {"radio_init_gw_client", &MGConfig::gw_client_radio, init_gw_client_id, gw_client_fields, &MGConfig::gw_client,
-     "gw_client_"},
-    {"radio_init_gw_server", &MGConfig::gw_server_radio, init_gw_server_id, gw_server_fields, &MGConfig::gw_server,
-     "gw_server_"},
-    {"radio_init_fc", &MGConfig::fc_radio, init_fc_id, fc_fields},
-    {"radio_init_fs", &MGConfig::fs_radio, init_fs_id, fs_fields},
+    {"radio_init_gw_client", &MGConfig::gw_client_radio, {}, &MGConfig::gw_client, "gw_client_", gw_client_fields},
+    {"radio_init_gw_server", &MGConfig::gw_server_radio, gw_server_fields, &MGConfig::gw_server, "gw_server_"},
+    {"radio_init_fc", &MGConfig::fc_radio, fc_fields},
+    {"radio_init_fs", &MGConfig::fs_radio, fs_fields},
 };
 
+const StartMode& mode_of(std::string_view radio) {
+    return *std::ranges::find(start_modes, radio, &StartMode::radio);
+}
+
 // Opens the frame of the mode whose radio button became active; the button that lost the mark calls it too.
-void choose(PageTable& page) {
-    for (const StartMode& mode : start_modes) {
-        if (&mode.page != &page) continue;
-        if (!ConfigDialog->ToggleButtonGet(mode.radio)) return;
-        set_sensitive_init(ConfigDialog, mode.page, true);
-        if (mode.chosen) mode.chosen();
-    }
+void choose(const char* radio) {
+    if (!ConfigDialog->ToggleButtonGet(radio)) return;
+    const StartMode& mode = mode_of(radio);
+    set_sensitive_init(ConfigDialog, mode.page, true);
+    if (mode.chosen) mode.chosen();
     for (const StartMode& other : start_modes)
-        if (&other.page != &page) set_sensitive_init(ConfigDialog, other.page, false);
+        if (&other != &mode) set_sensitive_init(ConfigDialog, other.page, false);
 }
 
 } // namespace
+
+PageTable& init_timer_id = mode_of("radio_init_timer").page;
+PageTable& init_file_id = mode_of("radio_init_file").page;
+PageTable& init_recv_id = mode_of("radio_init_recv").page;
+PageTable& init_modify_id = mode_of("radio_init_modify").page;
+PageTable& init_client_id = mode_of("radio_init_client").page;
+PageTable& init_server_id = mode_of("radio_init_server").page;
+PageTable& init_gw_client_id = mode_of("radio_init_gw_client").page;
+PageTable& init_gw_server_id = mode_of("radio_init_gw_server").page;
+PageTable& init_fc_id = mode_of("radio_init_fc").page;
+PageTable& init_fs_id = mode_of("radio_init_fs").page;
 
 void fill_start_modes(MGDialog& dialog, const MGConfig& config) {
     for (const StartMode& mode : start_modes) {
@@ -173,6 +212,7 @@ void fill_start_modes(MGDialog& dialog, const MGConfig& config) {
         set_sensitive_init(&dialog, mode.page, config.*mode.flag);
         fill(dialog, config, mode.fields);
         if (mode.side) fill(dialog, config.*mode.side, side_fields, mode.side_name);
+        fill(dialog, config, mode.rest);
         if (mode.filled) mode.filled(config);
     }
 }
@@ -182,11 +222,12 @@ void read_start_modes(MGDialog& dialog, MGConfig& config) {
         config.*mode.flag = dialog.ToggleButtonGet(mode.radio);
         read_back(dialog, config, mode.fields);
         if (mode.side) read_back(dialog, config.*mode.side, side_fields, mode.side_name);
+        read_back(dialog, config, mode.rest);
     }
 }
 
 void set_sensitive_init(MGDialog* dialog, PageTable& page, bool sensitive) {
-    for (const char* id : page) dialog->SetSensitive(id, sensitive);
+    for (const std::string& id : page) dialog->SetSensitive(id.c_str(), sensitive);
 }
 
 void check_init_server() {
@@ -197,34 +238,34 @@ void check_init_server() {
 extern "C" {
 
 void toggle_init_timer(GtkToggleButton*, gpointer) {
-    choose(init_timer_id);
+    choose("radio_init_timer");
 }
 void toggle_init_file(GtkToggleButton*, gpointer) {
-    choose(init_file_id);
+    choose("radio_init_file");
 }
 void toggle_init_recv(GtkToggleButton*, gpointer) {
-    choose(init_recv_id);
+    choose("radio_init_recv");
 }
 void toggle_init_modify(GtkToggleButton*, gpointer) {
-    choose(init_modify_id);
+    choose("radio_init_modify");
 }
 void toggle_init_client(GtkToggleButton*, gpointer) {
-    choose(init_client_id);
+    choose("radio_init_client");
 }
 void toggle_init_server(GtkToggleButton*, gpointer) {
-    choose(init_server_id);
+    choose("radio_init_server");
 }
 void toggle_init_gw_client(GtkToggleButton*, gpointer) {
-    choose(init_gw_client_id);
+    choose("radio_init_gw_client");
 }
 void toggle_init_gw_server(GtkToggleButton*, gpointer) {
-    choose(init_gw_server_id);
+    choose("radio_init_gw_server");
 }
 void toggle_init_fc(GtkToggleButton*, gpointer) {
-    choose(init_fc_id);
+    choose("radio_init_fc");
 }
 void toggle_init_fs(GtkToggleButton*, gpointer) {
-    choose(init_fs_id);
+    choose("radio_init_fs");
 }
 
 void toggle_tls_recv(GtkToggleButton*, gpointer) {

@@ -1,9 +1,9 @@
 // Judging what the user typed: one fault at a time, told in a box.
 #include "editor/validation.h"
 
-#include "app/globals.h"
 #include "config/xml_tables.h"
 #include "dialog/make_dialog.h"
+#include "dialog/open_dialogs.h"
 #include "net/address_syntax.h"
 
 #include <algorithm>

@@ -3,7 +3,6 @@
 // front of the id, and the two sides of a gateway share one table with the side's name between kind and role.
 #pragma once
 
-#include "app/globals.h"
 #include "dialog/kept_value.h"
 #include "dialog/mg_dialog.h"
 #include "editor/histories.h"
@@ -17,10 +16,10 @@
 // One row of a table. The fields behind the kind are those that the kind uses.
 template <class Record>
 struct WidgetField {
-    enum class Kind { spin, entry, toggle, combo, choice };
+    enum class Kind { spin, entry, toggle, combo, choice, button };
 
     Kind kind;
-    const char* front; // of the id: "adjustment_", "entry_", "check_", "radio_", "combo_"
+    const char* front; // of the id: "adjustment_", "entry_", "check_", "radio_", "combo_", "button_"
     const char* role;
     std::variant<int32_t Record::*, uint32_t Record::*, uint16_t Record::*, bool Record::*, std::string Record::*>
         field;
@@ -58,6 +57,8 @@ struct FieldsOf {
                                  const char* empty_shown_as = "") {
         return {Kind::combo, "entry_", role, field, 0, &rows, false, empty_shown_as};
     }
+    // A button, which has no field but a place among the others.
+    static constexpr Field button(const char* role) { return {Kind::button, "button_", role, {}}; }
     // A combo box with fixed rows, whose row ids are the field's tokens.
     static constexpr Field choice(const char* role, std::string Record::*field, const char* empty_shown_as) {
         return {Kind::choice, "combo_", role, field, 0, nullptr, false, empty_shown_as};
@@ -74,6 +75,7 @@ void fill(MGDialog& dialog, const Record& record, std::type_identity_t<std::span
           const std::string& side = "") {
     using Kind = typename WidgetField<Record>::Kind;
     for (const WidgetField<Record>& row : table) {
+        if (row.kind == Kind::button) continue;
         const std::string id = row.front + side + row.role;
         std::visit(
             [&](auto field) {
@@ -105,6 +107,7 @@ void read_back(MGDialog& dialog, Record& record, std::type_identity_t<std::span<
                const std::string& side = "") {
     using Kind = typename WidgetField<Record>::Kind;
     for (const WidgetField<Record>& row : table) {
+        if (row.kind == Kind::button) continue;
         const std::string id = row.front + side + row.role;
         std::visit(
             [&](auto field) {

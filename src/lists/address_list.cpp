@@ -1,8 +1,9 @@
 // The list of a gateway's addresses and the dialog of one address.
 #include "lists/address_list.h"
 
-#include "app/globals.h"
 #include "dialog/make_dialog.h"
+#include "dialog/open_dialogs.h"
+#include "editor/histories.h"
 #include "editor/validation.h"
 #include "editor/widget_fields.h"
 #include "lists/handlers.h"

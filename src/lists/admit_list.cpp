@@ -1,9 +1,9 @@
 // The list dialog: opening it on a copy, searching, marking, adding, changing and deleting.
 #include "lists/admit_list.h"
 
-#include "app/globals.h"
 #include "app/mg_err.h"
 #include "dialog/make_dialog.h"
+#include "dialog/open_dialogs.h"
 #include "editor/histories.h"
 #include "lists/admit_modes.h"
 #include "lists/handlers.h"

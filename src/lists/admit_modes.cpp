@@ -1,7 +1,7 @@
 // The table of the six lists.
 #include "lists/admit_modes.h"
 
-#include "app/globals.h"
+#include "dialog/open_dialogs.h"
 
 #include <array>
 

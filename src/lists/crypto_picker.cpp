@@ -1,9 +1,9 @@
 // Asking the provider for its crypto profiles, and taking the chosen one into the profile editor.
 #include "lists/crypto_picker.h"
 
-#include "app/globals.h"
 #include "app/mg_err.h"
 #include "dialog/make_dialog.h"
+#include "dialog/open_dialogs.h"
 #include "editor/validation.h"
 #include "lists/handlers.h"
 #include "net/provider_owners.h"

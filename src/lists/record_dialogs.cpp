@@ -1,10 +1,11 @@
 // The fields of the record dialogs, their checks on OK, and the owner's name out of a certificate.
 #include "lists/record_dialogs.h"
 
-#include "app/globals.h"
 #include "cert/mg_cert.h"
 #include "dialog/make_dialog.h"
+#include "dialog/open_dialogs.h"
 #include "editor/choosers.h"
+#include "editor/histories.h"
 #include "editor/validation.h"
 #include "editor/widget_fields.h"
 #include "lists/admit_modes.h"

@@ -1,11 +1,11 @@
 // The rows of each report, the dialog that tells where it lies, and the viewer.
 #include "lists/reports.h"
 
-#include "app/globals.h"
 #include "app/log.h"
 #include "app/mg_context.h"
 #include "app/mg_err.h"
 #include "dialog/make_dialog.h"
+#include "dialog/open_dialogs.h"
 #include "lists/admit_modes.h"
 #include "lists/handlers.h"
 #include "net/profile_report.h"

@@ -2,12 +2,13 @@
 // and judge the memory, the lists and the files.
 #pragma once
 
-#include "app/globals.h"
 #include "app/log.h"
 #include "app/mg_context.h"
 #include "config/master_file.h"
 #include "config/profile_file.h"
 #include "dialog/make_dialog.h"
+#include "dialog/open_dialogs.h"
+#include "editor/histories.h"
 #include "editor/profile_list.h"
 #include "support/temp_dir.h"
 #include "support/ui_script.h"

@@ -285,22 +285,43 @@ namespace {
 
 enum Mode : size_t { timer, file, recv, modify, client, server, gw_client, gw_server, fc, fs };
 
-const struct {
-    const char* radio;
+const struct StartModeRow {
+    const char* name;
     bool MGConfig::*flag;
-    PageTable& page;
+
+    std::string radio() const { return std::string("radio_init_") + name; }
+    std::string frame() const { return std::string("frame_init_") + name; }
 } modes[] = {
-    {"radio_init_timer", &MGConfig::timer_radio, init_timer_id},
-    {"radio_init_file", &MGConfig::file_radio, init_file_id},
-    {"radio_init_recv", &MGConfig::recv_radio, init_recv_id},
-    {"radio_init_modify", &MGConfig::modify_radio, init_modify_id},
-    {"radio_init_client", &MGConfig::client_radio, init_client_id},
-    {"radio_init_server", &MGConfig::server_radio, init_server_id},
-    {"radio_init_gw_client", &MGConfig::gw_client_radio, init_gw_client_id},
-    {"radio_init_gw_server", &MGConfig::gw_server_radio, init_gw_server_id},
-    {"radio_init_fc", &MGConfig::fc_radio, init_fc_id},
-    {"radio_init_fs", &MGConfig::fs_radio, init_fs_id},
+    {"timer", &MGConfig::timer_radio},
+    {"file", &MGConfig::file_radio},
+    {"recv", &MGConfig::recv_radio},
+    {"modify", &MGConfig::modify_radio},
+    {"client", &MGConfig::client_radio},
+    {"server", &MGConfig::server_radio},
+    {"gw_client", &MGConfig::gw_client_radio},
+    {"gw_server", &MGConfig::gw_server_radio},
+    {"fc", &MGConfig::fc_radio},
+    {"fs", &MGConfig::fs_radio},
 };
+
+std::string id_of(GtkWidget* widget) {
+    const char* id = gtk_buildable_get_name(GTK_BUILDABLE(widget));
+    return id ? id : "";
+}
+
+// Adds the inputs and buttons within a container, but for the radio buttons that choose a mode.
+void collect_controls(GtkWidget* widget, gpointer controls) {
+    if (id_of(widget).starts_with("radio_init_")) return;
+    if (GTK_IS_ENTRY(widget) || GTK_IS_COMBO_BOX(widget) || GTK_IS_BUTTON(widget))
+        static_cast<std::vector<GtkWidget*>*>(controls)->push_back(widget);
+    if (GTK_IS_CONTAINER(widget)) gtk_container_foreach(GTK_CONTAINER(widget), collect_controls, controls);
+}
+std::vector<GtkWidget*> controls_of(UiWindow window, const StartModeRow& mode) {
+    std::vector<GtkWidget*> controls;
+    collect_controls(window.find(mode.frame()), &controls);
+    return controls;
+}
+
 using Stored = std::array<bool, 3>; // recv_tls, server_need_cert, server_use_list
 
 class StartModes : public EditorTest {
@@ -331,10 +352,11 @@ std::string dependants(UiWindow window) {
 TEST_F(StartModes, ChoosingAModeOpensItsFrameAlone) {
     edit({fc}, {true, true, true}, [&](UiWindow window) {
         for (const auto& chosen : modes) {
-            window.set_toggle(chosen.radio, true);
+            window.set_toggle(chosen.radio(), true);
             for (const auto& mode : modes)
-                for (const char* id : mode.page)
-                    EXPECT_EQ(window.sensitive(id), &mode == &chosen) << id << " in " << chosen.radio;
+                for (GtkWidget* control : controls_of(window, mode))
+                    EXPECT_EQ(gtk_widget_is_sensitive(control), &mode == &chosen)
+                        << id_of(control) << " in " << chosen.name;
         }
     });
 }
@@ -362,12 +384,12 @@ TEST_F(StartModes, OpensByTheStoredFlagsAndStoresTheOneActiveMode) {
     };
     for (const auto& row : table) {
         edit(row.flags, row.stored, [&](UiWindow window) {
-            EXPECT_TRUE(window.toggle(modes[row.active].radio)) << row.active;
-            EXPECT_EQ(window.sensitive(modes[row.active].page.front()), !row.flags.empty()) << row.active;
+            EXPECT_TRUE(window.toggle(modes[row.active].radio())) << row.active;
+            EXPECT_EQ(gtk_widget_is_sensitive(controls_of(window, modes[row.active]).front()), !row.flags.empty());
             EXPECT_EQ(dependants(window), row.open) << row.active;
         });
         for (size_t mode = 0; mode < std::size(modes); ++mode)
-            EXPECT_EQ(on_disk().at(0).config.*modes[mode].flag, mode == row.active) << modes[mode].radio << row.active;
+            EXPECT_EQ(on_disk().at(0).config.*modes[mode].flag, mode == row.active) << modes[mode].name << row.active;
     }
 }
 

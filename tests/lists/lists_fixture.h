@@ -1,10 +1,11 @@
 // The profile editor as the list dialogs find it: its window with the real buttons, on a configuration of the test.
 #pragma once
 
-#include "app/globals.h"
 #include "app/log.h"
 #include "config/records.h"
 #include "dialog/make_dialog.h"
+#include "dialog/open_dialogs.h"
+#include "editor/histories.h"
 #include "support/temp_dir.h"
 #include "support/ui_script.h"
 
