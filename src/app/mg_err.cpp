@@ -114,9 +114,11 @@ void MGErr::Printf() const {
 }
 
 MGErr vorma::error_of(const std::string& func_1, const std::string& mess_1) {
+    const int code = errno;
     MGErr err;
     err.func_1 = func_1;
     err.mess_1 = mess_1;
+    errno = code;
     return err;
 }
 

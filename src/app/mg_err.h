@@ -72,12 +72,19 @@ private:
 // Helpers whose names others may bear too. A source file of ours says `using namespace vorma`.
 namespace vorma {
 
-// The error that an operation fills on entry.
+// The error that an operation fills on entry; errno stays as it is. One that is called a million times makes it only
+// where it throws it.
 MGErr error_of(const std::string& func_1, const std::string& mess_1);
 // Completes err with the failing step and throws it.
 [[noreturn]] void fail(MGErr& err, const char* mess_2, const char* func_2);
 // The same for a failed system call: takes errno and its text too, errno before anything else can change it.
 [[noreturn]] void fail_errno(MGErr& err, const char* mess_2, const char* func_2, const char* opt_param = "");
+[[noreturn]] inline void fail(MGErr&& err, const char* mess_2, const char* func_2) {
+    fail(err, mess_2, func_2);
+}
+[[noreturn]] inline void fail_errno(MGErr&& err, const char* mess_2, const char* func_2) {
+    fail_errno(err, mess_2, func_2);
+}
 // Throws the MGErr into which the edge of `function` turns an exception that is not ours. Without memory for a new one
 // it throws the one that was made beforehand, which names no function and is the same for all: catch by reference.
 [[noreturn]] void throw_foreign(const char* function, const char* mess_2, const char* what);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/mg_err.h"
+#include "net/mg_socket.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -40,6 +41,20 @@ bool while_connected(Step&& step) {
         throw;
     }
 }
+
+// Refuses a descriptor of -1 with error().
+template <class Error>
+void if_not_open(const Error& error, int sock) {
+    if (sock >= 0) return;
+    MGErr err = error();
+    MGSocket::IfErrSockExt(err, sock);
+}
+
+// The error of MGSocket::Recv, with errno.
+[[noreturn]] void fail_recv();
+
+// Something came: the time of inactivity counts from here.
+void begin_quiet(MGSocket& socket);
 
 // Ends a send through sock that takes nothing for so many seconds.
 void limit_sends(int sock, uint32_t seconds);

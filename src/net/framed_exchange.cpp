@@ -5,7 +5,9 @@
 #include "net/mg_socket.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
+#include <sys/socket.h>
 
 using namespace vorma;
 
@@ -15,19 +17,37 @@ constexpr uint64_t no_limit = UINT64_MAX;
 
 constexpr char too_little[] = "Требуемое количество данных не было получено";
 
+struct Piece {
+    size_t size; // 0 if nothing has come yet
+    bool closed; // nothing will come any more
+};
+
+// Appends what has come without waiting for it, at most read_size bytes of the `missing` ones.
+Piece append_piece(int sock, std::vector<uint8_t>& data, uint64_t missing) {
+    const size_t had = data.size(), wanted = std::min<uint64_t>(missing, read_size);
+    make_room(data, wanted, missing);
+    data.resize(had + wanted);
+    ssize_t got;
+    do got = recv(sock, data.data() + had, wanted, MSG_DONTWAIT);
+    while (got < 0 && errno == EINTR);
+    data.resize(had + static_cast<size_t>(std::max<ssize_t>(got, 0)));
+    if (got < 0 && errno == EAGAIN) return {0, false};
+    if (got < 0 && !is_connection_end(errno)) fail_recv();
+    return {static_cast<size_t>(std::max<ssize_t>(got, 0)), got <= 0};
+}
+
 } // namespace
 
 void MGSocket::SendCode(int sock, uint64_t code) {
     at_edge("MGSocket::SendCode", [&] {
-        MGErr err = error_of("SendCode", "Ошибка отправки кода возврата");
         if (Send(sock, &code, sizeof code) != sizeof code)
-            fail(err, "Ошибка количества отправленных байт", "( bytes_write != sizeof(int64_t) )");
+            fail(error_of("SendCode", "Ошибка отправки кода возврата"), "Ошибка количества отправленных байт",
+                 "( bytes_write != sizeof(int64_t) )");
     });
 }
 
 uint64_t MGSocket::RecvCode(int sock) {
     return at_edge("MGSocket::RecvCode", [&] {
-        MGErr err = error_of("RecvCode", "Ошибка полчения кода возврата");
         uint64_t code = 0;
         std::vector<uint8_t> in_data;
         ClearBeginTimeForInactive();
@@ -35,6 +55,7 @@ uint64_t MGSocket::RecvCode(int sock) {
         // A time-out may fall into the middle of the code: only the rest of it is still to come.
         while (!RecvAll(sock, in_data, sizeof code - in_data.size(), 0)) TestLimitInactive();
         if (in_data.size() != sizeof code) {
+            MGErr err = error_of("RecvCode", "Ошибка полчения кода возврата");
             err.num_param = static_cast<int64_t>(in_data.size());
             err.uint32_param = sizeof code;
             fail(err, "Ошибка количества полученных байт", "(in_data.size() != sizeof(uint64_t))");
@@ -46,9 +67,11 @@ uint64_t MGSocket::RecvCode(int sock) {
 
 bool MGSocket::RecvAll(int sock, std::vector<uint8_t>& data, uint64_t only_equal, uint64_t less_then) {
     return at_edge("MGSocket::RecvAll", [&] {
-        MGErr err = error_of("RecvAll", "Ошибка получения данных из сетевого соединения");
-        TestEqualAndLess(err, only_equal, less_then);
-        uint8_t buffer[read_size];
+        const auto error = [] { return error_of("RecvAll", "Ошибка получения данных из сетевого соединения"); };
+        if (only_equal != 0 && less_then != 0) {
+            MGErr err = error();
+            TestEqualAndLess(err, only_equal, less_then);
+        }
         // No more is read than is missing; the first byte above a limit ends it.
         const uint64_t most = only_equal != 0  ? only_equal
                               : less_then != 0 ? less_then + (less_then < no_limit)
@@ -59,31 +82,35 @@ bool MGSocket::RecvAll(int sock, std::vector<uint8_t>& data, uint64_t only_equal
             if (!RecvPoll(sock, is_close)) return false;
             // Whoever waits for the beginning of something may find the peer gone, but half of it is a fault.
             if (is_close && (only_equal == 0 || read_all == 0)) return true;
-            const uint64_t missing = most - read_all;
-            size_t got = 0;
-            if (!is_close) while_connected([&] { got = Recv(sock, buffer, std::min<uint64_t>(missing, read_size)); });
-            if (got == 0) {
-                if (only_equal != 0) fail(err, too_little, "(last_equal > 0)");
-                return true;
+            // While pieces come whole there is more to read, and no need to wait for it.
+            for (bool whole = true; whole;) {
+                const Piece piece = is_close ? Piece{0, true} : append_piece(sock, data, most - read_all);
+                if (piece.closed) {
+                    if (only_equal != 0) fail(error(), too_little, "(last_equal > 0)");
+                    return true;
+                }
+                read_all += piece.size;
+                if (only_equal != 0 && read_all == only_equal) return true;
+                if (less_then != 0 && read_all > less_then) fail(error(), too_much, "(read_all > less_then)");
+                whole = piece.size == read_size;
+                if (whole) begin_quiet(*this);
             }
-            read_all += got;
-            make_room(data, got, missing);
-            data.insert(data.end(), buffer, buffer + got);
-            if (only_equal != 0 && read_all == only_equal) return true;
-            if (less_then != 0 && read_all > less_then) fail(err, too_much, "(read_all > less_then)");
         }
     });
 }
 
 bool MGSocket::SendData(int sock, const std::vector<uint8_t>& data) {
     return at_edge("MGSocket::SendData", [&] {
-        MGErr err = error_of("SendData", "Ошибка отправки данных через сетевое соединение");
-        err.num_param = static_cast<int64_t>(data.size());
+        const auto error = [&] {
+            MGErr err = error_of("SendData", "Ошибка отправки данных через сетевое соединение");
+            err.num_param = static_cast<int64_t>(data.size());
+            return err;
+        };
         if (!SendPoll(sock)) return false;
         SendCode(sock, data.size());
-        if (RecvCode(sock) != 0) fail(err, "Первый код возврата не равен нулю", "RecvCode 1");
-        if (!SendAll(sock, data)) fail(err, "Данные не отправлены из-за разрыва соединения", "SendAll");
-        if (RecvCode(sock) != 0) fail(err, "Второй код возврата не равен нулю", "RecvCode 2");
+        if (RecvCode(sock) != 0) fail(error(), "Первый код возврата не равен нулю", "RecvCode 1");
+        if (!SendAll(sock, data)) fail(error(), "Данные не отправлены из-за разрыва соединения", "SendAll");
+        if (RecvCode(sock) != 0) fail(error(), "Второй код возврата не равен нулю", "RecvCode 2");
         return true;
     });
 }

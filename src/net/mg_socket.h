@@ -239,8 +239,8 @@ public:
     bool SendData(int sock, const std::vector<uint8_t>& data);
     // One message as receiver; gives true. The size must be only_equal, or not above less_then, where that isn't 0;
     // not both may be set. The limit on inactivity ends the wait for the body too, and counts anew whenever a part of
-    // it has come. No room is made for more than has come, and no byte beyond the size is taken; behind a size of 0 the
-    // first one is refused. After a failure data is empty.
+    // it has come. Room is made as it comes, and no byte beyond the size is taken; behind a size of 0 the first one is
+    // refused. After a failure data is empty.
     bool RecvData(int sock, std::vector<uint8_t>& data, uint64_t only_equal, uint64_t less_then);
     bool RecvData(int sock, std::vector<uint8_t>& data);
     // Throw err: both limits are set; the size recv_byte breaks one.

@@ -11,6 +11,10 @@ using namespace vorma;
 
 namespace {
 
+MGErr recv_error() {
+    return error_of("Recv", "Ошибка получения данных из сетевого соединения");
+}
+
 // Whether a send that signals keep interrupting has used up the time that limit_sends gave it.
 bool is_late(int sock, std::chrono::steady_clock::time_point begin) {
     timeval limit{};
@@ -27,22 +31,25 @@ void vorma::limit_sends(int sock, uint32_t seconds) {
     setsockopt(sock, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
 
+void vorma::fail_recv() {
+    fail_errno(recv_error(), "Ошибка чтения данных из сокета", "recv");
+}
+
 size_t MGSocket::Recv(int sock, void* buf, size_t size) {
     return at_edge("MGSocket::Recv", [&] {
-        MGErr err = error_of("Recv", "Ошибка получения данных из сетевого соединения");
-        IfErrSockExt(err, sock);
+        if_not_open(recv_error, sock);
         ssize_t got;
         do got = recv(sock, buf, size, 0);
         while (got < 0 && errno == EINTR);
-        if (got < 0) fail_errno(err, "Ошибка чтения данных из сокета", "recv");
+        if (got < 0) fail_recv();
         return static_cast<size_t>(got);
     });
 }
 
 size_t MGSocket::Send(int sock, const void* buf, size_t size) {
     return at_edge("MGSocket::Send", [&] {
-        MGErr err = error_of("Send", "Ошибка отправки данных в сетевое соединение");
-        IfErrSockExt(err, sock);
+        const auto error = [] { return error_of("Send", "Ошибка отправки данных в сетевое соединение"); };
+        if_not_open(error, sock);
         const auto begin = std::chrono::steady_clock::now();
         ssize_t put;
         while ((put = send(sock, buf, size, 0)) < 0 && errno == EINTR) {
@@ -50,7 +57,7 @@ size_t MGSocket::Send(int sock, const void* buf, size_t size) {
             errno = EAGAIN; // as the limit says it
             break;
         }
-        if (put < 0) fail_errno(err, "Ошибка функции записи данных", "send");
+        if (put < 0) fail_errno(error(), "Ошибка функции записи данных", "send");
         return static_cast<size_t>(put);
     });
 }

@@ -1,4 +1,5 @@
-// Waits of one time-out, the loops around them, and the limits that end a conversation.
+// Waits of one time-out, the loops around them, and the limits that end a conversation. What is called for every piece
+// of a message makes its error only where it throws it.
 #include "app/mg_err.h"
 #include "net/exchange.h"
 #include "net/mg_socket.h"
@@ -7,6 +8,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <fcntl.h>
 #include <span>
 #include <sys/socket.h>
 
@@ -32,35 +34,39 @@ pollfd to_read(int sock) {
 }
 
 // SO_ERROR, which is thereby forgotten.
-int error_of_socket(MGErr& err, int sock) {
-    int error = 0;
-    socklen_t size = sizeof error;
-    if (getsockopt(sock, SOL_SOCKET, SO_ERROR, &error, &size) < 0)
-        fail_errno(err, "Ошибка получения результата соединения", "getsockopt");
-    return error;
+template <class Error>
+int error_of_socket(const Error& error, int sock) {
+    int code = 0;
+    socklen_t size = sizeof code;
+    if (getsockopt(sock, SOL_SOCKET, SO_ERROR, &code, &size) < 0)
+        fail_errno(error(), "Ошибка получения результата соединения", "getsockopt");
+    return code;
 }
 
 // Whether the connection is gone. A peer's orderly close raises no POLLHUP, and what it sent before must still be
-// read: it counts once nothing is left. A reset shows for a moment as an error alone, before the hang-up: err takes the
-// cause of one that is no reset.
-bool is_closed(MGErr& err, const pollfd& fd) {
+// read: it counts once nothing is left. A reset shows for a moment as an error alone, before the hang-up; another error
+// goes to cause.
+template <class Error>
+bool is_closed(const Error& error, const pollfd& fd, int& cause) {
     if (fd.revents & POLLHUP) return true;
     if (fd.revents & POLLERR) {
-        err.err_code = error_of_socket(err, fd.fd);
-        if (err.err_code != 0) err.err_description = std::strerror(err.err_code);
-        return is_connection_end(err.err_code);
+        cause = error_of_socket(error, fd.fd);
+        return is_connection_end(cause);
     }
     char next;
     return (fd.revents & POLLRDHUP) && recv(fd.fd, &next, sizeof next, MSG_PEEK | MSG_DONTWAIT) == 0;
 }
 
-void exit_if_signal(MGSignal* signal) {
-    if (signal && signal->GetSignalExit()) throw MGExit(MGSK_EXIT_SIGNAL);
+template <class Error>
+[[noreturn]] void fail_with_cause(const Error& error, int cause, const char* func_2) {
+    MGErr err = error();
+    err.err_code = cause;
+    if (cause != 0) err.err_description = std::strerror(cause);
+    fail(err, "Ошибка получения данных из сетевого соединения", func_2);
 }
 
-// Something came: the time of inactivity counts from here.
-void begin_quiet(MGSocket& socket) {
-    if (socket.m_limit_inactive != 0) socket.m_begin_inactive = time(nullptr);
+void exit_if_signal(MGSignal* signal) {
+    if (signal && signal->GetSignalExit()) throw MGExit(MGSK_EXIT_SIGNAL);
 }
 
 // A limit of 0 is none.
@@ -77,23 +83,27 @@ void test_limit(int64_t limit, time_t& begin, int32_t code) {
 
 } // namespace
 
+void vorma::begin_quiet(MGSocket& socket) {
+    if (socket.m_limit_inactive != 0) socket.m_begin_inactive = time(nullptr);
+}
+
 bool MGSocket::RecvPoll(int sock, bool& is_close) {
     return at_edge("MGSocket::RecvPoll", [&] {
-        MGErr err = error_of("RecvPoll", "Ошибка ожидания данных из сетевого соединения");
+        const auto error = [] { return error_of("RecvPoll", "Ошибка ожидания данных из сетевого соединения"); };
         is_close = false;
-        IfErrSockExt(err, sock);
+        if_not_open(error, sock);
         pollfd m_fds[] = {to_read(sock)};
         const int ready = poll_for(m_fds, m_input_timeout);
-        if (ready < 0) fail_errno(err, "Ошибка функции ожидания сетевого соединения", "poll");
+        if (ready < 0) fail_errno(error(), "Ошибка функции ожидания сетевого соединения", "poll");
         if (ready == 0) return false;
-        is_close = is_closed(err, m_fds[0]);
+        int cause = 0;
+        is_close = is_closed(error, m_fds[0], cause);
         if (is_close) return true;
-        if (m_fds[0].revents & POLLERR)
-            fail(err, "Ошибка получения данных из сетевого соединения", "(m_fds[0].revents & POLLERR)");
+        if (m_fds[0].revents & POLLERR) fail_with_cause(error, cause, "(m_fds[0].revents & POLLERR)");
         if (m_fds[0].revents & POLLNVAL)
-            fail(err, "Неверный запрос получения данных из сетевого соединения", "(m_fds[0].revents & POLLNVAL)");
+            fail(error(), "Неверный запрос получения данных из сетевого соединения", "(m_fds[0].revents & POLLNVAL)");
         if (!(m_fds[0].revents & POLLIN))
-            fail(err, "Ошибка несоответствия ожидаемого значения получения данных из сетевого соединения",
+            fail(error(), "Ошибка несоответствия ожидаемого значения получения данных из сетевого соединения",
                  "!(m_fds[0].revents & POLLIN)");
         begin_quiet(*this);
         return true;
@@ -102,26 +112,26 @@ bool MGSocket::RecvPoll(int sock, bool& is_close) {
 
 bool MGSocket::RecvPoll2(int sock_1, int sock_2, bool& is_close, bool& from_1, bool& from_2) {
     return at_edge("MGSocket::RecvPoll2", [&] {
-        MGErr err = error_of("RecvPoll2", "Ошибка ожидания данных из двух сетевых соединений");
+        const auto error = [] { return error_of("RecvPoll2", "Ошибка ожидания данных из двух сетевых соединений"); };
         is_close = from_1 = from_2 = false;
-        for (const int sock : {sock_1, sock_2}) IfErrSockExt(err, sock);
+        for (const int sock : {sock_1, sock_2}) if_not_open(error, sock);
         pollfd m_fds[] = {to_read(sock_1), to_read(sock_2)};
         const int ready = poll_for(m_fds, m_input_timeout);
-        if (ready < 0) fail_errno(err, "Ошибка функции ожидания сетевого соединения", "poll");
+        if (ready < 0) fail_errno(error(), "Ошибка функции ожидания сетевого соединения", "poll");
         if (ready == 0) return false;
         from_1 = m_fds[0].revents & POLLIN;
         from_2 = m_fds[1].revents & POLLIN;
-        is_close = is_closed(err, m_fds[0]) || is_closed(err, m_fds[1]);
+        int cause = 0;
+        is_close = is_closed(error, m_fds[0], cause) || is_closed(error, m_fds[1], cause);
         if (is_close) return true;
         const short either = m_fds[0].revents | m_fds[1].revents;
         if (either & POLLERR)
-            fail(err, "Ошибка получения данных из сетевого соединения",
-                 "(m_fds[0].revents & POLLERR) || (m_fds[1].revents & POLLERR)");
+            fail_with_cause(error, cause, "(m_fds[0].revents & POLLERR) || (m_fds[1].revents & POLLERR)");
         if (either & POLLNVAL)
-            fail(err, "Неверный запрос получения данных из сетевого соединения",
+            fail(error(), "Неверный запрос получения данных из сетевого соединения",
                  "(m_fds[0].revents & POLLNVAL) || (m_fds[1].revents & POLLNVAL)");
         if (!from_1 && !from_2)
-            fail(err, "Ошибка несоответствия ожидаемого значения получения данных из сетевого соединения",
+            fail(error(), "Ошибка несоответствия ожидаемого значения получения данных из сетевого соединения",
                  "!(m_fds[0].revents & POLLIN) && !(m_fds[1].revents & POLLIN)");
         begin_quiet(*this);
         return true;
@@ -160,17 +170,22 @@ void MGSocket::RecvPollWait2(int sock_1, int sock_2, MGSignal* signal, bool& fro
 
 bool MGSocket::SendPoll(int sock) {
     return at_edge("MGSocket::SendPoll", [&] {
-        MGErr err = error_of("SendPoll", "Ошибка ожидания подключения к серверу для отправки данных на сервер");
-        IfErrSockExt(err, sock);
-        SetNonBlock(err, sock, false);
+        const auto error = [] {
+            return error_of("SendPoll", "Ошибка ожидания подключения к серверу для отправки данных на сервер");
+        };
+        if_not_open(error, sock);
+        if (const int flags = fcntl(sock, F_GETFL); flags < 0 || flags & O_NONBLOCK) {
+            MGErr err = error();
+            SetNonBlock(err, sock, false);
+        }
         limit_sends(sock, m_output_timeout);
         pollfd m_fds[] = {{sock, POLLOUT, 0}};
         if (poll_for(m_fds, m_output_timeout) < 0)
-            fail_errno(err, "Ошибка функции ожидания сетевого соединения", "poll");
-        m_connect_error = error_of_socket(err, sock);
+            fail_errno(error(), "Ошибка функции ожидания сетевого соединения", "poll");
+        m_connect_error = error_of_socket(error, sock);
         if (m_connect_error != 0) return false;
         if (!(m_fds[0].revents & POLLOUT))
-            fail(err, "Ошибка несоответствия ожидаемого значения получения данных из сетевого соединения",
+            fail(error(), "Ошибка несоответствия ожидаемого значения получения данных из сетевого соединения",
                  "!(m_fds[0].revents & POLLOUT)");
         return true;
     });

@@ -1,7 +1,8 @@
 // The small XML documents that go ahead of a transfer and behind it: what is sent, its checksum, and what a client of a
 // gateway or of a file server asks for. Each is a string; how it travels is not known here.
-// A writer replaces `text`; it refuses, with an MGErr, a value that the document would alter. A reader refuses, with an MGErr, a text that is no XML, that is a document of another kind,
-// that lacks an attribute, or whose lists don't hold as many rows as they say; it judges no value.
+// A writer replaces `text`; it refuses, with an MGErr, a value that the document would alter. A reader refuses, with an
+// MGErr, a text that is no XML, that is a document of another kind, that lacks an attribute, or whose lists don't hold
+// as many rows as they say; it judges no value. Any thread may call these.
 #pragma once
 
 #include "config/records.h"
