@@ -1,4 +1,5 @@
 // The log of the process, and what its writing operations share. Logging itself is done by members of MGFile.
+// Several threads may write to the log at once; its settings are made before they start.
 #pragma once
 
 #include "../runtime/mg_file.h"

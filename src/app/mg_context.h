@@ -1,5 +1,5 @@
 // The application context: where everything lies below the user's home, and the list of profiles.
-// main creates the one object and every handler reaches it through the global Context.
+// main creates the one object and every handler reaches it through the global Context. On the toolkit's thread only.
 #pragma once
 
 #include "config/records.h"

@@ -1,6 +1,7 @@
 // The thrown values of the system and the frame in which they travel. Every failure is an MGErr, thrown by value:
 // functions return no error codes. MGExit is the orderly end of a network conversation, not an error.
-// Knows nothing of the rest of the system; every file may include it.
+// Knows nothing of the rest of the system; every file may include it. Values of one's own, and functions without
+// state: any thread may use them.
 #pragma once
 
 #include <cstdint>

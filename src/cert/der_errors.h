@@ -1,4 +1,4 @@
-// The result codes of the DER reader and of MGCert, and their texts.
+// The result codes of the DER reader and of MGCert, and their texts. Any thread may call these.
 #pragma once
 
 #include <cstdint>

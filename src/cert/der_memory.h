@@ -1,5 +1,5 @@
 // Memory for what the DER reader and MGCert own: blocks with an owner, and byte operations that bear a length of 0
-// with any pointer. An allocation failure is std::bad_alloc.
+// with any pointer. An allocation failure is std::bad_alloc. Any thread may use these, on objects of its own.
 #pragma once
 
 #include <cstddef>

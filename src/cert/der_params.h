@@ -1,6 +1,7 @@
 // The values of certificate extensions, read by kind into records. A kind names what a value is, not where it lies;
 // MGCert knows which extension holds which. The caller gives an empty record, and owns it and what it then holds;
-// pointers go into the walked buffer. After an error the record holds what was read so far.
+// pointers go into the walked buffer. After an error the record holds what was read so far. Any thread may use
+// these, on objects of its own.
 #pragma once
 
 #include "der_reader.h"

@@ -1,6 +1,7 @@
 // A small reader of ASN.1 DER for taking certificates apart: a flat walk that steps from item to item in document order
 // and enters what is constructed instead of passing over it. No tree, no schema, no copies: items point into the
-// caller's buffer, which must outlive them. Functions return a DerCode; nothing throws but a failed allocation.
+// caller's buffer, which must outlive them. Functions return a DerCode; nothing throws but a failed allocation. Any
+// thread may use these, on objects of its own.
 #pragma once
 
 #include "der_errors.h"

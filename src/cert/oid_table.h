@@ -1,6 +1,6 @@
 // The table of object identifiers: gives the body of an identifier its names, and gives code row numbers to test for.
 // Constant data, looked up by linear scan: a certificate holds few identifiers. Beside it the names of the universal
-// tags of ASN.1. Used by the DER reader and by MGCert.
+// tags of ASN.1. Used by the DER reader and by MGCert. Any thread may call these.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// The look-up of a connected peer in an admission list, by the subject of its certificate.
+// The look-up of a connected peer in an admission list, by the subject of its certificate. Any thread may call these.
 #pragma once
 
 #include "config/records.h"

@@ -1,5 +1,6 @@
 // The checks that the readers of configuration files make. Each gives back quietly when it holds; otherwise it
-// completes err, which the reader has prepared with mess_1 and func_1, and throws it.
+// completes err, which the reader has prepared with mess_1 and func_1, and throws it. Any thread may use these, on
+// objects of its own.
 #pragma once
 
 #include "app/mg_err.h"

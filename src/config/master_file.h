@@ -6,7 +6,8 @@
 //     settings
 //       editor      path
 //
-// Every element and attribute is written every time and required on reading.
+// Every element and attribute is written every time and required on reading. One thread at a time may read or write,
+// as they share one file.
 #pragma once
 
 #include <string>

@@ -1,6 +1,7 @@
 // A profile's own file, config_dir/id.xml, which holds its whole MGConfig. The service reads it too.
 // Its root `profile` bears version, release, mark and id; its children are the sections, start modes and lists, all of
-// them written every time, in one order, and required on reading in any order. The readers check no range and no token.
+// them written every time, in one order, and required on reading in any order. The readers check no range and no
+// token. One thread at a time may read or write a profile.
 #pragma once
 
 #include <string>

@@ -1,4 +1,5 @@
-// Writing every confirmed change to disk at once. Failures are logged and shown here; none reaches the caller.
+// Writing every confirmed change to disk at once. Failures are logged and shown here; none reaches the caller. On
+// the toolkit's thread only.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// Owners of what the toolkit hands out.
+// Owners of what the toolkit hands out. On the toolkit's thread only.
 #pragma once
 
 #include <gtk/gtk.h>

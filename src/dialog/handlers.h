@@ -1,5 +1,5 @@
 // Handlers that many windows of the interface definition share; found there by name. The definition hands in the
-// dialog as user data.
+// dialog as user data. On the toolkit's thread only.
 #pragma once
 
 #include <gtk/gtk.h>

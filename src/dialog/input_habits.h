@@ -1,4 +1,5 @@
-// Habits of the toolkit's inputs that would harm or stop the user, mended for every window at one place.
+// Habits of the toolkit's inputs that would harm or stop the user, mended for every window at one place. On the
+// toolkit's thread only.
 #pragma once
 
 #include <gtk/gtk.h>

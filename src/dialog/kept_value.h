@@ -1,5 +1,5 @@
 // What an input was given stands until the user touches it: an entry shows no more than the beginning of a text that is
-// too long for it, a spin button the nearest number within its limits.
+// too long for it, a spin button the nearest number within its limits. On the toolkit's thread only.
 #pragma once
 
 #include <gtk/gtk.h>

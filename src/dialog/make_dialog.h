@@ -1,5 +1,5 @@
 // How windows are opened and how a handler ends: the owner of an open dialog, the boxes that every dialog shows, and
-// the edge past which no exception may go, since the toolkit's C code cannot carry one.
+// the edge past which no exception may go, since the toolkit's C code cannot carry one. On the toolkit's thread only.
 #pragma once
 
 #include "app/mg_err.h"

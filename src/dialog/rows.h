@@ -1,4 +1,5 @@
-// What the list members and the tree members of MGDialog share. Nothing here changes a cursor unless it succeeds.
+// What the list members and the tree members of MGDialog share. Nothing here changes a cursor unless it succeeds. On
+// the toolkit's thread only.
 #pragma once
 
 #include "dialog/gtk_owner.h"

@@ -1,5 +1,5 @@
 // Text on its way into a widget. The toolkit wants UTF-8 and hands the text on to the accessibility bus, which ends the
-// program over anything else; a file's name need not be UTF-8.
+// program over anything else; a file's name need not be UTF-8. On the toolkit's thread only.
 #pragma once
 
 #include "dialog/gtk_owner.h"

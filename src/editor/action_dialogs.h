@@ -1,5 +1,6 @@
 // The five dialogs that edit the parameters of an action, one a type. Each takes its record, and changes it only when
-// the user confirms; what was typed into a field with a history then enters the history. True on OK.
+// the user confirms; what was typed into a field with a history then enters the history. True on OK. On the
+// toolkit's thread only.
 #pragma once
 
 #include "config/records.h"

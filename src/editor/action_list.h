@@ -1,5 +1,5 @@
 // The list of actions in the profile editor. Row i of its store shows element i of `actions` of the working copy, and
-// every operation changes both; nothing is saved here.
+// every operation changes both; nothing is saved here. On the toolkit's thread only.
 #pragma once
 
 #include "config/records.h"

@@ -1,4 +1,4 @@
-// The choosers behind every entry with a browse icon.
+// The choosers behind every entry with a browse icon. On the toolkit's thread only.
 #pragma once
 
 #include <gtk/gtk.h>

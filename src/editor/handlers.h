@@ -1,5 +1,6 @@
 // The toolkit's handlers of the main window and of the profile editor, found by name when a window is loaded.
-// Each finds its dialog and calls an operation that has arguments of its own; none lets an exception out.
+// Each finds its dialog and calls an operation that has arguments of its own; none lets an exception out. On the
+// toolkit's thread only.
 #pragma once
 
 #include <gtk/gtk.h>

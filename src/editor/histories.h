@@ -1,5 +1,6 @@
 // The histories that feed the drop-down lists of the editor (the vectors init_...): gathered at start from all
-// profiles and from the machine, added to while the program runs, never stored and never shortened.
+// profiles and from the machine, added to while the program runs, never stored and never shortened. On the toolkit's
+// thread only.
 #pragma once
 
 #include <string>

@@ -1,5 +1,6 @@
 // The editor of one profile, dialog_config. It works on a copy of the profile's settings, which nested dialogs reach
-// through user_data of ConfigDialog: nothing reaches the profile or the disk before its button "Сохранить".
+// through user_data of ConfigDialog: nothing reaches the profile or the disk before its button "Сохранить". On the
+// toolkit's thread only.
 #pragma once
 
 #include <gtk/gtk.h>

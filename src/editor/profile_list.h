@@ -1,5 +1,5 @@
 // The list of profiles in the main window. Row i of its store shows element i of MGContext::profiles, and every
-// operation changes both. What the user confirms here goes to disk at once.
+// operation changes both. What the user confirms here goes to disk at once. On the toolkit's thread only.
 #pragma once
 
 #include <gtk/gtk.h>

@@ -1,5 +1,5 @@
 // The ten start modes of a profile: a radio button each, in one group over four pages of the profile editor, and the
-// frame of widgets that is sensitive only while its mode is chosen.
+// frame of widgets that is sensitive only while its mode is chosen. On the toolkit's thread only.
 #pragma once
 
 #include "config/records.h"

@@ -1,6 +1,7 @@
 // The predicates of which the OK handlers of all dialogs are built. Each judges one input and changes nothing: at a
 // fault it tells the user in a box over the dialog, gives the keyboard focus to the entry at fault and returns 1, and
-// the handler stops there with the dialog still open; it returns 0 when the value passes. None of them throws.
+// the handler stops there with the dialog still open; it returns 0 when the value passes. None of them throws. On
+// the toolkit's thread only.
 #pragma once
 
 #include <string>

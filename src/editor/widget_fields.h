@@ -1,6 +1,7 @@
 // Binds the fields of a record to the widgets of a dialog: a table names each pair once, fill() and read_back() walk
 // it in order. Widgets are named by their role, "catalog_log" for the entry "entry_catalog_log"; the kind gives the
-// front of the id, and the two sides of a gateway share one table with the side's name between kind and role.
+// front of the id, and the two sides of a gateway share one table with the side's name between kind and role. On the
+// toolkit's thread only.
 #pragma once
 
 #include "dialog/kept_value.h"

@@ -1,6 +1,6 @@
 // The address lists of a gateway, dialog_adrs: for each side the internal and the virtual addresses. It edits a copy
 // of its list and hands it to the profile editor's working copy on OK. In the dialog, find_active says that the list
-// is a virtual one.
+// is a virtual one. On the toolkit's thread only.
 #pragma once
 
 #include "config/records.h"

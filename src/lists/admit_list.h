@@ -1,6 +1,6 @@
 // The list dialog of users, queues and clients, dialog_admit, in its six modes. It edits a copy of its list and hands
 // it to the level above on OK: to the profile editor's working copy, or to a client in the list dialog below it.
-// Every handler finds its dialog at the back of stackAdmitDialog.
+// Every handler finds its dialog at the back of stackAdmitDialog. On the toolkit's thread only.
 #pragma once
 
 #include "config/records.h"

@@ -1,5 +1,5 @@
 // The six lists that one window edits. A mode is a number kept in the dialog (list_kind); this table tells what goes
-// with it, and everything that depends on the mode is looked up here.
+// with it, and everything that depends on the mode is looked up here. On the toolkit's thread only.
 #pragma once
 
 #include "config/records.h"

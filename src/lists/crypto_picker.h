@@ -1,5 +1,6 @@
 // The choice of a crypto profile from the list of the closed provider, a shared library that may be absent. It is
-// loaded for this one question and unloaded at once; without it the user is told, and types the values.
+// loaded for this one question and unloaded at once; without it the user is told, and types the values. On the
+// toolkit's thread only.
 #pragma once
 
 #include "config/records.h"

@@ -1,5 +1,6 @@
 // The toolkit's handlers of the list dialogs and of the choice of a crypto profile, found by name when a window is
-// loaded. Each calls an operation that has arguments of its own; none lets an exception out.
+// loaded. Each calls an operation that has arguments of its own; none lets an exception out. On the toolkit's thread
+// only.
 #pragma once
 
 #include <gtk/gtk.h>

@@ -1,5 +1,5 @@
 // Binds the columns of a list on the screen to the fields of its records: a table names each pair once, fill_row()
-// walks it. Column 0 is the [v] mark, which is no field.
+// walks it. Column 0 is the [v] mark, which is no field. On the toolkit's thread only.
 #pragma once
 
 #include "config/records.h"

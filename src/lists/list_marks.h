@@ -1,5 +1,5 @@
 // The [v] marks of a list: one boolean column of a store, which lives on the screen alone, and the deletion that they
-// drive.
+// drive. On the toolkit's thread only.
 #pragma once
 
 #include "dialog/make_dialog.h"

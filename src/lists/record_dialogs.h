@@ -1,6 +1,7 @@
 // The dialogs of one record of a list: a user with an onward connection, a user by name, a queue, a client. The list
 // dialog opens them; while one is open, user_data points to the index of the row under edit (null for a new record)
-// and user_data2 to the list. The record changes only after the dialog has closed with OK.
+// and user_data2 to the list. The record changes only after the dialog has closed with OK. On the toolkit's thread
+// only.
 #pragma once
 
 #include "config/records.h"

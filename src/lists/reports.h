@@ -1,5 +1,5 @@
 // Reports of the lists: the button "Распечатать" writes the list as it stands in its dialog into a text file, and a
-// small dialog tells where the file is and opens it in the external viewer.
+// small dialog tells where the file is and opens it in the external viewer. On the toolkit's thread only.
 #pragma once
 
 #include "config/records.h"

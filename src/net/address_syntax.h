@@ -3,7 +3,8 @@
 // address: a field that may stay empty is tested with string_is_empty first. The dialogs call them before anything is
 // stored.
 //
-// An address is a 32-bit number in host order, the first octet in the top byte: 1.2.3.4 is 0x01020304.
+// An address is a 32-bit number in host order, the first octet in the top byte: 1.2.3.4 is 0x01020304. Any thread
+// may call these.
 #pragma once
 
 #include <cstddef>

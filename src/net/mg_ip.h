@@ -1,7 +1,7 @@
 // One IPv4 packet with its TCP or UDP header: the bytes and the parsed fields side by side. Parses, checks, writes and
 // rewrites; sends nothing. The service's work at the IP level stands on it.
 // It trusts no length that a packet states: what runs past the bytes at hand is refused before anything is read there.
-// Every operation that throws throws MGErr.
+// Every operation that throws throws MGErr. One object serves one thread at a time; any thread may call what is static.
 #pragma once
 
 #include <cstddef>

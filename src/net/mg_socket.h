@@ -1,5 +1,5 @@
 // The TCP layer of the service, and what the kernel knows of interfaces and addresses. One object belongs to one
-// thread; MGSignal alone is shared with another. IPv4 only.
+// thread; MGSignal alone is shared with another. Any thread may call what is static. IPv4 only.
 //
 // A conversation lives by one idea: time-outs are short, the waiting loops around them are long, and between two waits
 // a loop looks at the exit flag and at the limits. An orderly end is thrown as MGExit with an MGSK_EXIT_* code, a

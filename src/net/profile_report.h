@@ -1,5 +1,6 @@
 // The whole configuration of a profile as a report for people, and the shorter report of a gateway's device.
-// Passwords are never listed, only whether one exists.
+// Passwords are never listed, only whether one exists. One thread at a time: all reports go to the result file of
+// LogFileGlobal.
 #pragma once
 
 #include "config/records.h"

@@ -1,6 +1,7 @@
 // The closed crypto provider, as its callers see it: a shared library that is loaded at run time and may be absent.
 // Nothing links it: the functions are declared for their types, and fetched by name from provider_library. They give a
-// code, 0 for success. Texts that come from it are in CP1251 where told.
+// code, 0 for success. Texts that come from it are in CP1251 where told. Any thread may
+// convert texts; provider_library is set before threads start, and what its functions bear is the provider's to say.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,5 @@
-// The ticket: the receipt that a receiver gives for a file, as XML or as text for a person to read.
+// The ticket: the receipt that a receiver gives for a file, as XML or as text for a person to read. Any thread may
+// call this.
 #pragma once
 
 #include <cstdint>

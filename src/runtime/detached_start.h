@@ -1,4 +1,4 @@
-// Starting a program that nobody waits for.
+// Starting a program that nobody waits for. Any thread may call this.
 #pragma once
 
 #include <string>

@@ -4,6 +4,12 @@
 // An argument taken by value may be an element of a result.
 // Failures are MGErr. Names are byte strings as the system takes them, text is UTF-8; a const char* argument is never
 // null unless its operation says so. The sections bear the names of the source files that hold them.
+//
+// Threads: any may call what is static, and two objects know nothing of each other. Of one object several threads may
+// at once write to the logs and the result file, ask for repeated errors and exchange signals, with settings and names
+// made before they start; all else of it, as the file that is read in pieces, the directory and the library, belongs to
+// one thread at a time. Waiting for a program and starting one without waiting get along, though the signal SIGCHLD is
+// the whole process's.
 #pragma once
 
 #include "../app/mg_err.h"
