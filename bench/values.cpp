@@ -52,7 +52,7 @@ void cipher() {
     gcry_cipher_hd_t handle;
     if (gcry_cipher_open(&handle, GCRY_CIPHER_GOST28147, GCRY_CIPHER_MODE_CFB, 0) != 0) give_up("gcry_cipher_open");
     gcry_cipher_ctl(handle, GCRYCTL_SET_SBOX, const_cast<char*>("1.2.643.2.2.31.1"), 0);
-    gcry_cipher_setkey(handle, scrambling_key, sizeof scrambling_key);
+    gcry_cipher_setkey(handle, vorma::scrambling_key, sizeof vorma::scrambling_key);
     const auto theirs_by = [&](auto work) {
         return [&, work] {
             gcry_cipher_setiv(handle, initial.data(), initial.size());
@@ -61,11 +61,13 @@ void cipher() {
     };
     compare(
         "1 MiB enciphered / libgcrypt", 1.0,
-        [&] { encrypt_buffer(initial.data(), data.data(), ours.data(), data.size()); }, theirs_by(gcry_cipher_encrypt));
+        [&] { encrypt_buffer(initial.data(), data.data(), ours.data(), data.size()); },
+        theirs_by(gcry_cipher_encrypt));
     if (ours != theirs) give_up("another cipher");
     compare(
         "1 MiB deciphered / libgcrypt", 1.0,
-        [&] { decrypt_buffer(initial.data(), data.data(), ours.data(), data.size()); }, theirs_by(gcry_cipher_decrypt));
+        [&] { decrypt_buffer(initial.data(), data.data(), ours.data(), data.size()); },
+        theirs_by(gcry_cipher_decrypt));
     if (ours != theirs) give_up("another cipher");
     gcry_cipher_close(handle);
 }

@@ -3,6 +3,7 @@
 //   extensions }, algorithm, BIT STRING signature }
 // The signed part is walked flatly against a chain of expectations, each opened by the one before; what meets no open
 // expectation is passed over, a constructed item by entering it. Its flag of presence tells whether an item was met.
+#include "app/mg_err.h"
 #include "cert/cert_items.h"
 #include "cert/oid_table.h"
 
@@ -103,55 +104,67 @@ const KnownExtension known_extensions[] = {
 } // namespace
 
 uint32_t MGCert::ParsCert() {
-    if (uint32_t code = ParsSign()) return code;
-    if (uint32_t code = ParsCommon()) return code;
-    if (uint32_t code = ParsIssuer()) return code;
-    if (uint32_t code = ParsSubject()) return code;
-    return has_extensions ? ParsExtensions() : der_ok;
+    return at_edge("MGCert::ParsCert", [&]() -> uint32_t {
+        if (uint32_t code = ParsSign()) return code;
+        if (uint32_t code = ParsCommon()) return code;
+        if (uint32_t code = ParsIssuer()) return code;
+        if (uint32_t code = ParsSubject()) return code;
+        return has_extensions ? ParsExtensions() : der_ok;
+    });
 }
 
 uint32_t MGCert::ParsSign() {
-    DER_S_POINTER cursor;
-    der_init_parsing(cursor, cert_data.get(), cert_length);
-    if (uint32_t code = find_signed_part(*this, cursor, cert_length, der_input_length)) return code;
+    return at_edge("MGCert::ParsSign", [&]() -> uint32_t {
+        DER_S_POINTER cursor;
+        der_init_parsing(cursor, cert_data.get(), cert_length);
+        if (uint32_t code = find_signed_part(*this, cursor, cert_length, der_input_length)) return code;
 
-    const uint8_t* rest = signed_data + signed_length;
-    der_init_parsing(cursor, rest, static_cast<uint32_t>(cert_data.get() + cert_length - rest));
-    DER_S_ENCODING item;
-    if (uint32_t code = der_parsing_need(cursor, item, der_no_sign)) return code;
-    return der_walk(cursor, [&](const DER_S_ENCODING& next) { return take_sign_item(*this, next); });
+        const uint8_t* rest = signed_data + signed_length;
+        der_init_parsing(cursor, rest, static_cast<uint32_t>(cert_data.get() + cert_length - rest));
+        DER_S_ENCODING item;
+        if (uint32_t code = der_parsing_need(cursor, item, der_no_sign)) return code;
+        return der_walk(cursor, [&](const DER_S_ENCODING& next) { return take_sign_item(*this, next); });
+    });
 }
 
 uint32_t MGCert::ParsCommon() {
-    if (!has_signed) return der_no_signed_data;
-    DER_S_POINTER cursor;
-    der_init_parsing(cursor, signed_data, signed_length);
-    bool wrapped = false;
-    return der_walk(cursor, [&](DER_S_ENCODING& item) { return take_common_item(*this, wrapped, cursor, item); });
+    return at_edge("MGCert::ParsCommon", [&]() -> uint32_t {
+        if (!has_signed) return der_no_signed_data;
+        DER_S_POINTER cursor;
+        der_init_parsing(cursor, signed_data, signed_length);
+        bool wrapped = false;
+        return der_walk(cursor, [&](DER_S_ENCODING& item) { return take_common_item(*this, wrapped, cursor, item); });
+    });
 }
 
 uint32_t MGCert::ParsIssuer() {
-    const uint32_t code = der_get_name(issuer_name, issuer_der.get(), issuer_der_length);
-    has_issuer_name = code == der_ok;
-    return code;
+    return at_edge("MGCert::ParsIssuer", [&]() -> uint32_t {
+        const uint32_t code = der_get_name(issuer_name, issuer_der.get(), issuer_der_length);
+        has_issuer_name = code == der_ok;
+        return code;
+    });
 }
 
 uint32_t MGCert::ParsSubject() {
-    const uint32_t code = der_get_name(subject_name, subject_der.get(), subject_der_length);
-    has_subject_name = code == der_ok;
-    return code;
+    return at_edge("MGCert::ParsSubject", [&]() -> uint32_t {
+        const uint32_t code = der_get_name(subject_name, subject_der.get(), subject_der_length);
+        has_subject_name = code == der_ok;
+        return code;
+    });
 }
 
 uint32_t MGCert::ParsExtensions() {
-    for (uint32_t i = 0; i < extensions.count; i++) {
-        const DER_S_EXTENSION& extension = extensions.items[i];
-        for (const KnownExtension& known : known_extensions) {
-            if (this->*known.present || !compare_nid_oid(known.row, extension.id)) continue;
-            const uint32_t code =
-                parse_der_struct(known.target(*this), extension.value, extension.value_length, known.kind);
-            if (code != der_ok) return code;
-            this->*known.present = true;
+    return at_edge("MGCert::ParsExtensions", [&]() -> uint32_t {
+        for (uint32_t i = 0; i < extensions.count; i++) {
+            const DER_S_EXTENSION& extension = extensions.items[i];
+            for (const KnownExtension& known : known_extensions) {
+                if (this->*known.present || !compare_nid_oid(known.row, extension.id)) continue;
+                const uint32_t code =
+                    parse_der_struct(known.target(*this), extension.value, extension.value_length, known.kind);
+                if (code != der_ok) return code;
+                this->*known.present = true;
+            }
         }
-    }
-    return der_ok;
+        return der_ok;
+    });
 }

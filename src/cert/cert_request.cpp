@@ -1,6 +1,7 @@
 // Reading a certificate request, bare or in a PKCS #7 envelope:
 //   request:  SEQUENCE { SEQUENCE signed part { version, subject, public key, attributes }, algorithm, signature }
 //   envelope: SEQUENCE { signedData, … data … OCTET STRING … }
+#include "app/mg_err.h"
 #include "cert/cert_items.h"
 #include "cert/oid_table.h"
 
@@ -85,44 +86,57 @@ uint32_t take_request_item(MGCert& cert, DER_S_POINTER& cursor, DER_S_ENCODING& 
 } // namespace
 
 bool MGCert::IsReqPse() const {
-    DER_S_POINTER cursor;
-    return check_envelope(*this, cursor) == der_ok;
+    return at_edge("MGCert::IsReqPse", [&]() {
+        DER_S_POINTER cursor;
+        return check_envelope(*this, cursor) == der_ok;
+    });
 }
 
 uint32_t MGCert::SkipReqR2c() {
-    DER_S_ENCODING content;
-    if (uint32_t code = find_envelope_content(*this, content)) return code;
-    req_data = {content.value, content.length, true};
-    return der_ok;
+    return at_edge("MGCert::SkipReqR2c", [&]() -> uint32_t {
+        DER_S_ENCODING content;
+        if (uint32_t code = find_envelope_content(*this, content)) return code;
+        req_data = {content.value, content.length, true};
+        return der_ok;
+    });
 }
 
 uint32_t MGCert::SkipReqPse() {
-    DER_S_ENCODING content;
-    if (uint32_t code = find_envelope_content(*this, content)) return code;
-    DER_S_BLOB request;
-    if (uint32_t code = parse_der_struct(&request, content.value, content.length, der_kind_context_blob)) return code;
-    if (!request.present) return der_no_request_in_envelope;
-    req_data = request;
-    return der_ok;
+    return at_edge("MGCert::SkipReqPse", [&]() -> uint32_t {
+        DER_S_ENCODING content;
+        if (uint32_t code = find_envelope_content(*this, content)) return code;
+        DER_S_BLOB request;
+        if (uint32_t code = parse_der_struct(&request, content.value, content.length, der_kind_context_blob))
+            return code;
+        if (!request.present) return der_no_request_in_envelope;
+        req_data = request;
+        return der_ok;
+    });
 }
 
 uint32_t MGCert::ParsReq() {
-    if (uint32_t code = ParsReqSign()) return code;
-    if (uint32_t code = ParsReqCommon()) return code;
-    if (uint32_t code = ParsSubject()) return code;
-    return has_extensions ? ParsExtensions() : der_ok;
+    return at_edge("MGCert::ParsReq", [&]() -> uint32_t {
+        if (uint32_t code = ParsReqSign()) return code;
+        if (uint32_t code = ParsReqCommon()) return code;
+        if (uint32_t code = ParsSubject()) return code;
+        return has_extensions ? ParsExtensions() : der_ok;
+    });
 }
 
 uint32_t MGCert::ParsReqSign() {
-    if (!req_data.present) return der_no_request;
-    DER_S_POINTER cursor;
-    der_init_parsing(cursor, req_data.data, req_data.length);
-    return find_signed_part(*this, cursor, req_data.length, der_request_length);
+    return at_edge("MGCert::ParsReqSign", [&]() -> uint32_t {
+        if (!req_data.present) return der_no_request;
+        DER_S_POINTER cursor;
+        der_init_parsing(cursor, req_data.data, req_data.length);
+        return find_signed_part(*this, cursor, req_data.length, der_request_length);
+    });
 }
 
 uint32_t MGCert::ParsReqCommon() {
-    if (!has_signed) return der_no_signed_data;
-    DER_S_POINTER cursor;
-    der_init_parsing(cursor, signed_data, signed_length);
-    return der_walk(cursor, [&](DER_S_ENCODING& item) { return take_request_item(*this, cursor, item); });
+    return at_edge("MGCert::ParsReqCommon", [&]() -> uint32_t {
+        if (!has_signed) return der_no_signed_data;
+        DER_S_POINTER cursor;
+        der_init_parsing(cursor, signed_data, signed_length);
+        return der_walk(cursor, [&](DER_S_ENCODING& item) { return take_request_item(*this, cursor, item); });
+    });
 }

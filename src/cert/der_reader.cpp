@@ -3,6 +3,9 @@
 
 #include "cert/oid_table.h"
 
+#include <charconv>
+#include <string_view>
+
 using namespace vorma;
 
 namespace {
@@ -37,10 +40,10 @@ uint32_t read_bit_shift(DER_S_ENCODING& item) {
 std::string name_text(const DER_S_FULL_NAME& name) {
     std::string text;
     for (auto part = name.parts.rbegin(); part != name.parts.rend(); ++part) {
-        if (!text.empty()) text += ",";
-        text += part->type.known ? part->type.short_name : part->type.oid_text;
-        text += "=";
-        text.append(part->value, part->value + part->value_length);
+        if (!text.empty()) text += ',';
+        text += part->type.known ? std::string_view(part->type.short_name) : part->type.oid_text;
+        text += '=';
+        text.append(reinterpret_cast<const char*>(part->value), part->value_length);
     }
     return text;
 }
@@ -190,12 +193,18 @@ uint32_t compare_oid(const DER_S_ENCODING& item, const std::string& text, bool& 
 }
 
 std::string get_oid_str(const uint32_t* arcs, uint32_t count) {
-    std::string text;
+    constexpr size_t most = sizeof "-2147483648."; // of one arc
+    char usual[20 * most];
+    std::string long_text;
+    const bool fits = count * most <= sizeof usual;
+    if (!fits) long_text.resize(count * most);
+    char* const begin = fits ? usual : long_text.data();
+    char* end = begin;
     for (uint32_t i = 0; i < count; i++) {
-        if (i > 0) text += ".";
-        text += std::to_string(static_cast<int32_t>(arcs[i]));
+        if (i > 0) *end++ = '.';
+        end = std::to_chars(end, end + most, static_cast<int32_t>(arcs[i])).ptr;
     }
-    return text;
+    return {begin, end};
 }
 
 void mem_free_oid(DER_S_OBJ_ID& oid) {

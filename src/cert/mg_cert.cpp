@@ -1,6 +1,8 @@
 // Life of a certificate object, and its getters.
 #include "cert/mg_cert.h"
 
+#include "app/mg_err.h"
+
 #include <iterator>
 
 using namespace vorma;
@@ -69,11 +71,13 @@ MGCert::MGCert(const uint8_t* buffer, uint32_t length) {
 }
 
 void MGCert::Init(const uint8_t* buffer, uint32_t length) {
-    DerBytes copy = mem_alloc_copy(buffer, length);
-    Free();
-    cert_data = std::move(copy);
-    cert_length = length;
-    req_data = {cert_data.get(), cert_length, true};
+    at_edge("MGCert::Init", [&] {
+        DerBytes copy = mem_alloc_copy(buffer, length);
+        Free();
+        cert_data = std::move(copy);
+        cert_length = length;
+        req_data = {cert_data.get(), cert_length, true};
+    });
 }
 
 void MGCert::Free() {

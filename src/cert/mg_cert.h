@@ -1,7 +1,7 @@
 // One X.509 certificate or certificate request, taken apart from DER bytes. It reads and answers questions: no
-// signature and no chain is checked, and PEM text is not recognised. Steps return a DerCode. The editor calls only
-// get_subject_from_parsed_cert; the rest serves whoever needs a certificate's fields. One object serves one thread
-// at a time.
+// signature and no chain is checked, and PEM text is not recognised. Steps return a DerCode, and throw an MGErr only
+// where memory runs out. The editor calls only get_subject_from_parsed_cert; the rest serves whoever needs a
+// certificate's fields. One object serves one thread at a time.
 #pragma once
 
 #include "der_params.h"

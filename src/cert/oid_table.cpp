@@ -4,6 +4,7 @@
 #include "cert/der_memory.h"
 #include "cert/der_reader.h"
 
+#include <cstring>
 #include <iterator>
 
 using namespace vorma;
@@ -23,10 +24,20 @@ bool has_body(const OidRow& row, const uint8_t* body, uint32_t length) {
     return static_cast<uint32_t>(row.length) == length && memory_compare(row.data, body, length);
 }
 
+// The first row of that number, null if there is none: a row's number is its place.
+const OidRow* row_of(int32_t nid) {
+    if (nid < 0 || static_cast<size_t>(nid) >= oid_row_count || oid_table[nid].nid != nid) return nullptr;
+    return &oid_table[nid];
+}
+
 } // namespace
 
 bool get_name_oid(const uint8_t* body, uint32_t length, const char*& short_name, const char*& long_name) {
-    for (const OidRow& row : oid_table) {
+    const uint8_t fingerprint = oid_fingerprint(body, length);
+    const uint8_t *const first = oid_fingerprints.data(), *const end = first + oid_row_count;
+    const uint8_t* found = first;
+    while ((found = static_cast<const uint8_t*>(std::memchr(found, fingerprint, static_cast<size_t>(end - found))))) {
+        const OidRow& row = oid_table[found++ - first];
         if (!has_body(row, body, length)) continue;
         short_name = row.short_name;
         long_name = row.long_name;
@@ -36,19 +47,16 @@ bool get_name_oid(const uint8_t* body, uint32_t length, const char*& short_name,
 }
 
 bool compare_nid_oid(int32_t nid, const DER_S_OBJ_ID& oid) {
-    for (const OidRow& row : oid_table)
-        if (row.nid == nid) return has_body(row, oid.data, oid.length);
-    return false;
+    const OidRow* const row = row_of(nid);
+    return row && has_body(*row, oid.data, oid.length);
 }
 
 bool get_nid_oid(int32_t nid, const uint8_t*& body, uint32_t& length) {
-    for (const OidRow& row : oid_table) {
-        if (row.nid != nid) continue;
-        body = row.data;
-        length = static_cast<uint32_t>(row.length);
-        return true;
-    }
-    return false;
+    const OidRow* const row = row_of(nid);
+    if (!row) return false;
+    body = row->data;
+    length = static_cast<uint32_t>(row->length);
+    return true;
 }
 
 const char* get_tag_name(uint32_t tag) {

@@ -4,6 +4,9 @@
 #include "cert/mg_cert.h"
 #include "cert/oid_table.h"
 #include "cert/openssl_maker.h"
+#include "support/error_of.h"
+#include "support/faults.h"
+#include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
 
@@ -13,6 +16,7 @@
 #include <openssl/pem.h>
 #include <set>
 #include <string>
+#include <sys/stat.h>
 
 namespace {
 
@@ -354,24 +358,6 @@ TEST(MGCert, DamagedInputDoesNoHarm) {
     }
 }
 
-// All but those with a key that is a point, or with a string type that is not read.
-TEST(MGCert, AuthoritiesOfTheSystemAgreeWithOpenssl) {
-    int all = 0, read = 0;
-    for (const auto& entry : std::filesystem::directory_iterator("/usr/share/ca-certificates/mozilla")) {
-        SCOPED_TRACE(entry.path().string());
-        const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(entry.path().c_str(), "r"), std::fclose);
-        const X509Owner cert(PEM_read_X509(file.get(), nullptr, nullptr, nullptr));
-        ASSERT_NE(cert, nullptr);
-        all++;
-        const Bytes der = der_of(cert.get(), i2d_X509);
-        if (refusal(der) != 1) continue;
-        expect_same(der, cert.get());
-        read++;
-    }
-    EXPECT_GT(read, all / 2);
-    EXPECT_GT(all, 50);
-}
-
 // A signed request with both attributes that are read.
 Bytes make_request() {
     const RequestOwner request(X509_REQ_new());
@@ -394,6 +380,70 @@ Bytes envelope(const Bytes& content) {
     const std::unique_ptr<PKCS7, Release<PKCS7_free>> signed_data(
         PKCS7_sign(cert.get(), test_key(), nullptr, data.get(), PKCS7_BINARY));
     return der_of(signed_data.get(), i2d_PKCS7);
+}
+
+TEST(MGCert, LeavesNothingBehindWhenCallsFail) {
+    static const Bytes cert = der_of(make_cert(fill_all).get(), i2d_X509), sealed = envelope(make_request());
+    struct World {
+        TempDir dir;
+        std::string file = dir.path("cert");
+        MGCert object;
+    };
+    const struct {
+        const char* name;
+        void (*run)(World&);
+    } rows[] = {
+        {"get_subject_from_parsed_cert",
+         [](World& w) { vorma::at_edge("argument", [&] { get_subject_from_parsed_cert(w.file); }); }},
+        {"Init, ParsCert",
+         [](World& w) {
+             w.object.Init(cert.data(), size_of(cert));
+             w.object.ParsCert();
+         }},
+        {"IsReqPse, SkipReqR2c, SkipReqPse, ParsReq",
+         [](World& w) {
+             w.object.Init(sealed.data(), size_of(sealed));
+             if (w.object.IsReqPse() && w.object.SkipReqPse() == der_ok) return;
+             w.object.SkipReqR2c();
+             w.object.ParsReq();
+         }},
+    };
+    for (const auto& row : rows)
+        for_each_fault(
+            row.name,
+            [] {
+                auto world = std::make_unique<World>();
+                world->dir.write("cert", std::string(cert.begin(), cert.end()));
+                return world;
+            },
+            [&](auto& world) { row.run(*world); });
+}
+
+// What is no certificate's file is refused before it is read.
+TEST(MGCert, RefusesOtherFilesUnread) {
+    const TempDir dir;
+    dir.write("large", std::string((1 << 20) + 1, '\0'));
+    ASSERT_EQ(mkfifo(dir.path("fifo").c_str(), 0600), 0);
+    for (const char* name : {"large", "fifo", ""})
+        EXPECT_NE(error_text([&] { get_subject_from_parsed_cert(dir.path(name)); }), "") << name;
+}
+
+// All but those with a key that is a point, or with a string type that is not read.
+TEST(MGCert, AuthoritiesOfTheSystemAgreeWithOpenssl) {
+    int all = 0, read = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/usr/share/ca-certificates/mozilla")) {
+        SCOPED_TRACE(entry.path().string());
+        const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(entry.path().c_str(), "r"), std::fclose);
+        const X509Owner cert(PEM_read_X509(file.get(), nullptr, nullptr, nullptr));
+        ASSERT_NE(cert, nullptr);
+        all++;
+        const Bytes der = der_of(cert.get(), i2d_X509);
+        if (refusal(der) != 1) continue;
+        expect_same(der, cert.get());
+        read++;
+    }
+    EXPECT_GT(read, all / 2);
+    EXPECT_GT(all, 50);
 }
 
 TEST(MGCertRequest, BareAndInBothEnvelopes) {
