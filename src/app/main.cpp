@@ -13,6 +13,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <gtk/gtk.h>
+#include <memory>
 
 using namespace vorma;
 
@@ -59,13 +60,15 @@ void run_editor() {
 
 int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
-    Context = new MGContext;
+    const auto context = std::make_unique<MGContext>();
+    Context = context.get();
     if (!gtk_init_check(&argc, &argv)) {
         g_printerr("vormaqscfg: графический дисплей недоступен: запустите программу в графическом сеансе "
                    "или задайте переменную DISPLAY\n");
         return EXIT_FAILURE;
     }
-    ProfileDialog = make_dialog("window_profile");
+    const std::unique_ptr<MGDialog> window(make_dialog("window_profile"));
+    ProfileDialog = window.get();
     if (!ProfileDialog->window) {
         g_printerr("vormaqscfg: описание главного окна не загружено, программа собрана неправильно\n");
     } else {
@@ -75,7 +78,6 @@ int main(int argc, char** argv) {
             show_error(ProfileDialog, err);
         }
     }
-    delete ProfileDialog;
-    delete Context;
+    // A start that failed was told in a box and in the log; the program itself ended in order.
     return EXIT_SUCCESS;
 }

@@ -89,7 +89,8 @@ void delete_profile(GtkTreeView* view) {
     save_all_config_data(ProfileDialog);
 }
 
-// Moves the default mark to the row. A save follows each row of the walk.
+// Moves the default mark to the row. Each row is saved as it is passed, not all of them once at the end: that is how
+// the list is agreed to reach the disk, and the reserve copies thus hold the state before the last row.
 void make_default(GtkListStore* store, const char* path) {
     if (!ProfileDialog->ListStoreGetRow(store, path)) return;
     int is_default = 0;

@@ -53,7 +53,7 @@ Addresses& edited_list() {
 
 // Shows the address in AddressDialog and runs it; whether the user confirmed it.
 bool edit_address(OpenDialog& dialog, const MGListAdrs& address) {
-    const bool is_virtual = AdrsDialog->find_active;
+    const bool is_virtual = list_is_virtual();
     fill(*AddressDialog, address, address_fields(is_virtual));
     if (is_virtual) {
         dialog->SetLabel("label_address_ip", "xxx.xxx.xxx.xxx/nn");
@@ -67,9 +67,9 @@ void add_address(GtkListStore* store) {
     OpenDialog dialog(AddressDialog, "dialog_address", "Добавление адреса");
     MGListAdrs address;
     if (!edit_address(dialog, address)) return;
-    assign_adrs_address(address, AdrsDialog->find_active);
+    assign_adrs_address(address, list_is_virtual());
     AdrsDialog->ListStoreAppend(store);
-    fill_adrs_address(store, true, address, AdrsDialog->find_active);
+    fill_adrs_address(store, true, address, list_is_virtual());
     edited_list().push_back(std::move(address));
 }
 
@@ -79,8 +79,8 @@ void change_address(GtkTreeView* view) {
     MGListAdrs& address = edited_list().at(static_cast<size_t>(AdrsDialog->TreeModelGetIndex()));
     OpenDialog dialog(AddressDialog, "dialog_address", "Изменение данных пользователя");
     if (!edit_address(dialog, address)) return;
-    assign_adrs_address(address, AdrsDialog->find_active);
-    fill_adrs_address(store, false, address, AdrsDialog->find_active);
+    assign_adrs_address(address, list_is_virtual());
+    fill_adrs_address(store, false, address, list_is_virtual());
 }
 
 // Exactly one of address, domain and network must be given; address and network must be well formed.
@@ -95,7 +95,7 @@ bool address_is_wrong(MGDialog* dialog) {
         dialog->SetFocusToProblemWidget("entry_address_ip");
         return true;
     }
-    const auto ip_is_wrong = AdrsDialog->find_active ? is_error_ip_net : is_error_ip;
+    const auto ip_is_wrong = list_is_virtual() ? is_error_ip_net : is_error_ip;
     return (has_ip && ip_is_wrong(dialog, "entry_address_ip", ip)) ||
            (has_net && is_error_net(dialog, "entry_address_net", net));
 }
@@ -120,6 +120,10 @@ void edit_list_adrs_ext(bool server, bool is_virtual) {
         }
         if (dialog.RunOk()) list = std::move(copy);
     });
+}
+
+bool list_is_virtual() {
+    return AdrsDialog->find_active;
 }
 
 void fill_adrs_address(GtkListStore* store, bool reset_mark, const MGListAdrs& address, bool is_virtual) {
@@ -181,7 +185,7 @@ void adrs_unselect_all(GtkButton*, gpointer store) {
 // dialog_address
 void address_ok(GtkButton*, gpointer dialog) {
     at_handler(AddressDialog, [&] {
-        if (!address_is_wrong(AddressDialog)) gtk_dialog_response(GTK_DIALOG(dialog), GTK_RESPONSE_OK);
+        if (!address_is_wrong(AddressDialog)) respond_ok(dialog);
     });
 }
 }

@@ -1,6 +1,5 @@
 // The address lists of a gateway, dialog_adrs: for each side the internal and the virtual addresses. It edits a copy
-// of its list and hands it to the profile editor's working copy on OK. In the dialog, find_active says that the list
-// is a virtual one. On the toolkit's thread only.
+// of its list and hands it to the profile editor's working copy on OK. On the toolkit's thread only.
 #pragma once
 
 #include "config/records.h"
@@ -9,6 +8,9 @@
 
 // Opens one of the four lists and runs it to its end. Failures are told over ConfigDialog.
 void edit_list_adrs_ext(bool server, bool is_virtual);
+
+// Whether the list in AdrsDialog is one of virtual addresses: what find_active says in this dialog.
+bool list_is_virtual();
 
 // Writes an address into the current row of AdrsDialog; reset_mark takes its [v] mark off, else the mark stays.
 void fill_adrs_address(GtkListStore* store, bool reset_mark, const MGListAdrs& address, bool is_virtual);

@@ -112,6 +112,8 @@ extern "C" {
 
 // dialog_config
 void fill_crypt_context(GtkButton*, gpointer) {
+    // Over the main window, although the profile editor stands above it: so it is agreed, and the failure may come
+    // before there is a dialog of the list's own.
     at_handler(ProfileDialog, [] { choose_crypto_profile(); });
 }
 

@@ -6,9 +6,10 @@
 #include "app/mg_err.h"
 #include "dialog/make_dialog.h"
 #include "dialog/open_dialogs.h"
+#include "lists/address_list.h"
 #include "lists/admit_modes.h"
 #include "lists/handlers.h"
-#include "net/profile_report.h"
+#include "net/report_rows.h"
 #include "runtime/detached_start.h"
 #include "runtime/mg_info.h"
 
@@ -45,28 +46,29 @@ void add_head(MGInfo& info, const std::string& indent, const char* heading, cons
     info.AddRow((indent + count_name).c_str(), static_cast<unsigned long>(count));
 }
 
+// The names of a nested list stand one tab deeper than its heading, those of a list by itself do not.
+std::string indent_of_names(const std::string& indent) {
+    return indent.empty() ? "" : indent + "\t";
+}
+
 void add_users(MGInfo& info, const std::vector<MGAdmit>& list, const std::string& indent, bool with_connection) {
     add_head(info, indent, "Список допущенных пользователей", "Количество пользователей", list.size());
-    const std::string row_indent = indent.empty() ? "" : indent + "\t";
-    unsigned number = 0;
-    for (const MGAdmit& user : list) {
-        info.AddNumRow(row_indent.c_str(), ++number, "Имя владельца сертификата", user.subject);
-        if (!with_connection || !user.use_server) continue;
-        info.AddRow("\tIP адрес отправки", user.ip);
-        info.AddRow("\tДоменное имя отправки", user.domen);
-        info.AddRow("\tПорт отправки", static_cast<unsigned>(user.port));
-    }
+    add_list(info, indent_of_names(indent), subject_label, list, &MGAdmit::subject, [&](const MGAdmit& user) {
+        if (with_connection && user.use_server) add_rows(info, user, connection_rows, "\t");
+    });
 }
 
 void add_queues(MGInfo& info, const std::vector<MGQueue>& list, const std::string& indent) {
     add_head(info, indent, "Список очередей", "Количество очередей", list.size());
-    const std::string row_indent = indent.empty() ? "" : indent + "\t";
-    unsigned number = 0;
-    for (const MGQueue& queue : list) {
-        info.AddNumRow(row_indent.c_str(), ++number, "Идентификатор очереди", queue.id);
-        add_queue_rows(info, indent + "\t", queue);
-    }
+    add_list(info, indent_of_names(indent), queue_label, list, &MGQueue::id,
+             [&](const MGQueue& queue) { add_rows(info, queue, queue_rows, indent + "\t"); });
 }
+
+constexpr auto client_rows = std::to_array<ReportRow<MGAllow>>({
+    {"Доступ", InWords{&MGAllow::active}},
+    {"Логин", &MGAllow::login},
+    {"Пароль", WhetherGiven{&MGAllow::hash}},
+});
 
 // Builds a report of its own and appends it to the result file, at the edge of `function`.
 template <class Rows>
@@ -125,15 +127,11 @@ void print_result_queue_list(const std::vector<MGQueue>& list, unsigned) {
 void print_result_allow_list(const std::vector<MGAllow>& list, unsigned) {
     append_report("print_result_allow_list", [&](MGInfo& info) {
         add_head(info, "", "Список клиентов", "Количество клиентов", list.size());
-        unsigned number = 0;
-        for (const MGAllow& client : list) {
-            info.AddNumRow(++number, "Наименование клиента", client.name);
-            info.AddRow("\tДоступ", yes_or_no(client.active));
-            info.AddRow("\tЛогин", client.login);
-            info.AddRow("\tПароль", yes_or_no(!client.hash.empty()));
+        add_list(info, "", client_label, list, &MGAllow::name, [&](const MGAllow& client) {
+            add_rows(info, client, client_rows, "\t");
             add_users(info, client.admit, "\t", false);
             add_queues(info, client.queue, "\t");
-        }
+        });
     });
 }
 
@@ -141,14 +139,12 @@ void print_result_adrs_list(const std::vector<MGListAdrs>& list, bool is_virtual
     append_report("print_result_adrs_list", [&](MGInfo& info) {
         add_head(info, "", is_virtual ? "Список виртуальных адресов" : "Список внутренних адресов",
                  "Количество адресов", list.size());
-        unsigned number = 0;
-        for (const MGListAdrs& address : list) {
-            info.AddNumRow(++number, "Наименование", address.name);
-            info.AddRow("\tIP адрес", address.ip);
-            if (is_virtual) continue;
-            info.AddRow("\tДоменное имя", address.domen);
-            info.AddRow("\tПодсеть", address.net);
-        }
+        add_list(info, "", "Наименование", list, &MGListAdrs::name, [&](const MGListAdrs& address) {
+            if (is_virtual)
+                add_rows(info, address, virtual_rows, "\t");
+            else
+                add_rows(info, address, internal_rows, "\t");
+        });
     });
 }
 
@@ -189,8 +185,8 @@ void admit_print(GtkButton*, gpointer) {
 void adrs_print(GtkButton*, gpointer) {
     at_handler(AdrsDialog, [] {
         begin_report("adrs_list");
-        print_result_adrs_list(*static_cast<std::vector<MGListAdrs>*>(AdrsDialog->user_data2), AdrsDialog->find_active);
-        show_result(AdrsDialog->find_active ? virtual_texts : internal_texts);
+        print_result_adrs_list(*static_cast<std::vector<MGListAdrs>*>(AdrsDialog->user_data2), list_is_virtual());
+        show_result(list_is_virtual() ? virtual_texts : internal_texts);
     });
 }
 

@@ -4,60 +4,11 @@
 
 #include "app/log.h"
 #include "app/mg_err.h"
-
-#include <array>
-#include <type_traits>
-#include <variant>
+#include "net/report_rows.h"
 
 using namespace vorma;
 
 namespace {
-
-// --- Tables of rows ---
-
-// One row: what `field` holds under `label`, or for a token the words that stand for it.
-template <class Record>
-struct ReportRow {
-    const char* label;
-    std::variant<std::string Record::*, bool Record::*, int32_t Record::*, uint32_t Record::*, uint16_t Record::*>
-        field;
-    std::string (*words)(const std::string& token) = nullptr;
-};
-
-template <class Record, class Table>
-void add_rows(MGInfo& info, const Record& record, const Table& rows) {
-    for (const ReportRow<Record>& row : rows)
-        std::visit(
-            [&](auto field) {
-                if constexpr (std::is_same_v<decltype(field), std::string Record::*>)
-                    info.AddRow(row.label, row.words ? row.words(record.*field) : record.*field);
-                else
-                    info.AddRow(row.label, record.*field);
-            },
-            row.field);
-}
-
-// The head of a start mode.
-void add_head(MGInfo& info, const char* label) {
-    info.AddRow(label, true);
-}
-
-// A numbered row for each of `list`, from 1, with its `name` as value, and below it what add_rest(row) adds.
-template <class Row, class AddRest>
-void add_list(MGInfo& info, const char* indent, const char* label, const std::vector<Row>& list, std::string Row::*name,
-              AddRest&& add_rest) {
-    unsigned number = 0;
-    for (const Row& row : list) {
-        info.AddNumRow(indent, ++number, label, row.*name);
-        add_rest(row);
-    }
-}
-
-template <class Row>
-void add_list(MGInfo& info, const char* indent, const char* label, const std::vector<Row>& list,
-              std::string Row::*name) {
-    add_list(info, indent, label, list, name, [](const Row&) {});
-}
 
 // --- General settings ---
 
@@ -182,28 +133,6 @@ void add_action(MGInfo& info, const MGAction& action) {
     if (action.type == "EXIST") add_rows(info, action.exist, exist_rows);
 }
 
-void add_modes_with_actions(MGInfo& info, const MGConfig& config) {
-    if (config.timer_radio) {
-        add_head(info, "\t\tИнициализация по времени");
-        add_rows(info, config, timer_rows);
-    }
-    if (config.file_radio) {
-        add_head(info, "\t\tИнициализация по наличию файла в каталоге");
-        add_rows(info, config, file_rows);
-    }
-    if (config.recv_radio) {
-        add_head(info, "\t\tИнициализация при получении файла по сети");
-        add_rows(info, config, recv_rows);
-    }
-    if (config.modify_radio) {
-        add_head(info, "\t\tИнициализация по наличию изменений файла в каталоге");
-        add_rows(info, config, modify_rows);
-    }
-    if (!config.timer_radio && !config.file_radio && !config.recv_radio && !config.modify_radio) return;
-    for (const MGAction& action : config.actions)
-        if (action.active) add_action(info, action);
-}
-
 // --- TLS client and server ---
 
 constexpr auto client_rows = std::to_array<ReportRow<MGConfig>>({
@@ -224,25 +153,10 @@ constexpr auto server_rows = std::to_array<ReportRow<MGConfig>>({
     {"\t\tДоменное имя отправки", &MGConfig::server_send_domen},
     {"\t\tПорт отправки", &MGConfig::server_send_port},
 });
-// The server that a user is connected to.
-constexpr auto connection_rows = std::to_array<ReportRow<MGAdmit>>({
-    {"\t\t\t\tIP адрес отправки", &MGAdmit::ip},
-    {"\t\t\t\tДоменное имя отправки", &MGAdmit::domen},
-    {"\t\t\t\tПорт отправки", &MGAdmit::port},
-});
 
-constexpr const char* subject_label = "Имя владельца сертификата";
-
-void add_client(MGInfo& info, const MGConfig& config) {
-    add_head(info, "\t\tИнициализация TLS клиента");
-    add_rows(info, config, client_rows);
-}
-
-void add_server(MGInfo& info, const MGConfig& config) {
-    add_head(info, "\t\tИнициализация TLS сервера");
-    add_rows(info, config, server_rows);
+void add_users_of_server(MGInfo& info, const MGConfig& config) {
     add_list(info, "\t\t\t", subject_label, config.admit, &MGAdmit::subject, [&](const MGAdmit& user) {
-        if (user.use_server) add_rows(info, user, connection_rows);
+        if (user.use_server) add_rows(info, user, connection_rows, "\t\t\t\t");
     });
 }
 
@@ -274,14 +188,6 @@ constexpr auto local_rows = std::to_array<ReportRow<MGDev>>({
     {"\t\t\tЛокальный адрес", &MGDev::local_adr},
     {"\t\t\tВиртуальный адрес", &MGDev::virtual_adr},
 });
-constexpr auto internal_rows = std::to_array<ReportRow<MGListAdrs>>({
-    {"\t\t\t\tIP адрес", &MGListAdrs::ip},
-    {"\t\t\t\tДоменное имя", &MGListAdrs::domen},
-    {"\t\t\t\tПодсеть", &MGListAdrs::net},
-});
-constexpr auto virtual_rows = std::to_array<ReportRow<MGListAdrs>>({
-    {"\t\t\t\tIP адрес", &MGListAdrs::ip},
-});
 constexpr auto packet_rows = std::to_array<ReportRow<MGDev>>({
     {"\t\tИспользовать все IP пакеты", &MGDev::ip_all},
     {"\t\tИспользовать выборочные IP пакеты", &MGDev::ip_select},
@@ -297,18 +203,18 @@ constexpr auto gw_server_rows = std::to_array<ReportRow<MGConfig>>({
     {"\t\tПорт получения", &MGConfig::gw_server_recv_port},
 });
 
-constexpr const char* internal_label = "Наименование внутреннего адреса";
-constexpr const char* virtual_label = "Наименование виртуального адреса";
+void add_addresses(MGInfo& info, const std::vector<MGListAdrs>& adrs, const std::vector<MGListAdrs>& virt,
+                   const std::string& indent, EmptyTexts empty) {
+    add_list(info, indent, "Наименование внутреннего адреса", adrs, &MGListAdrs::name,
+             [&](const MGListAdrs& address) { add_rows(info, address, internal_rows, indent + "\t", empty); });
+    add_list(info, indent, "Наименование виртуального адреса", virt, &MGListAdrs::name,
+             [&](const MGListAdrs& address) { add_rows(info, address, virtual_rows, indent + "\t", empty); });
+}
 
 void add_device(MGInfo& info, const MGDev& dev) {
     add_rows(info, dev, device_rows);
     if (dev.is_local) add_rows(info, dev, local_rows);
-    if (dev.is_router) {
-        add_list(info, "\t\t\t", internal_label, dev.adrs, &MGListAdrs::name,
-                 [&](const MGListAdrs& address) { add_rows(info, address, internal_rows); });
-        add_list(info, "\t\t\t", virtual_label, dev.virt, &MGListAdrs::name,
-                 [&](const MGListAdrs& address) { add_rows(info, address, virtual_rows); });
-    }
+    if (dev.is_router) add_addresses(info, dev.adrs, dev.virt, "\t\t\t", EmptyTexts::shown);
     add_rows(info, dev, packet_rows);
     if (!dev.ip_select) return;
     for (const Protocol& protocol : protocols)
@@ -316,15 +222,12 @@ void add_device(MGInfo& info, const MGDev& dev) {
 }
 
 void add_gw_client(MGInfo& info, const MGConfig& config) {
-    add_head(info, "\t\tИнициализация TLS шлюза клиента");
     add_device(info, config.gw_client);
     add_rows(info, config, gw_client_rows);
 }
 
-void add_gw_server(MGInfo& info, const MGConfig& config) {
-    add_head(info, "\t\tИнициализация TLS шлюза сервера");
-    add_rows(info, config, gw_server_rows);
-    add_list(info, "\t\t\t", subject_label, config.gw_admit, &MGAdmit::subject);
+void add_rest_of_gw_server(MGInfo& info, const MGConfig& config) {
+    add_list(info, "\t\t\t", subject_label, config.gw_admit, &MGAdmit::subject, [](const MGAdmit&) {});
     add_device(info, config.gw_server);
 }
 
@@ -336,35 +239,73 @@ constexpr auto fc_rows = std::to_array<ReportRow<MGConfig>>({
     {"\t\tПорт", &MGConfig::fc_port},
     {"\t\tИмя сервера для TLS", &MGConfig::fc_tls_server},
     {"\t\tЛогин", &MGConfig::fc_login},
+    {"\t\tНаличие пароля", WhetherGiven{&MGConfig::fc_hash}},
 });
 constexpr auto fs_rows = std::to_array<ReportRow<MGConfig>>({
     {"\t\tIP адрес", &MGConfig::fs_ip},
     {"\t\tПорт", &MGConfig::fs_port},
 });
 
+constexpr auto client_of_server_rows = std::to_array<ReportRow<MGAllow>>({
+    {"Доступ", InWords{&MGAllow::active}},
+    {"Логин", &MGAllow::login},
+    {"Наличие пароля", WhetherGiven{&MGAllow::hash}},
+});
+
 // The queues, numbered behind `indent`, their rows one tab deeper.
 void add_queues(MGInfo& info, const std::string& indent, const std::vector<MGQueue>& list) {
-    add_list(info, indent.c_str(), "Идентификатор очереди", list, &MGQueue::id,
-             [&](const MGQueue& queue) { add_queue_rows(info, indent + "\t", queue); });
+    add_list(info, indent, queue_label, list, &MGQueue::id,
+             [&](const MGQueue& queue) { add_rows(info, queue, queue_rows, indent + "\t"); });
 }
 
-void add_file_client(MGInfo& info, const MGConfig& config) {
-    add_head(info, "\t\tИнициализация TLS Файл-клиента");
-    add_rows(info, config, fc_rows);
-    info.AddRow("\t\tНаличие пароля", yes_or_no(!config.fc_hash.empty()));
+void add_queues_of_client(MGInfo& info, const MGConfig& config) {
     add_queues(info, "\t\t\t", config.fc_queue);
 }
 
-void add_file_server(MGInfo& info, const MGConfig& config) {
-    add_head(info, "\t\tИнициализация TLS Файл-сервера");
-    add_rows(info, config, fs_rows);
-    add_list(info, "\t\t\t", "Наименование клиента", config.fs_allow, &MGAllow::name, [&](const MGAllow& client) {
-        info.AddRow("\t\t\t\tДоступ", yes_or_no(client.active));
-        info.AddRow("\t\t\t\tЛогин", client.login);
-        info.AddRow("\t\t\t\tНаличие пароля", yes_or_no(!client.hash.empty()));
-        add_list(info, "\t\t\t\t\t", subject_label, client.admit, &MGAdmit::subject);
+void add_clients_of_server(MGInfo& info, const MGConfig& config) {
+    add_list(info, "\t\t\t", client_label, config.fs_allow, &MGAllow::name, [&](const MGAllow& client) {
+        add_rows(info, client, client_of_server_rows, "\t\t\t\t");
+        add_list(info, "\t\t\t\t\t", subject_label, client.admit, &MGAdmit::subject, [](const MGAdmit&) {});
         add_queues(info, "\t\t\t\t\t", client.queue);
     });
+}
+
+// --- The start modes ---
+
+// A start mode: what the report says of it where its flag is set.
+struct ReportMode {
+    bool MGConfig::*flag;
+    const char* head;
+    std::span<const ReportRow<MGConfig>> rows = {};
+    void (*add_rest)(MGInfo& info, const MGConfig& config) = nullptr;
+};
+
+constexpr auto modes_with_actions = std::to_array<ReportMode>({
+    {&MGConfig::timer_radio, "\t\tИнициализация по времени", timer_rows},
+    {&MGConfig::file_radio, "\t\tИнициализация по наличию файла в каталоге", file_rows},
+    {&MGConfig::recv_radio, "\t\tИнициализация при получении файла по сети", recv_rows},
+    {&MGConfig::modify_radio, "\t\tИнициализация по наличию изменений файла в каталоге", modify_rows},
+});
+constexpr auto other_modes = std::to_array<ReportMode>({
+    {&MGConfig::client_radio, "\t\tИнициализация TLS клиента", client_rows},
+    {&MGConfig::server_radio, "\t\tИнициализация TLS сервера", server_rows, add_users_of_server},
+    {&MGConfig::gw_client_radio, "\t\tИнициализация TLS шлюза клиента", {}, add_gw_client},
+    {&MGConfig::gw_server_radio, "\t\tИнициализация TLS шлюза сервера", gw_server_rows, add_rest_of_gw_server},
+    {&MGConfig::fc_radio, "\t\tИнициализация TLS Файл-клиента", fc_rows, add_queues_of_client},
+    {&MGConfig::fs_radio, "\t\tИнициализация TLS Файл-сервера", fs_rows, add_clients_of_server},
+});
+
+// Adds the modes that are on; whether there is one.
+bool add_modes(MGInfo& info, const MGConfig& config, std::span<const ReportMode> modes) {
+    bool any = false;
+    for (const ReportMode& mode : modes) {
+        if (!(config.*mode.flag)) continue;
+        any = true;
+        info.AddRow(mode.head, true);
+        add_rows(info, config, mode.rows);
+        if (mode.add_rest) mode.add_rest(info, config);
+    }
+    return any;
 }
 
 } // namespace
@@ -375,25 +316,12 @@ void print_selected_profile(const MGProfile& profile) {
         MGInfo info;
         add_rows(info, profile, profile_rows);
         add_rows(info, config, general_rows);
-        add_modes_with_actions(info, config);
-        if (config.client_radio) add_client(info, config);
-        if (config.server_radio) add_server(info, config);
-        if (config.gw_client_radio) add_gw_client(info, config);
-        if (config.gw_server_radio) add_gw_server(info, config);
-        if (config.fc_radio) add_file_client(info, config);
-        if (config.fs_radio) add_file_server(info, config);
+        if (add_modes(info, config, modes_with_actions))
+            for (const MGAction& action : config.actions)
+                if (action.active) add_action(info, action);
+        add_modes(info, config, other_modes);
         LogFileGlobal.PrintInfoInResultFile(info, false);
     });
-}
-
-void add_queue_rows(MGInfo& info, const std::string& indent, const MGQueue& queue) {
-    const auto add = [&](const char* label, const std::string& value) { info.AddRow((indent + label).c_str(), value); };
-    add("Каталог входящих", queue.in_dir);
-    add("Каталог исходящих", queue.out_dir);
-    add("Выдавать подпись", yes_or_no(queue.out_sign));
-    add("Сохранять квитанции в каталог", yes_or_no(queue.save_ticket));
-    add("Каталог квитанций", queue.ticket_dir);
-    add("Выдавать подпись квитанций", yes_or_no(queue.out_ticket_sign));
 }
 
 // --- The shorter report of a device ---
@@ -422,18 +350,7 @@ void print_info_dev(MGInfo& info, const MGDev& dev) {
 }
 
 void print_info_adrs_virt(MGInfo& info, const std::vector<MGListAdrs>& adrs, const std::vector<MGListAdrs>& virt) {
-    at_edge("print_info_adrs_virt", [&] {
-        const auto add = [&](const char* label, const std::string& value) {
-            if (!value.empty()) info.AddRow(label, value);
-        };
-        add_list(info, "\t", internal_label, adrs, &MGListAdrs::name, [&](const MGListAdrs& address) {
-            add("\t\tIP адрес", address.ip);
-            add("\t\tДоменное имя", address.domen);
-            add("\t\tПодсеть", address.net);
-        });
-        add_list(info, "\t", virtual_label, virt, &MGListAdrs::name,
-                 [&](const MGListAdrs& address) { add("\t\tIP адрес", address.ip); });
-    });
+    at_edge("print_info_adrs_virt", [&] { add_addresses(info, adrs, virt, "\t", EmptyTexts::left_out); });
 }
 
 void create_ip_prot_str(const MGDev& dev, std::string& text) {

@@ -11,8 +11,6 @@
 
 // Appends the report to the result file of LogFileGlobal: the general settings, then each start mode that is on.
 void print_selected_profile(const MGProfile& profile);
-// Adds the fields of a queue other than its id, each label behind `indent`; the reports of lists show them so too.
-void add_queue_rows(MGInfo& info, const std::string& indent, const MGQueue& queue);
 
 // Adds what is in force of a gateway's device.
 void print_info_dev(MGInfo& info, const MGDev& dev);
