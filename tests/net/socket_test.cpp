@@ -221,7 +221,7 @@ TEST(FramedExchange, TwoProcessesTalkWithoutLoss) {
     EXPECT_EQ(status, 0);
 }
 
-// What the peer said is there from the beginning.
+// What the peer said is there from the beginning. The last rows are of the forms for TLS, with TLS off.
 TEST(FramedExchange, RefusesABrokenMessage) {
     const char* const not_eight = "RecvCode: (in_data.size() != sizeof(uint64_t))";
     void (TcpPair::*const closes)() = &TcpPair::peer_closes;
@@ -232,6 +232,7 @@ TEST(FramedExchange, RefusesABrokenMessage) {
         void (TcpPair::*end)(); // null: the peer stays
         uint64_t only_equal, less_then;
         std::string ending, heard;
+        bool tls = false;
     } rows[] = {
         {false, "", closes, 0, 0, not_eight, ""},
         {false, "", resets, 0, 0, not_eight, ""},
@@ -245,6 +246,13 @@ TEST(FramedExchange, RefusesABrokenMessage) {
         {true, code(1), closes, 0, 0, "SendData: RecvCode 1", code(3)},
         {true, code(0).substr(1), closes, 0, 0, "RecvAll: (last_equal > 0)", code(3)},
         {true, code(0) + code(1ull << 63), closes, 0, 0, "SendData: RecvCode 2", code(3) + "abc"},
+        {true, code(0) + code(0), nullptr, 0, 0, "true", code(3) + "abc", true},
+        {true, code(0), closes, 0, 0, "false", code(3) + "abc", true},
+        {true, code(7), nullptr, 0, 0, "TlsSendData: RecvCode 1", code(3), true},
+        {true, code(0) + code(7), nullptr, 0, 0, "TlsSendData: RecvCode 2", code(3) + "abc", true},
+        {false, code(4) + "body", nullptr, 0, 4, "true", code(0) + code(0), true},
+        {false, code(3), closes, 0, 4, "exit 1", code(0), true},
+        {false, code(5), nullptr, 0, 4, "TlsRecvData: ( recv_byte > less_then )", "", true},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.ending + (row.sends ? " of the sender" : ""));
@@ -253,12 +261,19 @@ TEST(FramedExchange, RefusesABrokenMessage) {
         pair.peer_sends(row.said);
         if (row.end) (pair.*row.end)();
         Bytes data{'a', 'b', 'c'};
+        MGTrelm unused;
+        pair.server.TurnOffTls(true);
+        EXPECT_TRUE(pair.server.TlsClientAuth(nullptr, unused, "", false));
         EXPECT_EQ(outcome([&] {
-                      return row.sends ? pair.server.SendData(pair.sock, data)
-                                       : pair.server.RecvData(pair.sock, data, row.only_equal, row.less_then);
+                      MGSocket& ours = pair.server;
+                      if (row.sends)
+                          return row.tls ? ours.TlsSendData(unused, nullptr, pair.sock, data)
+                                         : ours.SendData(pair.sock, data);
+                      return row.tls ? ours.TlsRecvData(unused, nullptr, pair.sock, data, row.only_equal, row.less_then)
+                                     : ours.RecvData(pair.sock, data, row.only_equal, row.less_then);
                   }),
                   row.ending);
-        EXPECT_EQ(data.empty(), !row.sends);
+        EXPECT_EQ(text(data), row.sends ? "abc" : row.ending == "true" ? "body" : "");
         EXPECT_EQ(pair.peer_got(row.heard.size()), row.heard);
     }
 }

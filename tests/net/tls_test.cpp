@@ -302,42 +302,6 @@ TEST(TlsTransport, TheFirstErrorGoesOnAndTheSecondIsLogged) {
         EXPECT_NE(dir.read("debug").find(std::string("\nTlsServerAuth") + line), std::string::npos) << line;
 }
 
-// With TLS off. The peer says its first; when a wait runs out it says its second and closes.
-TEST(TlsTransport, SpeaksThePlainWireFormatWithTlsOff) {
-    const struct {
-        bool sends; // a message of 3 bytes; otherwise one of at most 4 is received
-        std::string first, second;
-        const char* ending;
-        std::string sent; // to the peer
-    } rows[] = {
-        {true, code(0), code(0), "true", code(3) + "abc"},
-        {true, code(0), "", "false", code(3) + "abc"},
-        {true, code(7), "", "TlsSendData: RecvCode 1", code(3)},
-        {true, code(0), code(7), "TlsSendData: RecvCode 2", code(3) + "abc"},
-        {false, code(4), "body", "true", code(0) + code(0)},
-        {false, code(3), "", "exit 1", code(0)},
-        {false, code(5), "", "TlsRecvData: ( recv_byte > less_then )", ""},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.ending);
-        MGTrelm unused;
-        TcpPair pair;
-        VirtualClock clock;
-        clock.at_timeout = [&] { return pair.peer_sends(row.second), pair.peer_closes(), true; };
-        pair.server.TurnOffTls(true);
-        EXPECT_TRUE(pair.server.TlsClientAuth(nullptr, unused, "", false));
-        pair.peer_sends(row.first);
-        Bytes data{'a', 'b', 'c'};
-        EXPECT_EQ(outcome([&] {
-                      return row.sends ? pair.server.TlsSendData(unused, nullptr, pair.sock, data)
-                                       : pair.server.TlsRecvData(unused, nullptr, pair.sock, data, 0, 4);
-                  }),
-                  row.ending);
-        EXPECT_EQ(std::string(data.begin(), data.end()), row.sends ? "abc" : row.ending == "true"s ? "body" : "");
-        EXPECT_EQ(pair.peer_got(row.sent.size()), row.sent);
-    }
-}
-
 namespace {
 
 std::vector<uint8_t> bytes(const std::string& text) {
