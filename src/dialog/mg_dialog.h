@@ -78,7 +78,7 @@ public:
     void SetLabel(const char* id, const char* text);
     const char* GetLabel(const char* id) const; // owned by the widget; null for a null id
 
-    // The entry shows the text as far as it can: its max_length and the toolkit's 65535 bytes may cut it.
+    // The entry shows the text as far as it can: its max_length and the toolkit's 64 KiB may cut it.
     void SetEntry(const char* id, const char* text);
     // What SetEntry gave, byte for byte, while nobody has touched the entry since; then what the entry shows. Never
     // null; lives until the entry changes.

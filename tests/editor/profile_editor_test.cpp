@@ -222,9 +222,50 @@ TEST_F(ProfileEditor, RefusesThirteenAddressesOneAfterTheOther) {
     });
 }
 
+// Values that no input shows as they are.
+TEST_F(ProfileEditor, StoresWhatNobodyTouchedByteForByteAndTheRestAsItIsShown) {
+    const std::string beyond(70000, 'x'), beginning(65534, 'x');
+    const std::pair<std::string, std::string> typed[] = {
+        {beginning, beginning}, // exactly what is shown already
+        {"/path\n", "/path"},
+        {"a\x01\x7f\t\u0085\u2028\uFFFE\uFFFFб😀", "aб😀"},
+        {"\r\n", ""},
+    };
+    const std::pair<std::string MGConfig::*, const char*> inputs[] = {{&MGConfig::error_file, "entry_error_file"},
+                                                                      {&MGConfig::fc_domen, "entry_fc_domen"},
+                                                                      {&MGConfig::fc_hash, "entry_fc_password"}};
+    show({"own"});
+    configure(type({}, "config_ok")); // fills what is empty
+    for (const auto& [text, stored] : typed) {
+        for (const auto& [field, id] : inputs) config().*field = beyond;
+        config().log_catalog = beyond;
+        config().psp = "a\nb\t";
+        config().ticket_type = "OTHER";
+        config().timeout_inactivity = config().send_timeout = 90000; // above the limit
+        MGConfig expected = config();
+        for (const auto& [field, id] : inputs) expected.*field = stored;
+        expected.send_timeout = 86400;
+        configure([&, text = text](UiWindow window) {
+            for (const auto& [field, id] : inputs) {
+                GtkEditable* entry = GTK_EDITABLE(window.find(id));
+                int at = 0;
+                gtk_editable_delete_text(entry, 0, -1);
+                gtk_editable_insert_text(entry, text.c_str(), -1, &at);
+            }
+            for (const double value : {0, 86400}) window.set_spin("spin_send_timeout", value);
+            window.click(ok);
+        });
+        EXPECT_TRUE(config() == expected) << text.substr(0, 9);
+        EXPECT_TRUE(on_disk().at(0).config == expected) << text.substr(0, 9);
+    }
+}
+
 TEST_F(ProfileEditor, ChoosesACatalogAndAFileThatKeepsItsBareName) {
     show({"own"});
     home.write("file.txt", "");
+    const std::string odd = home.path("\xD0"), control = home.path("a\x02");
+    std::filesystem::create_directory(odd);
+    home.write("a\x02", "");
     UiScript script;
     const auto press = [&](const char* icon, const char* title, const std::string& path, const std::string& expected) {
         script.when("dialog_config", [=](UiWindow window) { window.press_icon(icon); });
@@ -233,6 +274,11 @@ TEST_F(ProfileEditor, ChoosesACatalogAndAFileThatKeepsItsBareName) {
     };
     press("entry_init_catalog", "Окно выбора каталога", context.tmp_dir, context.tmp_dir);
     press("entry_mask_file", "Окно выбора имени файла", home.path("file.txt"), "file.txt");
+    press("entry_mask_file", "Окно выбора имени файла", "", "file.txt");
+    script.when("dialog_config", [=](UiWindow window) { window.press_icon("entry_init_catalog"); });
+    script.choose("Окно выбора каталога", odd).refusal(HasSubstr("Имя каталога не в кодировке UTF-8"));
+    script.when("dialog_config", [=](UiWindow window) { window.press_icon("entry_mask_file"); });
+    script.choose("Окно выбора имени файла", control).refusal(HasSubstr("содержит недопустимый символ U+0002"));
     press("entry_mask_file", "Окно выбора имени файла", "", "file.txt");
     script.when("dialog_config", [&](UiWindow window) {
         EXPECT_EQ(window.entry("entry_init_catalog"), context.tmp_dir) << "the file lies elsewhere";

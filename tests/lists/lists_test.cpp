@@ -108,18 +108,24 @@ TEST_F(RecordDialogsTest, TakesARecordOnceAllIsRightAndChangesItInItsPlace) {
     EXPECT_TRUE(config == expected);
 }
 
-TEST_F(RecordDialogsTest, KeepsAKeyThatTheEntryIsTooShortFor) {
-    const std::string long_id(40, 'q');
-    config.fc_queue.push_back({long_id, "/in", "/out", true, false, "/t", false, 0});
-    script.when("dialog_admit", [](UiWindow window) {
-        window.select("queue_view", {0});
-        window.click("button_admit_rename");
-        window.click("button_admit_ok");
-    });
-    expect_checks(script, "dialog_queue", "button_subject_ok_1", {{"entry_ticket_dir="}});
-    open("button_fc_queue");
-    EXPECT_EQ(config.fc_queue[0].id, long_id);
-    EXPECT_EQ(config.fc_queue[0].ticket_dir, "");
+TEST_F(RecordDialogsTest, JudgesTheWholeKeyThatTheEntryIsTooShortForUntilItIsTouched) {
+    const std::string whole(40, 'q'), shown(32, 'q');
+    config.fc_queue = {{whole, "/in", "/out", true, false, "/t", false, 0},
+                       {shown, "", "", false, false, "", false, 0}};
+    const std::vector<Check> rows[] = {
+        {{"entry_ticket_dir="}},
+        {{"entry_id_queue=;entry_id_queue=" + shown, queue_exists, "entry_id_queue", true}, {"entry_id_queue=q"}}};
+    for (const auto& [changes, id] : {std::pair(rows[0], whole), {rows[1], "q"}}) {
+        script.when("dialog_admit", [](UiWindow window) {
+            window.select("queue_view", {0});
+            window.click("button_admit_rename");
+            window.click("button_admit_ok");
+        });
+        expect_checks(script, "dialog_queue", "button_subject_ok_1", changes);
+        open("button_fc_queue");
+        EXPECT_EQ(config.fc_queue[0].id, id);
+        EXPECT_EQ(config.fc_queue[0].ticket_dir, "");
+    }
 }
 
 TEST_F(RecordDialogsTest, JudgesAConnectionOnlyIfItIsUsedAndRemembersWhatWasAccepted) {
@@ -151,6 +157,17 @@ TEST_F(RecordDialogsTest, TakesTheOwnersNameFromACertificateFile) {
                              "-subj '/C=RU/O=ООО Ромашка/CN=Петров Иван' 2>/dev/null "
                              "&& openssl x509 -in pem.cer -outform DER -out der.cer";
     ASSERT_EQ(std::system(make.c_str()), 0);
+    // Its last letter, a "н", in other bytes, and why these are refused.
+    const std::pair<std::string, const char*> odd[] = {{"a\n", nullptr},
+                                                       {{"\0a", 2}, "содержит нулевой байт"},
+                                                       {"\xD0\xFF", "не в кодировке UTF-8"},
+                                                       {"a\x1F", "содержит недопустимый символ U+001F"}};
+    const auto with_letter = [&](const std::string& letter) {
+        std::string der = dir.read("der.cer");
+        for (size_t at = 0; (at = der.find("Иван", at)) != std::string::npos; ++at) der.replace(at + 6, 2, letter);
+        dir.write("odd.cer", der);
+        return dir.path("odd.cer");
+    };
     const char* rows[][4] = {
         {"button_admission_list", "dialog_subject", "entry_subject_name", "button_subject_cancel"},
         {"button_gw_admission_list", "dialog_subject_2", "entry_subject_name_2", "button_subject_cancel_2"}};
@@ -167,6 +184,12 @@ TEST_F(RecordDialogsTest, TakesTheOwnersNameFromACertificateFile) {
             script.refusal(testing::HasSubstr("Не получилось разобрать формат сертификата"));
             window.press_icon(entry);
             EXPECT_EQ(window.entry(entry), "CN=Петров Иван,O=ООО Ромашка,C=RU");
+            for (const auto& [letter, why] : odd) {
+                script.choose(title, with_letter(letter));
+                if (why) script.refusal(testing::HasSubstr(why));
+                window.press_icon(entry);
+                EXPECT_EQ(window.entry(entry), "CN=Петров Иваa\n,O=ООО Ромашка,C=RU");
+            }
             window.click(cancel);
         });
         open(opener);
