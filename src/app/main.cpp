@@ -4,6 +4,7 @@
 #include "app/mg_err.h"
 #include "config/master_file.h"
 #include "config/profile_file.h"
+#include "config/recovery.h"
 #include "dialog/make_dialog.h"
 #include "dialog/mg_dialog.h"
 #include "dialog/open_dialogs.h"
@@ -19,13 +20,13 @@ using namespace vorma;
 
 namespace {
 
-// Adds the file's name to errors that tell only of an element or an attribute in it.
-template <class Read>
-void reading(const std::string& file, Read&& read) {
+// Runs a reading, and lets `advise` complete what it throws.
+template <class Read, class Advise>
+void reading(Read&& read, Advise&& advise) {
     try {
         read();
     } catch (MGErr& err) {
-        if (err.GetDebugString().find(file) == std::string::npos) err.ext_3_param = file;
+        advise(err);
         throw;
     }
 }
@@ -33,12 +34,11 @@ void reading(const std::string& file, Read&& read) {
 // Reads the master file and the file of every profile, active or not.
 void read_configuration() {
     if (!find_config_file(Context)) return;
-    reading(Context->config_file, [] { read_config_file(Context); });
+    reading([] { read_config_file(Context); }, [](MGErr& err) { advise_on_config_file(err, *Context); });
     const int count = static_cast<int>(Context->profiles.size());
-    for (int index = 0; index < count; ++index) {
-        const MGProfile& profile = Context->profiles[static_cast<size_t>(index)];
-        reading(profile_file_name(*Context, profile), [&] { read_profile_file(Context, index); });
-    }
+    for (int index = 0; index < count; ++index)
+        reading([&] { read_profile_file(Context, index); },
+                [&](MGErr& err) { advise_on_profile_file(err, *Context, index); });
 }
 
 // From an empty context to the end of the main loop.

@@ -2,6 +2,7 @@
 #include "app/mg_context.h"
 
 #include "app/mg_err.h"
+#include "runtime/descriptor_io.h"
 #include "runtime/mg_file.h"
 
 using namespace vorma;
@@ -40,7 +41,8 @@ void init_vorma_catalogs(MGContext* context, const char* log_file_name) {
 bool find_config_file(MGContext* context) {
     return at_edge("find_config_file", [&] {
         context->config_file = context->config_dir + "/vormaqs_config.xml";
-        const bool found = MGFile::IsFile(context->config_file.c_str());
+        MGErr err = error_of("find_config_file", "Ошибка поиска конфигурационного файла");
+        const bool found = is_surely_file(err, context->config_file);
         if (found) context->config_found = true;
         return found;
     });

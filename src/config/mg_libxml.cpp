@@ -37,7 +37,8 @@ struct Operation {
     }
 };
 
-// The same with what libxml2 reports meanwhile.
+// The same with what libxml2 reports meanwhile. A step that wants for memory may give back half of what it should, so a
+// result is only good where nothing was reported.
 struct ReportingOperation {
     Operation names;
     XmlReports reports = {};
@@ -65,7 +66,7 @@ MGLibxml::MGLibxml() {
     at_edge("MGLibxml::MGLibxml", [&] {
         const ReportingOperation operation{{"Ошибка конструктора класса XML документа", "MGLibxml"}};
         document_.reset(xmlNewDoc(xml("1.0")));
-        if (!document_) operation.fails("Не удалось создать XML документ", "xmlNewDoc");
+        if (!document_ || operation.reports.any()) operation.fails("Не удалось создать XML документ", "xmlNewDoc");
     });
 }
 
@@ -100,9 +101,9 @@ void MGLibxml::AddDocComment(const char* text) {
         const ReportingOperation operation{
             {"Ошибка добавления комментария в заголовок XML документа", "AddDocComment"}};
         xmlNode* comment = xmlNewDocComment(document_.get(), xml(text));
-        if (!comment) operation.fails("Не удалось создать комментарий", "xmlNewDocComment", text);
-        xmlDocSetRootElement(document_.get(), comment);
-        if (operation.reports.any()) operation.fails("Не удалось создать комментарий", "xmlNewDocComment", text);
+        if (comment) xmlDocSetRootElement(document_.get(), comment);
+        if (!comment || operation.reports.any())
+            operation.fails("Не удалось создать комментарий", "xmlNewDocComment", text);
     });
 }
 
@@ -110,8 +111,8 @@ xmlNode* MGLibxml::AddDocRoot(const char* name) {
     return at_edge("MGLibxml::AddDocRoot", [&] {
         const ReportingOperation operation{{"Ошибка добавления корневого раздела в XML документ", "AddDocRoot"}};
         xmlNode* root = xmlNewNode(nullptr, xml(name));
-        if (!root) operation.fails("Не удалось создать корневой раздел", "xmlNewNode", name);
-        xmlDocSetRootElement(document_.get(), root);
+        if (root) xmlDocSetRootElement(document_.get(), root);
+        if (!root || operation.reports.any()) operation.fails("Не удалось создать корневой раздел", "xmlNewNode", name);
         return root;
     });
 }
@@ -120,7 +121,7 @@ xmlNode* MGLibxml::AddChildToNode(xmlNode* parent, const char* name) {
     return at_edge("MGLibxml::AddChildToNode", [&] {
         const ReportingOperation operation{{"Ошибка добавления нового раздела в уже существующий", "AddChildToNode"}};
         xmlNode* child = xmlNewChild(parent, nullptr, xml(name), nullptr);
-        if (!child) operation.fails("Не удалось добавить новый раздел", "xmlNewChild", name);
+        if (!child || operation.reports.any()) operation.fails("Не удалось добавить новый раздел", "xmlNewChild", name);
         return child;
     });
 }

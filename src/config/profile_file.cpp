@@ -134,29 +134,44 @@ struct Walk {
 
 } // namespace
 
+namespace {
+
+// The errors of either reader bear the name of the one that the system knows.
+void read_into(MGConfig& config, const MGContext& context, const std::string& id, const std::string& file) {
+    MGErr err = error_of("read_profile_file", "Ошибка загрузки конфигурационных параметров из файла с данными профиля");
+    err.opt_param = file;
+
+    const MGLibxml xml(file.c_str());
+    const xmlNode* root = xml.GetRoot();
+    if_root_not_eq_name(err, xml.GetName(root), "profile");
+    if_version_not_eq_value(err, xml.GetNumberProp(root, "version"), context.version, "profile");
+    if_release_not_eq_value(err, xml.GetNumberProp(root, "release"), context.release, "profile");
+    if_mask_not_eq_value(err, xml.GetStringProp(root, "mark"), MARK_VORMA_PROFILE, "MARK_VORMA_PROFILE",
+                         "Резервного копирования");
+    if_id_not_eq_value(err, xml.GetStringProp(root, "id"), id);
+
+    const Reading reading{xml, err};
+    Walk<Reading>{reading}.profile(root, config);
+}
+
+} // namespace
+
 std::string profile_file_name(const MGContext& context, const MGProfile& profile) {
-    return context.config_dir + "/" + profile.id + ".xml";
+    return at_edge("profile_file_name", [&] { return context.config_dir + "/" + profile.id + ".xml"; });
+}
+
+MGConfig read_profile(const MGContext& context, const std::string& id, const std::string& file) {
+    return at_edge("read_profile", [&] {
+        MGConfig config;
+        read_into(config, context, id, file);
+        return config;
+    });
 }
 
 void read_profile_file(MGContext* context, int index) {
     at_edge("read_profile_file", [&] {
         MGProfile& profile = context->profiles.at(static_cast<size_t>(index));
-        const std::string file = profile_file_name(*context, profile);
-        MGErr err =
-            error_of("read_profile_file", "Ошибка загрузки конфигурационных параметров из файла с данными профиля");
-        err.opt_param = file;
-
-        const MGLibxml xml(file.c_str());
-        const xmlNode* root = xml.GetRoot();
-        if_root_not_eq_name(err, xml.GetName(root), "profile");
-        if_version_not_eq_value(err, xml.GetNumberProp(root, "version"), context->version, "profile");
-        if_release_not_eq_value(err, xml.GetNumberProp(root, "release"), context->release, "profile");
-        if_mask_not_eq_value(err, xml.GetStringProp(root, "mark"), MARK_VORMA_PROFILE, "MARK_VORMA_PROFILE",
-                             "Резервного копирования");
-        if_id_not_eq_value(err, xml.GetStringProp(root, "id"), profile.id);
-
-        const Reading reading{xml, err};
-        Walk<Reading>{reading}.profile(root, profile.config);
+        read_into(profile.config, *context, profile.id, profile_file_name(*context, profile));
     });
 }
 

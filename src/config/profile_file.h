@@ -4,12 +4,16 @@
 // token. One thread at a time may read or write a profile.
 #pragma once
 
+#include "config/records.h"
+
 #include <string>
 
 class MGContext;
-class MGProfile;
 
 std::string profile_file_name(const MGContext& context, const MGProfile& profile);
+
+// What `file` holds, if it is the file of the profile `id` under this context's master file. Throws MGErr.
+MGConfig read_profile(const MGContext& context, const std::string& id, const std::string& file);
 
 // Reads the file of profiles[index] into its config, whose lists it appends to. Throws MGErr; what was read up to then
 // stays in the config.

@@ -1,6 +1,7 @@
 // The block cipher, its feedback mode, and passwords in and out of it.
 #include "config/scrambling.h"
 
+#include "app/mg_err.h"
 #include "runtime/little_endian.h"
 #include "runtime/mg_file.h"
 
@@ -112,25 +113,29 @@ void work_in_pieces(FeedbackMode mode, const uint8_t* initial, const uint8_t* in
 } // namespace
 
 std::string code_string(const std::string& plain) {
-    if (plain.empty()) return "";
-    const auto now = static_cast<uint32_t>(std::time(nullptr));
-    const uint32_t initial[2] = {now, now};
-    std::vector<uint8_t> data(initial_size + plain.size());
-    store_words(initial, data.data(), initial_size);
-    std::copy(plain.begin(), plain.end(), data.begin() + initial_size);
-    encrypt_buffer(data.data(), data.data() + initial_size, data.data() + initial_size, plain.size());
-    std::string coded;
-    vector_data_to_base64_string(data, coded);
-    return coded;
+    return at_edge("code_string", [&]() -> std::string {
+        if (plain.empty()) return "";
+        const auto now = static_cast<uint32_t>(std::time(nullptr));
+        const uint32_t initial[2] = {now, now};
+        std::vector<uint8_t> data(initial_size + plain.size());
+        store_words(initial, data.data(), initial_size);
+        std::copy(plain.begin(), plain.end(), data.begin() + initial_size);
+        encrypt_buffer(data.data(), data.data() + initial_size, data.data() + initial_size, plain.size());
+        std::string coded;
+        vector_data_to_base64_string(data, coded);
+        return coded;
+    });
 }
 
 std::string decode_string(const std::string& coded) {
-    std::vector<uint8_t> data;
-    base64_string_to_vector_data(coded, data);
-    if (data.size() <= initial_size) return "";
-    decrypt_buffer(data.data(), data.data() + initial_size, data.data() + initial_size, data.size() - initial_size);
-    const auto begin = data.begin() + initial_size;
-    return std::string(begin, std::find(begin, data.end(), 0));
+    return at_edge("decode_string", [&]() -> std::string {
+        std::vector<uint8_t> data;
+        base64_string_to_vector_data(coded, data);
+        if (data.size() <= initial_size) return "";
+        decrypt_buffer(data.data(), data.data() + initial_size, data.data() + initial_size, data.size() - initial_size);
+        const auto begin = data.begin() + initial_size;
+        return std::string(begin, std::find(begin, data.end(), 0));
+    });
 }
 
 void encrypt_block(const uint32_t* key, uint32_t& n1, uint32_t& n2) {
@@ -179,16 +184,20 @@ void decrypt_buffer(const uint8_t* initial, const uint8_t* in, uint8_t* out, siz
 }
 
 void binary_to_base64(const uint8_t* data, size_t size, char* text) {
-    std::string coded;
-    vector_data_to_base64_string({data, data + size}, coded);
-    std::memcpy(text, coded.c_str(), coded.size() + 1);
+    at_edge("binary_to_base64", [&] {
+        std::string coded;
+        vector_data_to_base64_string({data, data + size}, coded);
+        std::memcpy(text, coded.c_str(), coded.size() + 1);
+    });
 }
 
 void base64_to_binary(const char* text, uint8_t* data, size_t& size) {
-    std::vector<uint8_t> decoded;
-    base64_string_to_vector_data(text, decoded);
-    std::copy(decoded.begin(), decoded.end(), data);
-    size = decoded.size();
+    at_edge("base64_to_binary", [&] {
+        std::vector<uint8_t> decoded;
+        base64_string_to_vector_data(text, decoded);
+        std::copy(decoded.begin(), decoded.end(), data);
+        size = decoded.size();
+    });
 }
 
 void vector_data_to_base64_string(const std::vector<uint8_t>& data, std::string& text) {

@@ -1,7 +1,8 @@
 // How passwords stand in files: enciphered with a constant key, then in base64, so that they aren't there in clear.
 // The key is the system's own, and whoever has the program can decode them: this keeps nobody out who means to get in.
 // The cipher is GOST 28147-89 with feedback (RFC 4357, substitution table CryptoPro-A, no key meshing); the words of a
-// block are little-endian in memory. Nothing here reports bad input. Any thread may call these.
+// block are little-endian in memory. Nothing here reports bad input; only want of memory ends in an MGErr. Any thread
+// may call these.
 #pragma once
 
 #include <cstddef>

@@ -12,6 +12,8 @@
 #include <string>
 #include <thread>
 
+using namespace vorma;
+
 namespace {
 
 constexpr int oldest_libxml = 20904;
@@ -39,16 +41,27 @@ struct OtherThread {
 
 thread_local OtherThread other_thread;
 
+void prepare(const XmlReports& reports) {
+    if (reports.any()) {
+        xmlCleanupParser();
+        at_edge("XmlLibrary", [&] {
+            MGErr err = error_of("XmlLibrary", "Ошибка подготовки библиотеки XML документов");
+            reports.complete(err);
+            fail(err, "Не удалось подготовить библиотеку", "xmlCheckVersion");
+        });
+    }
+    register_saving();
+    state.first_thread = std::this_thread::get_id();
+    state.prepared = true;
+}
+
 } // namespace
 
 XmlLibrary::XmlLibrary() {
     const std::lock_guard lock(state.mutex);
+    const XmlReports reports;
     xmlCheckVersion(oldest_libxml);
-    if (!state.prepared) {
-        register_saving();
-        state.first_thread = std::this_thread::get_id();
-        state.prepared = true;
-    }
+    if (!state.prepared) prepare(reports);
     if (std::this_thread::get_id() != state.first_thread && !other_thread.counted) {
         other_thread.counted = true;
         ++state.other_threads;

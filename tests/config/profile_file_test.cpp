@@ -1,7 +1,10 @@
 #include "app/mg_context.h"
 #include "config/master_file.h"
+#include "config/mg_libxml.h"
 #include "config/profile_file.h"
+#include "config/recovery.h"
 #include "config/scrambling.h"
+#include "config/xml_tables.h"
 #include "support/error_of.h"
 #include "support/temp_dir.h"
 
@@ -203,6 +206,39 @@ TEST_F(ProfileFile, RefusesAndTellsWhy) {
     EXPECT_EQ(config().fs_allow.size(), 1u) << "what was read up to the error stays";
 }
 
+TEST(Recovery, NamesWhatHelps) {
+    const TempDir dir;
+    MGContext context;
+    context.config_dir = dir.path();
+    context.config_file = dir.path("master.xml");
+    context.profiles.resize(2);
+    context.profiles[0].id = "one";
+    for (int save = 0; save < 2; ++save) {
+        write_config_file(&context);
+        write_profile_file(&context, 0);
+    }
+    const auto advice = [&](const char* name, int index) {
+        MGErr err;
+        index < 0 ? advise_on_config_file(err, context) : advise_on_profile_file(err, context, index);
+        EXPECT_EQ(err.ext_3_param, dir.path(name));
+        return err.err_description;
+    };
+    for (const auto& [name, index] : {std::pair{"master.xml", -1}, {"one.xml", 0}}) {
+        SCOPED_TRACE(name);
+        dir.write(name, "");
+        EXPECT_THAT(advice(name, index), testing::HasSubstr("цела его резервная копия «" + dir.path(name) + "~»"));
+        dir.write(name + std::string("~"), "<a/>");
+        EXPECT_THAT(advice(name, index), testing::HasSubstr("Восстановите файл из своего архива"));
+    }
+    EXPECT_THAT(advice("one.xml", 0), testing::HasSubstr("удалите в файле «" + context.config_file +
+                                                         "» строку «<profile … id=\"one\" …/>», поставьте там "
+                                                         "quantity=\"1\""));
+    MGErr denied;
+    denied.err_code = EACCES;
+    advise_on_config_file(denied, context);
+    EXPECT_THAT(denied.err_description, testing::HasSubstr("Проверьте права"));
+}
+
 TEST_F(ProfileFile, SurvivesAnyMutation) {
     std::mt19937 random(1);
     int accepted = 0;
@@ -226,13 +262,41 @@ TEST_F(ProfileFile, SurvivesAnyMutation) {
 
 TEST_F(ProfileFile, WritesNothingThatItCannotReadAgain) {
     reread();
-    config().fc_login = "a\x01\x1B\tб\xFF\xEF\xBF\xBF\n";
+    config().fc_login = "a\x01\x1B\tб\xFF\xC0\xAF\x80\xBF\xED\xA0\x80\xEF\xBF\xBF\xF0\x9F\x98\x80\n";
     written();
     EXPECT_FALSE(std::filesystem::exists(dir.path("profile.xml~"))) << "there was nothing to copy";
     ASSERT_EQ(reread(), "");
     MGConfig expected; // but for this, a new profile comes back as it was
-    expected.fc_login = "a\tб\n";
+    expected.fc_login = "a\tб\xF0\x9F\x98\x80\n";
     EXPECT_EQ(config(), expected);
+}
+
+TEST(StorableText, IsWhatLibxmlReadsFromAnyBytes) {
+    std::mt19937 random(2279);
+    // Bytes at which the forms of UTF-8 begin and end, beside any others.
+    const std::string edges = "\x7F\x80\x8F\x90\x9F\xA0\xBD\xBE\xBF\xC0\xC1\xC2\xDF\xE0\xED\xEF\xF0\xF4\xF5\xFF";
+    size_t kept = 0;
+    for (int round = 0; round < 20000; ++round) {
+        std::string text;
+        for (size_t size = random() % 12; size > 0; --size) {
+            const char any = static_cast<char>(1 + random() % 255);
+            text += random() % 4 ? edges[random() % edges.size()] : any;
+        }
+        const std::string stored = storable_text(text);
+        MGLibxml xml;
+        xml.SetTextProp(xml.AddDocRoot("a"), "t", stored.c_str());
+        std::string document;
+        xml.SaveString(document);
+        const MGLibxml again(document.c_str(), 0);
+        ASSERT_EQ(again.GetStringProp(again.GetRoot(), "t"), stored) << testing::PrintToString(text);
+        // What libxml2 reads as it stands is kept as it stands.
+        const std::string as_element = "<a>" + text + "</a>";
+        const bool readable =
+            text.find_first_of("<&\r") == text.npos && error_text([&] { MGLibxml(as_element.c_str(), 0); }).empty();
+        EXPECT_TRUE(!readable || stored == text) << testing::PrintToString(text);
+        kept += readable && text.size() > 2;
+    }
+    EXPECT_GT(kept, 10u);
 }
 
 namespace {
