@@ -48,23 +48,25 @@ void MGFile::RenameLogFileIfMaxSize(std::mutex& m, const std::string& log_file) 
 }
 
 bool MGFile::IsRepeatError(MGErr& err) {
-    err.crc_mess_1 = MakeCrc32(err.mess_1);
-    err.crc_mess_2 = MakeCrc32(err.mess_2);
-    err.crc_func_1 = MakeCrc32(err.func_1);
-    err.crc_func_2 = MakeCrc32(err.func_2);
+    return at_edge("MGFile::IsRepeatError", [&] {
+        err.crc_mess_1 = MakeCrc32(err.mess_1);
+        err.crc_mess_2 = MakeCrc32(err.mess_2);
+        err.crc_func_1 = MakeCrc32(err.func_1);
+        err.crc_func_2 = MakeCrc32(err.func_2);
 
-    const time_t now = time(nullptr);
-    std::lock_guard lock(m_repeat_mutex);
-    if (m_repeat_begin < 1 || now - m_repeat_begin > repeat_window) {
-        m_repeat_begin = now;
-        m_repeat_errors.clear();
-    }
-    const auto seen = std::find_if(m_repeat_errors.begin(), m_repeat_errors.end(),
-                                   [&](const MGErr& earlier) { return earlier.RepeatCompare(err); });
-    if (seen != m_repeat_errors.end()) return ++seen->repeat_count >= repeat_limit;
-    err.repeat_count = 1;
-    m_repeat_errors.push_back(err);
-    return false;
+        const time_t now = time(nullptr);
+        std::lock_guard lock(m_repeat_mutex);
+        if (m_repeat_begin < 1 || now - m_repeat_begin > repeat_window) {
+            m_repeat_begin = now;
+            m_repeat_errors.clear();
+        }
+        const auto seen = std::find_if(m_repeat_errors.begin(), m_repeat_errors.end(),
+                                       [&](const MGErr& earlier) { return earlier.RepeatCompare(err); });
+        if (seen != m_repeat_errors.end()) return ++seen->repeat_count >= repeat_limit;
+        err.repeat_count = 1;
+        m_repeat_errors.push_back(err);
+        return false;
+    });
 }
 
 std::string MGFile::SameFileName(const std::string& name, unsigned num) {

@@ -144,27 +144,29 @@ bool string_to_int(const char* s, int* value) {
 }
 
 std::string int_to_string(int number) {
-    return std::to_string(number);
+    return at_edge("int_to_string", [&] { return std::to_string(number); });
 }
 
 std::string uint32_to_string(uint32_t number) {
-    return std::to_string(number);
+    return at_edge("uint32_to_string", [&] { return std::to_string(number); });
 }
 
 std::string uint64_to_string(uint64_t number) {
-    return std::to_string(number);
+    return at_edge("uint64_to_string", [&] { return std::to_string(number); });
 }
 
 std::string sprintf_buf(const void* data, size_t size) {
-    constexpr char hex[] = "0123456789ABCDEF";
-    constexpr size_t per_line = 16;
-    const auto* bytes = static_cast<const uint8_t*>(data);
-    std::string text;
-    text.reserve(size * 3 + size / per_line + 1);
-    for (size_t i = 0; i < size; ++i) {
-        text += {hex[bytes[i] >> 4], hex[bytes[i] & 15], ' '};
-        if (i % per_line == per_line - 1) text += '\n';
-    }
-    if (size == 0 || size % per_line != 0) text += '\n';
-    return text;
+    return at_edge("sprintf_buf", [&] {
+        constexpr char hex[] = "0123456789ABCDEF";
+        constexpr size_t per_line = 16;
+        const auto* bytes = static_cast<const uint8_t*>(data);
+        std::string text;
+        text.reserve(size * 3 + size / per_line + 1);
+        for (size_t i = 0; i < size; ++i) {
+            text += {hex[bytes[i] >> 4], hex[bytes[i] & 15], ' '};
+            if (i % per_line == per_line - 1) text += '\n';
+        }
+        if (size == 0 || size % per_line != 0) text += '\n';
+        return text;
+    });
 }

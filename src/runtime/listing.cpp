@@ -217,7 +217,8 @@ void MGFile::GetListFilesFromDir(std::string dir, std::string stem, std::string 
 }
 
 void MGFile::GetListFilesFromDir(std::string dir, std::string stem, const char* ext, std::vector<std::string>& list) {
-    GetListFilesFromDir(std::move(dir), std::move(stem), std::string(ext), list);
+    at_edge("MGFile::GetListFilesFromDir",
+            [&] { GetListFilesFromDir(std::move(dir), std::move(stem), std::string(ext), list); });
 }
 
 uint32_t MGFile::GetMaxNameNExtFromDir(std::string dir, std::string stem, std::string ext, std::string& name) {

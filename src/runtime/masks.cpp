@@ -9,6 +9,8 @@
 #include "runtime/mg_file.h"
 #include "runtime/utf8_walk.h"
 
+#include <algorithm>
+
 using namespace vorma;
 
 namespace {
@@ -95,7 +97,7 @@ bool match_pieces(View text, View mask, bool case_sensitive) {
 
 bool MGFile::CompareMaskWithQuestion(const std::string& text, size_t pos, size_t, const std::string& mask,
                                      size_t& matched) {
-    return begins_with(View(text).substr(pos), valid_part(mask), true, matched);
+    return begins_with(View(text).substr(std::min(pos, text.size())), valid_part(mask), true, matched);
 }
 
 bool MGFile::FindMaskWithQuestion(const std::string& text, const std::string& mask, size_t& pos, size_t& matched) {

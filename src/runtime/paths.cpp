@@ -139,10 +139,12 @@ void MGFile::ReplaceFileNameIllegalSimbos(std::string& name) {
 }
 
 void MGFile::CutFileNameUpToNChars(std::string& name, size_t n) {
-    if (name.size() <= n) return;
-    size_t end = 0;
-    for (size_t pos = 0, len = 0; NextUtf8(name, pos, len) && pos + len <= n;) end = pos + len;
-    name.resize(end);
+    at_edge("MGFile::CutFileNameUpToNChars", [&] {
+        if (name.size() <= n) return;
+        size_t end = 0;
+        for (size_t pos = 0, len = 0; NextUtf8(name, pos, len) && pos + len <= n;) end = pos + len;
+        name.resize(end);
+    });
 }
 
 bool MGFile::TestDirOnReadAndWriteAccess(const std::string& dir) {

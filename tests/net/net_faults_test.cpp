@@ -1,3 +1,5 @@
+#include "config/scrambling.h"
+#include "net/address_syntax.h"
 #include "net/mg_ip.h"
 #include "net/mg_socket.h"
 #include "net/mg_trelm.h"
@@ -119,6 +121,23 @@ TEST(NetFaults, OfConnectionsLeaveNothing) {
              w.packet.MakeUdpForExit("10.0.0.1");
              w.packet.Parse();
              w.packet.Print2String();
+             w.packet.MakeIp(); // of its own data
+             MGIp fragment;
+             MGSocket::MakeFragment(w.packet.m_packet, fragment, 0, true, 16, true);
+             fragment.Parse(true, true);
+             fragment.Change(1, 0, 0, 0);
+         }},
+        {"IsDev, GetIps, get_dev_ips",
+         [](World& w) {
+             bool loopback, up, running;
+             w.client.IsDev(w.device, loopback, up, running, w.ips);
+             w.client.GetIps(w.address, w.ips);
+             get_dev_ips(w.device, w.ips);
+         }},
+        {"convert_ip_to_net, sprintf_buf, code_string",
+         [](World& w) {
+             convert_ip_to_net("192.168.101.102/24", w.other);
+             w.text = decode_string(code_string(sprintf_buf(w.text.data(), 16)));
          }},
     };
     test(rows);
