@@ -26,6 +26,15 @@ void rotate_if_due(MGFile& owner, const LogTarget& log, const LogTarget& report)
     }
 }
 
+// What can't be counted is written.
+bool is_known_repeat(MGFile& owner, MGErr& err) {
+    try {
+        return owner.IsRepeatError(err);
+    } catch (const MGErr&) {
+        return false;
+    }
+}
+
 } // namespace
 
 void MGFile::SetLogFile(const char* name) {
@@ -106,7 +115,7 @@ bool MGFile::GetExtDebugLog() const {
 void MGFile::PrintErrInLogFile(MGErr& err) {
     if (err.debug_only && !m_debug_log) return;
     try {
-        if (m_protect_repeat && IsRepeatError(err)) return;
+        if (m_protect_repeat && is_known_repeat(*this, err)) return;
         const LogTarget log{m_log_mutex, m_log_file};
         add_log_entry(*this, log, log, log_marker_error, err.GetString());
         if (m_syslog) syslog(LOG_ERR, "%s", err.GetSyslogString().c_str());
@@ -124,9 +133,15 @@ void MGFile::PrintLogFile(std::mutex& m, const std::string& log_file, const char
             syslog(LOG_ERR, "mgfile:PrintLogFile:log_file.empty()");
             return;
         }
-        std::string entry = "\n";
-        if (marker) entry += marker + (with_date ? GetLocalDateAndTime() : std::string()) + "\n";
-        if (!m_profile_id.empty()) entry += "Профиль: " + m_profile_id + "\n";
+        std::string entry;
+        entry.reserve(text.size() + m_profile_id.size() + 80);
+        entry += '\n';
+        if (marker) {
+            entry += marker;
+            if (with_date) entry += GetLocalDateAndTime();
+            entry += '\n';
+        }
+        if (!m_profile_id.empty()) entry.append("Профиль: ").append(m_profile_id) += '\n';
         entry += text;
 
         const std::lock_guard lock(m);

@@ -61,7 +61,7 @@ bool MGFile::IsRepeatError(MGErr& err) {
             m_repeat_errors.clear();
         }
         const auto seen = std::find_if(m_repeat_errors.begin(), m_repeat_errors.end(),
-                                       [&](const MGErr& earlier) { return earlier.RepeatCompare(err); });
+                                       [&](const MGErr& earlier) { return same_error(earlier, err); });
         if (seen != m_repeat_errors.end()) return ++seen->repeat_count >= repeat_limit;
         err.repeat_count = 1;
         m_repeat_errors.push_back(err);

@@ -89,9 +89,13 @@ std::string MGErr::Uint64String(uint64_t number) {
 }
 
 bool MGErr::RepeatCompare(MGErr other) const {
-    return crc_mess_1 == other.crc_mess_1 && crc_mess_2 == other.crc_mess_2 && crc_func_1 == other.crc_func_1 &&
-           crc_func_2 == other.crc_func_2 && opt_param == other.opt_param && str_param == other.str_param &&
-           ext_param == other.ext_param && ext_2_param == other.ext_2_param && ext_3_param == other.ext_3_param;
+    return same_error(*this, other);
+}
+
+bool vorma::same_error(const MGErr& a, const MGErr& b) {
+    return a.crc_mess_1 == b.crc_mess_1 && a.crc_mess_2 == b.crc_mess_2 && a.crc_func_1 == b.crc_func_1 &&
+           a.crc_func_2 == b.crc_func_2 && a.opt_param == b.opt_param && a.str_param == b.str_param &&
+           a.ext_param == b.ext_param && a.ext_2_param == b.ext_2_param && a.ext_3_param == b.ext_3_param;
 }
 
 void MGErr::Printf() const {
@@ -113,16 +117,18 @@ void MGErr::Printf() const {
     dump("err_description", err_description);
 }
 
-MGErr vorma::error_of(const std::string& func_1, const std::string& mess_1) {
-    const int code = errno;
+MGErr vorma::error_of(const char* func_1, const char* mess_1, const char* str_param) {
     MGErr err;
-    err.func_1 = func_1;
-    err.mess_1 = mess_1;
-    errno = code;
+    err.pending_func_1 = func_1;
+    err.pending_mess_1 = mess_1;
+    err.pending_str_param = str_param;
     return err;
 }
 
 void vorma::fail(MGErr& err, const char* mess_2, const char* func_2) {
+    if (err.pending_func_1) err.func_1 = std::exchange(err.pending_func_1, nullptr);
+    if (err.pending_mess_1) err.mess_1 = std::exchange(err.pending_mess_1, nullptr);
+    if (err.pending_str_param) err.str_param = std::exchange(err.pending_str_param, nullptr);
     err.mess_2 = mess_2;
     err.func_2 = func_2;
     throw err;

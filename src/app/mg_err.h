@@ -37,6 +37,11 @@ public:
     uint32_t crc_func_2 = 0;
     uint64_t repeat_count = 0;
 
+    // What error_of was given, until the error is thrown.
+    const char* pending_func_1 = nullptr;
+    const char* pending_mess_1 = nullptr;
+    const char* pending_str_param = nullptr;
+
     // Back to the state of a new object.
     void Clear();
 
@@ -73,9 +78,9 @@ private:
 // Helpers whose names others may bear too. A source file of ours says `using namespace vorma`.
 namespace vorma {
 
-// The error that an operation fills on entry; errno stays as it is. One that is called a million times makes it only
-// where it throws it.
-MGErr error_of(const std::string& func_1, const std::string& mess_1);
+// The error that an operation fills on entry. The texts must outlive it, as literals and the operation's arguments do:
+// they are copied only when fail throws it. errno stays as it is.
+MGErr error_of(const char* func_1, const char* mess_1, const char* str_param = nullptr);
 // Completes err with the failing step and throws it.
 [[noreturn]] void fail(MGErr& err, const char* mess_2, const char* func_2);
 // The same for a failed system call: takes errno and its text too, errno before anything else can change it.
@@ -86,6 +91,8 @@ MGErr error_of(const std::string& func_1, const std::string& mess_1);
 [[noreturn]] inline void fail_errno(MGErr&& err, const char* mess_2, const char* func_2) {
     fail_errno(err, mess_2, func_2);
 }
+// MGErr::RepeatCompare, in place.
+bool same_error(const MGErr& a, const MGErr& b);
 // Throws the MGErr into which the edge of `function` turns an exception that is not ours. Without memory for a new one
 // it throws the one that was made beforehand, which names no function and is the same for all: catch by reference.
 [[noreturn]] void throw_foreign(const char* function, const char* mess_2, const char* what);

@@ -207,12 +207,7 @@ std::string MGSocket::GetMac(const std::string& dev) {
 void MGSocket::Ioctl(MGErr& err, int sock, unsigned long request, void* arg, const char* mess, const char* func) {
     at_edge("MGSocket::Ioctl", [&] {
         if (ioctl(sock, request, arg) >= 0) return;
-        const int code = errno;
-        if (mess) err.mess_2 = mess;
-        if (func) err.func_2 = func;
-        err.err_code = code;
-        err.err_description = std::strerror(code);
-        throw err;
+        fail_errno(err, mess ? mess : err.mess_2.c_str(), func ? func : err.func_2.c_str());
     });
 }
 

@@ -1,6 +1,8 @@
 // The place of the provider's library, and its texts.
 #include "net/provider.h"
 
+#include "app/mg_err.h"
+
 #include <iconv.h>
 #include <memory>
 #include <vector>
@@ -30,10 +32,10 @@ std::string convert(std::string text, const char* from, const char* to, size_t o
 
 std::string Ansi1251toUtf8(std::string text) {
     const size_t output_size = text.size() * 4 + 12;
-    return convert(std::move(text), "CP1251", "UTF-8", output_size);
+    return at_edge("Ansi1251toUtf8", [&] { return convert(std::move(text), "CP1251", "UTF-8", output_size); });
 }
 
 std::string Utf8toAnsi1251(std::string text) {
     const size_t output_size = text.size() + 9;
-    return convert(std::move(text), "UTF-8", "CP1251", output_size);
+    return at_edge("Utf8toAnsi1251", [&] { return convert(std::move(text), "UTF-8", "CP1251", output_size); });
 }

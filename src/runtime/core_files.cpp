@@ -32,8 +32,7 @@ void write_in_one_call(MGErr& err, FileDescriptor& fd, const uint8_t* data, size
 }
 
 HeapBuffer load(const char* file, size_t& size) {
-    MGErr err = error_of("ReadFile", "Ошибка чтения данных из файла");
-    err.str_param = file;
+    MGErr err = error_of("ReadFile", "Ошибка чтения данных из файла", file);
 
     const FileDescriptor fd = open_regular(err, file, "Ошибка выполнения открытия файла", "open", "O_RDONLY");
     const off_t length = size_and_rewind(fd.get());
@@ -67,8 +66,7 @@ UnfinishedFile::~UnfinishedFile() {
 }
 
 void vorma::write_file(const char* file, const uint8_t* data, size_t size, Partial partial) {
-    MGErr err = error_of("WriteFile", "Ошибка функции записи данных в файл");
-    err.str_param = file;
+    MGErr err = error_of("WriteFile", "Ошибка функции записи данных в файл", file);
     FileDescriptor fd(open(file, O_CREAT | O_RDWR | O_TRUNC | O_CLOEXEC, file_mode));
     if (fd.get() < 0)
         fail_errno(err, "Ошибка создания файла", "open",
@@ -100,8 +98,7 @@ int64_t MGFile::SizeFile(const char* name) {
 
 void MGFile::MakeDir(const char* path) {
     at_edge("MGFile::MakeDir", [&] {
-        MGErr err = error_of("MakeDir", "Ошибка функции создания директории");
-        err.str_param = path;
+        MGErr err = error_of("MakeDir", "Ошибка функции создания директории", path);
         if (mkdir(path, S_IRWXU | S_IRWXG | S_IROTH | S_IXOTH) != 0 && errno != EEXIST)
             fail_errno(err, "Ошибка создания директории", "mkdir", "S_IRWXU|S_IRWXG|S_IROTH|S_IXOTH");
     });
@@ -128,8 +125,7 @@ void MGFile::IfNotExistMakeDirRecursive(const std::string& path) {
 
 void MGFile::GetEnv(const char* name, std::string& value) {
     at_edge("MGFile::GetEnv", [&] {
-        MGErr err = error_of("GetEnv", "Ошибка функции получения переменной окружения");
-        err.str_param = name;
+        MGErr err = error_of("GetEnv", "Ошибка функции получения переменной окружения", name);
         const char* found = std::getenv(name);
         if (!found) fail(err, "Ошибка получения значения домашнего каталога пользователя", "getenv");
         value = found;
@@ -173,8 +169,7 @@ void MGFile::WriteFile(const char* file, const uint8_t* data, size_t size) {
 
 void MGFile::AddFile(const char* file, const uint8_t* data, size_t size) {
     at_edge("MGFile::AddFile", [&] {
-        MGErr err = error_of("AddFile", "Ошибка функции добавления данных в файл");
-        err.str_param = file;
+        MGErr err = error_of("AddFile", "Ошибка функции добавления данных в файл", file);
         FileDescriptor fd(open(file, O_CREAT | O_RDWR | O_CLOEXEC, file_mode));
         if (fd.get() < 0)
             fail_errno(err, "Ошибка открытия файла", "open", "O_CREAT|O_RDWR, S_IRUSR|S_IWUSR|S_IRGRP|S_IWGRP|S_IROTH");
@@ -198,16 +193,14 @@ void MGFile::CopyFile(const std::string& from, const std::string& to) {
 
 void MGFile::RemoveFile(const char* file) {
     at_edge("MGFile::RemoveFile", [&] {
-        MGErr err = error_of("RemoveFile", "Ошибка функции удаления файла");
-        err.str_param = file;
+        MGErr err = error_of("RemoveFile", "Ошибка функции удаления файла", file);
         if (unlink(file) != 0) fail_errno(err, "Ошибка удаления файла", "unlink");
     });
 }
 
 void MGFile::RenameFile(const char* from, const char* to) {
     at_edge("MGFile::RenameFile", [&] {
-        MGErr err = error_of("RenameFile", "Ошибка функции переименования файла");
-        err.str_param = from;
+        MGErr err = error_of("RenameFile", "Ошибка функции переименования файла", from);
         err.opt_param = to;
         if (rename(from, to) != 0) fail_errno(err, "Ошибка переименования файла", "rename");
     });

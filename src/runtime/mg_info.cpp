@@ -31,7 +31,7 @@ std::string MGInfo::GetString() const {
     std::string text;
     for (const MGLine& line : m_lines) {
         text += line.name;
-        if (line.value != empty_value) text += ": " + line.value;
+        if (line.value != empty_value) text.append(": ").append(line.value);
         AddSlashN(text);
     }
     return text;

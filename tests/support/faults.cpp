@@ -170,7 +170,6 @@ FALLIBLE(int, usleep, (useconds_t time), (time), , -1)
 FALLIBLE(int, clock_nanosleep, (clockid_t clock, int flags, const timespec* time, timespec* left),
          (clock, flags, time, left), , errno)
 FALLIBLE(tm*, localtime_r, (const time_t* time, tm* parts), (time, parts), noexcept, nullptr)
-FALLIBLE(void*, dlopen, (const char* file, int mode), (file, mode), noexcept, nullptr)
 FALLIBLE(iconv_t, iconv_open, (const char* to, const char* from), (to, from), , iconv_t(-1))
 FALLIBLE(size_t, iconv, (iconv_t cd, char** in, size_t* in_left, char** out, size_t* out_left),
          (cd, in, in_left, out, out_left), , size_t(-1))
@@ -242,6 +241,14 @@ extern "C" WEAK int close(int fd) {
     static const auto real = next<int(int)>("close");
     const int result = real(fd);
     return fails(Sort::call, "close", EIO) ? -1 : result;
+}
+
+// The loader itself is not ours to test: without memory it forgets what it has.
+extern "C" WEAK void* dlopen(const char* file, int mode) noexcept {
+    static const auto real = next<void*(const char*, int)>("dlopen");
+    if (fails(Sort::call, "dlopen", EIO)) return nullptr;
+    const faults::Pause pause;
+    return real(file, mode);
 }
 
 // A child process goes its way untouched.
