@@ -107,7 +107,7 @@ void search() {
     text += "\n>";
     std::string found;
     compare(
-        "340 KB of marks searched / one pass of find", 6.0,
+        "340 KB of marks searched / one pass of find", 2.0,
         [&] {
             for (size_t pos = 0; MGFile::FindSubString(text, pos, "<", ">", found, false);) {
             }

@@ -1,9 +1,9 @@
 // The runtime class: files, paths, text, numbers, dates, processes, reports and the log. A cheap object with empty
 // defaults: whoever needs a file operation makes one for the length of a call; only LogFileGlobal (app/log.h) lives as
 // long as the process. Operations that keep no state are static. MGSocket derives from it; nothing is virtual.
-// An argument taken by value may be an element of a result.
 // Failures are MGErr. Names are byte strings as the system takes them, text is UTF-8; a const char* argument is never
-// null unless its operation says so. The sections bear the names of the source files that hold them.
+// null unless its operation says so; an argument taken by value may be an element of a result. The sections bear the
+// names of the source files that hold them.
 //
 // Threads: any may call what is static, and two objects know nothing of each other. Of one object several threads may
 // at once write to the logs and the result file, ask for repeated errors and exchange signals, with settings and names
