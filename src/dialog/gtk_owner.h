@@ -15,6 +15,11 @@ struct GtkPathFree {
 };
 using GtkPath = std::unique_ptr<GtkTreePath, GtkPathFree>;
 
+struct GtkUnref {
+    void operator()(gpointer object) const { g_object_unref(object); }
+};
+using GtkListStorePtr = std::unique_ptr<GtkListStore, GtkUnref>; // one reference
+
 // A window that is destroyed at the end of its scope.
 struct GtkWindowDestroy {
     void operator()(GtkWidget* window) const { gtk_widget_destroy(window); }

@@ -1,6 +1,8 @@
 // Mends the toolkit's inputs by handlers that come before its own.
 #include "dialog/input_habits.h"
 
+#include "dialog/drop_down.h"
+
 #include <string>
 
 namespace {
@@ -135,8 +137,12 @@ void mend(GtkWidget* input, GtkWidget* window) {
         g_signal_connect(input, "scroll-event", G_CALLBACK(leave_wheel_to_page), window);
     if ((GTK_IS_SPIN_BUTTON(input) || GTK_IS_TREE_VIEW(input)) && gtk_widget_get_ancestor(input, GTK_TYPE_NOTEBOOK))
         g_signal_connect(input, "key-press-event", G_CALLBACK(leave_page_keys_to_notebook), nullptr);
-    if (GTK_IS_COMBO_BOX_TEXT(input) && !gtk_combo_box_get_has_entry(GTK_COMBO_BOX(input)))
-        let_rows_shrink(GTK_CELL_LAYOUT(input));
+    if (GTK_IS_COMBO_BOX_TEXT(input)) {
+        if (gtk_combo_box_get_has_entry(GTK_COMBO_BOX(input)))
+            prepare_drop_down(GTK_COMBO_BOX(input));
+        else
+            let_rows_shrink(GTK_CELL_LAYOUT(input));
+    }
     if (GTK_IS_ENTRY(input)) g_signal_connect(input, "insert-text", G_CALLBACK(insert_one_line), nullptr);
     if (GTK_IS_TREE_VIEW(input)) mend_double_clicks(input);
     if (GTK_IS_RADIO_BUTTON(input)) {

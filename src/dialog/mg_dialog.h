@@ -7,10 +7,11 @@
 // Used on the toolkit's thread only.
 #pragma once
 
-#include <gtk/gtk.h>
+#include "dialog/gtk_owner.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <stack>
 #include <string>
 #include <vector>
@@ -87,6 +88,9 @@ public:
     void SetEntryInvisible(const char* id);
 
     void ComboBoxTextAppend(const char* id, const char* text);
+    // The same for all texts, at once. Combo boxes of this window that get the same vector into an empty list share its
+    // rows, until one of them changes; the vector must live as long as this object and may only grow.
+    void ComboBoxTextAppendAll(const char* id, const std::vector<std::string>& texts);
     void ComboBoxTextRemoveAll(const char* id);
     char* ComboBoxTextGet(const char* id) const; // allocated: Free; or null
     void ComboBoxSetNum(const char* id, int32_t index);
@@ -236,7 +240,10 @@ public:
     void TreeStoreExpandRow(GtkTreeView* view); // the current row, one level
 
 private:
+    GtkListStore* OwnRows(GtkComboBox* combo) const;
     bool MakeBuilder();
     void Finish(bool added, GError* error, const char* object_id);
     void DestroyHiddenWindows();
+
+    std::map<const std::vector<std::string>*, GtkListStorePtr> shared_rows_;
 };

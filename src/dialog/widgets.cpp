@@ -69,41 +69,6 @@ void MGDialog::SetEntryInvisible(const char* id) {
     if (id) gtk_entry_set_visibility(GTK_ENTRY(GetObject(id)), FALSE);
 }
 
-// --- Combo boxes ---
-
-void MGDialog::ComboBoxTextAppend(const char* id, const char* text) {
-    if (id && text) gtk_combo_box_text_append_text(GTK_COMBO_BOX_TEXT(GetObject(id)), ValidText(text).get());
-}
-
-void MGDialog::ComboBoxTextRemoveAll(const char* id) {
-    if (id) gtk_combo_box_text_remove_all(GTK_COMBO_BOX_TEXT(GetObject(id)));
-}
-
-char* MGDialog::ComboBoxTextGet(const char* id) const {
-    return id ? gtk_combo_box_text_get_active_text(GTK_COMBO_BOX_TEXT(GetObject(id))) : nullptr;
-}
-
-void MGDialog::ComboBoxSetNum(const char* id, int32_t index) {
-    if (id) gtk_combo_box_set_active(GTK_COMBO_BOX(GetObject(id)), index);
-}
-
-int32_t MGDialog::ComboBoxGetNum(const char* id) const {
-    return id ? gtk_combo_box_get_active(GTK_COMBO_BOX(GetObject(id))) : 0;
-}
-
-const char* MGDialog::ComboBoxGetId(const char* id) const {
-    return id ? gtk_combo_box_get_active_id(GTK_COMBO_BOX(GetObject(id))) : nullptr;
-}
-
-std::string MGDialog::ComboBoxGetIdStr(const char* id) const {
-    const char* row_id = ComboBoxGetId(id);
-    return row_id ? row_id : "";
-}
-
-void MGDialog::ComboBoxSetId(const char* id, const char* row_id) {
-    if (id) gtk_combo_box_set_active_id(GTK_COMBO_BOX(GetObject(id)), row_id);
-}
-
 // --- Buttons, focus, adjustments ---
 
 void MGDialog::ToggleButtonSet(const char* id, bool value) {

@@ -127,9 +127,7 @@ void add_vector_to_vector(const History& source, History& history) {
 }
 
 void init_combo_box(MGDialog* dialog, const char* combo, const History& history) {
-    at_edge("init_combo_box", [&] {
-        for (const std::string& text : history) dialog->ComboBoxTextAppend(combo, text.c_str());
-    });
+    at_edge("init_combo_box", [&] { dialog->ComboBoxTextAppendAll(combo, history); });
 }
 
 void profile_set_vector(const MGContext* context, History& names, History& ids) {
