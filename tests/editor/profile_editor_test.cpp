@@ -9,6 +9,8 @@
 
 #include <algorithm>
 #include <array>
+#include <ctime>
+#include <map>
 #include <sstream>
 
 namespace {
@@ -288,6 +290,66 @@ TEST_F(ProfileEditor, ChoosesACatalogAndAFileThatKeepsItsBareName) {
 }
 
 } // namespace
+
+GtkWidget* list_on_top() {
+    GtkWidget* grabbing = gtk_grab_get_current();
+    return GTK_IS_WINDOW(grabbing) && gtk_window_get_window_type(GTK_WINDOW(grabbing)) == GTK_WINDOW_POPUP ? grabbing
+                                                                                                           : nullptr;
+}
+
+void press(UiWindow window, guint keyval) {
+    GdkEvent* event = gdk_event_new(GDK_KEY_PRESS);
+    event->key.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(window.widget())));
+    event->key.keyval = keyval;
+    gdk_event_set_device(event, gdk_seat_get_keyboard(gdk_display_get_default_seat(gdk_display_get_default())));
+    gtk_main_do_event(event);
+    gdk_event_free(event);
+}
+
+// Warnings of the toolkit and errors of the X server fail any test of windows.
+TEST_F(Histories, OfferAnyNumberOfRowsOnTheScreenAndInProportion) {
+    show({"own"});
+    config().recv_radio = true;
+    std::map<int, double> cost;
+    std::map<int, int> height;
+    for (const int rows : {3, 3000, 6000}) {
+        init_recv_ip = {std::string(300, '1')};
+        for (int row = 1; row < rows; ++row) init_recv_ip.push_back("10.0." + std::to_string(row));
+        const std::clock_t begin = std::clock();
+        configure([&](UiWindow window) {
+            EXPECT_EQ(window.combo_rows("combo_recv_ip"), init_recv_ip);
+            GtkComboBox* combo = GTK_COMBO_BOX(window.find("combo_recv_ip"));
+            ConfigDialog->SetFocusToProblemWidget("entry_recv_ip");
+            gtk_combo_box_popup(combo);
+            while (gtk_events_pending()) gtk_main_iteration();
+            GtkWidget* list = list_on_top();
+            ASSERT_NE(list, nullptr);
+            height[rows] = gtk_widget_get_allocated_height(list);
+            EXPECT_LE(gtk_widget_get_allocated_width(list), gtk_widget_get_allocated_width(GTK_WIDGET(combo)));
+            gtk_combo_box_popdown(combo);
+            cost[rows] = static_cast<double>(std::clock() - begin);
+
+            GtkWidget* entry = window.find("entry_recv_ip");
+            GdkEvent* focus = gdk_event_new(GDK_FOCUS_CHANGE);
+            focus->focus_change.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(entry)));
+            focus->focus_change.in = TRUE;
+            gtk_widget_send_focus_change(entry, focus); // there is no window manager to give it
+            gdk_event_free(focus);
+            for (const guint key : {GDK_KEY_0, GDK_KEY_period, GDK_KEY_2}) press(window, key);
+            while (!list_on_top()) gtk_main_iteration();
+            EXPECT_EQ(gtk_tree_model_iter_n_children(
+                          gtk_entry_completion_get_model(gtk_entry_get_completion(GTK_ENTRY(entry))), nullptr),
+                      rows == 3 ? 1 : 1000);
+            press(window, GDK_KEY_Escape); // closes these rows, not the dialog
+            EXPECT_EQ(list_on_top(), nullptr);
+            EXPECT_EQ(window.entry("entry_recv_ip"), "0.2");
+            window.click(cancel);
+        });
+    }
+    EXPECT_LT(height[3], height[6000] / 3);
+    EXPECT_LE(height[6000], gdk_window_get_height(gdk_get_default_root_window()));
+    EXPECT_LE(cost[6000], 2.5 * cost[3000]);
+}
 
 TEST_F(Histories, GatherEachTextOnceInTheOrderOfTheProfiles) {
     context.config_dir = GOLDEN;
