@@ -123,7 +123,6 @@ bool MGSocket::RecvData(int sock, std::vector<uint8_t>& data, uint64_t only_equa
         data.clear();
         try {
             TestEqualAndLess(err, only_equal, less_then);
-            limit_sends(sock, m_output_timeout);
             const uint64_t size = RecvCode(sock);
             TestEqualAndLessForRecv(err, only_equal, less_then, size);
             SendCode(sock, 0);
