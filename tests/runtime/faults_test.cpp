@@ -2,16 +2,18 @@
 #include "support/faults.h"
 
 #include "app/log.h"
+#include "runtime/descriptor_io.h"
 #include "runtime/mg_info.h"
 #include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
+#include <string_view>
 
 namespace {
 
-const std::string content = "what is delivered", old = "what was there before";
+const std::string content = "delivered", old = "what was there before";
 
 // "from" holds what is delivered and its signature, "to" an old copy and a numbered one.
 struct World {
@@ -72,7 +74,10 @@ struct Row {
 #__VA_ARGS__, [](World & w) { __VA_ARGS__; }                                                                   \
     }
 
+const char* row_name; // of the row at work
+
 void each_fault(const Row& row, void (*check)(World&, bool)) {
+    row_name = row.name;
     for_each_fault(
         row.name, [] { return std::make_unique<World>(); }, [&](auto& w) { row.run(*w); },
         [&](auto& w, bool done) { check(*w, done); });
@@ -100,9 +105,31 @@ TEST(Delivery, LosesNothingWhateverFails) {
         each_fault(row, [](World& w, bool done) {
             const auto all = w.contents();
             EXPECT_TRUE(all.contains(content) && all.contains(old) && all.contains("older"));
+            const bool delivers = std::string_view(row_name).find("SameFile") != std::string_view::npos;
+            const std::multiset<std::string> before = {content, "signature", old, "older"};
+            EXPECT_TRUE(all == before || done || !delivers) << "a stump";
+            const std::string renamed = w.target + ".tmp";
+            const bool told = w.dir.read("log").find(renamed + "\n" + w.target + "\n") != std::string::npos;
+            EXPECT_TRUE(told || !std::filesystem::exists(renamed));
             if (!done) w.file.CloseFileBuf();
         });
 }
+
+// Until the bytes themselves are written, the old ones stand.
+TEST(Overwriting, KeepsTheOldContentOnAFullDisk) {
+    const Row row = {"overwrite_file", [](World& w) {
+                         const auto* data = reinterpret_cast<const uint8_t*>(content.data());
+                         MGErr err = vorma::error_of("overwrite_file", "");
+                         const char* failed = vorma::overwrite_file(w.target.c_str(), data, content.size());
+                         if (failed) vorma::fail_errno(err, "", failed);
+                     }};
+    each_fault(row, [](World& w, bool done) {
+        const std::string point = faults::last_point();
+        const bool begun = point.starts_with("write") || point.starts_with("ftruncate") || point.starts_with("close");
+        EXPECT_TRUE(w.dir.read("to/file.txt") == (done ? content : old) || (begun && !done)) << point;
+    });
+}
+
 TEST(Files, LeaveNothingBehindWhateverFails) {
     const Row rows[] = {
         OF(w.file.WriteFile(w.other.c_str(), w.bytes(), 3)),
