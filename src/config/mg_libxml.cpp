@@ -253,27 +253,26 @@ bool MGLibxml::IsChildren(const xmlNode* node, const char* name) const {
 
 namespace {
 
+MGLibxml::Text get_prop(const Operation& operation, const xmlNode* node, const char* name) {
+    const XmlReports reports;
+    MGLibxml::Text text(xmlGetProp(node, xml(name)));
+    if (!text || reports.any())
+        operation.fails("Не удалось получить значение свойства", "xmlGetProp", name, "", &reports);
+    return text;
+}
+
 // The value of an attribute, in the document where it stands there as one piece, which is how the parser leaves it.
 class Value {
 public:
-    Value(const Operation& operation, const xmlNode* node, const char* name) {
-        const xmlAttr* attribute = xmlHasProp(node, xml(name));
+    Value(const Operation& operation, const xmlAttr* attribute, const char* name) {
         if (!attribute) operation.fails("Не удалось получить значение свойства", "xmlGetProp", name);
         const xmlNode* content = attribute->children;
         const bool whole = content && !content->next && content->type == XML_TEXT_NODE && content->content;
-        if (!whole) copy_ = get_prop(operation, node, name);
+        if (!whole) copy_ = get_prop(operation, attribute->parent, name);
         text_ = plain(whole ? content->content : copy_.get());
     }
 
     const char* text() const { return text_; }
-
-    static MGLibxml::Text get_prop(const Operation& operation, const xmlNode* node, const char* name) {
-        const XmlReports reports;
-        MGLibxml::Text text(xmlGetProp(node, xml(name)));
-        if (!text || reports.any())
-            operation.fails("Не удалось получить значение свойства", "xmlGetProp", name, "", &reports);
-        return text;
-    }
 
 private:
     MGLibxml::Text copy_;
@@ -282,19 +281,27 @@ private:
 
 } // namespace
 
+const xmlAttr* MGLibxml::find_prop(const xmlNode* node, const char* name) const {
+    const bool is_next = next_prop_ && next_prop_->parent == node && xmlStrEqual(next_prop_->name, xml(name));
+    const xmlAttr* found = is_next ? next_prop_ : xmlHasProp(node, xml(name));
+    next_prop_ = found ? found->next : nullptr;
+    return found;
+}
+
 bool MGLibxml::IsProp(const xmlNode* node, const char* name) const {
     return xmlHasProp(node, xml(name)) != nullptr;
 }
 
 MGLibxml::Text MGLibxml::GetTextProp(const xmlNode* node, const char* name) const {
     return at_edge("MGLibxml::GetTextProp", [&] {
-        return Value::get_prop({"Ошибка получения свойства раздела", "GetTextProp"}, node, name);
+        return get_prop({"Ошибка получения свойства раздела", "GetTextProp"}, node, name);
     });
 }
 
 std::string MGLibxml::GetStringProp(const xmlNode* node, const char* name) const {
     return at_edge("MGLibxml::GetStringProp", [&] {
-        return std::string(Value({"Ошибка получения свойства раздела", "GetTextProp"}, node, name).text());
+        return std::string(
+            Value({"Ошибка получения свойства раздела", "GetTextProp"}, find_prop(node, name), name).text());
     });
 }
 
@@ -313,7 +320,7 @@ uint64_t MGLibxml::GetNumber64Prop(const xmlNode* node, const char* name) const 
 void MGLibxml::GetNumberPropExt(const xmlNode* node, const char* name, void* value, bool is_64) const {
     at_edge("MGLibxml::GetNumberPropExt", [&] {
         const Operation operation{"Ошибка получения свойства раздела", "GetNumberPropExt"};
-        const Value text(operation, node, name);
+        const Value text(operation, find_prop(node, name), name);
         try {
             if (is_64)
                 *static_cast<uint64_t*>(value) = std::stoul(text.text());

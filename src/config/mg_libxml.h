@@ -93,4 +93,9 @@ private:
     };
     XmlLibrary library_; // outlives the document
     std::unique_ptr<xmlDoc, DocumentFreed> document_;
+
+    // The attribute of that name, or null. Readers mostly ask in the file's order, so the one behind the last is tried
+    // first.
+    const xmlAttr* find_prop(const xmlNode* node, const char* name) const;
+    mutable const xmlAttr* next_prop_ = nullptr;
 };

@@ -5,6 +5,7 @@
 #include "app/mg_err.h"
 #include "config/master_file.h"
 #include "config/profile_file.h"
+#include "dialog/busy.h"
 #include "dialog/make_dialog.h"
 #include "runtime/mg_file.h"
 
@@ -26,9 +27,13 @@ void told_over(MGDialog* dialog, const char* function, Step&& step) {
 
 void save_all_config_data(MGDialog* dialog) {
     told_over(dialog, "save_all_config_data", [] {
+        const Busy busy;
         write_config_file(Context);
         const int count = static_cast<int>(Context->profiles.size());
-        for (int index = 0; index < count; ++index) write_profile_file(Context, index);
+        for (int index = 0; index < count; ++index) {
+            Busy::step();
+            write_profile_file(Context, index);
+        }
     });
 }
 

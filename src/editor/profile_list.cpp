@@ -3,6 +3,7 @@
 
 #include "app/mg_context.h"
 #include "config/saving.h"
+#include "dialog/busy.h"
 #include "dialog/make_dialog.h"
 #include "dialog/mg_dialog.h"
 #include "dialog/open_dialogs.h"
@@ -97,6 +98,7 @@ void make_default(GtkListStore* store, const char* path) {
     ProfileDialog->TreeModelGetBoolean(COLUMN_DEFAULT, &is_default);
     if (is_default) return;
 
+    const Busy busy;
     const int clicked = ProfileDialog->TreeModelGetIndex();
     const int rows = ProfileDialog->ListStoreGetNumRows(store);
     for (int row = 0; row < rows; ++row) {
