@@ -12,6 +12,7 @@
 #include "editor/profile_list.h"
 
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <gtk/gtk.h>
 #include <memory>
@@ -41,6 +42,16 @@ void read_configuration() {
                 [&](MGErr& err) { advise_on_profile_file(err, *Context, index); });
 }
 
+// Tells the terminal what keeps the program from showing any window: in Russian where the locale's charset has the
+// letters, else in English, which every charset has.
+void tell(const char* russian, const char* english) {
+    const char* charset = nullptr;
+    g_get_charset(&charset);
+    char* converted = g_convert(russian, -1, charset, "UTF-8", nullptr, nullptr, nullptr);
+    std::fprintf(stderr, "vormaqscfg: %s\n", converted ? converted : english);
+    g_free(converted);
+}
+
 // From an empty context to the end of the main loop.
 void run_editor() {
     init_vorma_catalogs(Context, "vormaqscfg.log");
@@ -63,14 +74,15 @@ int main(int argc, char** argv) {
     const auto context = std::make_unique<MGContext>();
     Context = context.get();
     if (!gtk_init_check(&argc, &argv)) {
-        g_printerr("vormaqscfg: графический дисплей недоступен: запустите программу в графическом сеансе "
-                   "или задайте переменную DISPLAY\n");
+        tell("графический дисплей недоступен: запустите программу в графическом сеансе или задайте переменную DISPLAY",
+             "there is no graphical display: start the program in a graphical session, or set the variable DISPLAY");
         return EXIT_FAILURE;
     }
     const std::unique_ptr<MGDialog> window(make_dialog("window_profile"));
     ProfileDialog = window.get();
     if (!ProfileDialog->window) {
-        g_printerr("vormaqscfg: описание главного окна не загружено, программа собрана неправильно\n");
+        tell("описание главного окна не загружено, программа собрана неправильно",
+             "the main window's definition could not be loaded, the program was built wrongly");
     } else {
         try {
             at_edge("main", run_editor);

@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <cinttypes>
+#include <clocale>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -39,6 +40,29 @@ MGErr foreign_error(const char* function, const char* mess_2, const char* what) 
 // Made while there is memory.
 const std::exception_ptr no_memory =
     std::make_exception_ptr(foreign_error("", "Исключение библиотеки STD", "std::bad_alloc"));
+
+// While it lives, the C library gives this thread its texts in UTF-8. The language stays the locale's: a charset without
+// the letters of the language would turn them into question marks before we could convert them.
+class Utf8Texts {
+public:
+    Utf8Texts() {
+        const locale_t global = duplocale(LC_GLOBAL_LOCALE);
+        locale_ = global ? newlocale(LC_CTYPE_MASK, "C.UTF-8", global) : locale_t{};
+        if (!locale_ && global) freelocale(global);
+        if (locale_) former_ = uselocale(locale_);
+    }
+    ~Utf8Texts() {
+        if (!locale_) return;
+        uselocale(former_);
+        freelocale(locale_);
+    }
+    Utf8Texts(const Utf8Texts&) = delete;
+    Utf8Texts& operator=(const Utf8Texts&) = delete;
+
+private:
+    locale_t locale_{};
+    locale_t former_{};
+};
 
 } // namespace
 
@@ -125,6 +149,17 @@ MGErr vorma::error_of(const char* func_1, const char* mess_1, const char* str_pa
     return err;
 }
 
+std::string vorma::system_error_text(int code) {
+    char buffer[256];
+    return system_text([&] { return strerror_r(code, buffer, sizeof buffer); });
+}
+
+std::string vorma::system_text(const std::function<const char*()>& text) {
+    const Utf8Texts utf8;
+    const char* found = text();
+    return found ? found : "";
+}
+
 void vorma::fail(MGErr& err, const char* mess_2, const char* func_2) {
     if (err.pending_func_1) err.func_1 = std::exchange(err.pending_func_1, nullptr);
     if (err.pending_mess_1) err.mess_1 = std::exchange(err.pending_mess_1, nullptr);
@@ -137,7 +172,7 @@ void vorma::fail(MGErr& err, const char* mess_2, const char* func_2) {
 void vorma::fail_errno(MGErr& err, const char* mess_2, const char* func_2, const char* opt_param) {
     const int code = errno;
     err.err_code = code;
-    err.err_description = std::strerror(code);
+    err.err_description = system_error_text(code);
     if (*opt_param) err.opt_param = opt_param;
     fail(err, mess_2, func_2);
 }

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <string>
 #include <utility>
 
@@ -81,6 +82,11 @@ namespace vorma {
 // The error that an operation fills on entry. The texts must outlive it, as literals and the operation's arguments do:
 // they are copied only when fail throws it. errno stays as it is.
 MGErr error_of(const char* func_1, const char* mess_1, const char* str_param = nullptr);
+// The text of a code of errno. Like all texts of the system that an error takes, it is in the user's language, and in
+// UTF-8 whatever the charset of the locale.
+std::string system_error_text(int code);
+// The text that `text` gets from the C library, in the same way: of dlerror or gai_strerror. Empty for null.
+std::string system_text(const std::function<const char*()>& text);
 // Completes err with the failing step and throws it.
 [[noreturn]] void fail(MGErr& err, const char* mess_2, const char* func_2);
 // The same for a failed system call: takes errno and its text too, errno before anything else can change it.

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <mutex>
+#include <new>
 #include <string>
 #include <thread>
 
@@ -99,7 +100,11 @@ void XmlReports::refuse(const char* why, int line, int column) {
 }
 
 void XmlReports::add_errno(int code) {
-    keep(code, std::strerror(code), 0, 0);
+    try {
+        keep(code, vorma::system_error_text(code).c_str(), 0, 0);
+    } catch (const std::bad_alloc&) { // the library, which is C, may be the caller
+        keep(code, "", 0, 0);
+    }
 }
 
 void XmlReports::keep(int code, const char* text, int line, int column) {

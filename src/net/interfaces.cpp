@@ -123,7 +123,7 @@ void MGSocket::GetIps(std::string domain, std::vector<std::string>& ips) {
         addrinfo* list = nullptr;
         if (const int code = getaddrinfo(domain.c_str(), nullptr, &hints, &list); code != 0) {
             err.err_code = code;
-            err.err_description = gai_strerror(code);
+            err.err_description = system_text([&] { return gai_strerror(code); });
             fail(err, "Ошибка функции получения списка IP адресов", "getaddrinfo");
         }
         const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> owner(list, freeaddrinfo);

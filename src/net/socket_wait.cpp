@@ -61,7 +61,7 @@ template <class Error>
 [[noreturn]] void fail_with_cause(const Error& error, int cause, const char* func_2) {
     MGErr err = error();
     err.err_code = cause;
-    if (cause != 0) err.err_description = std::strerror(cause);
+    if (cause != 0) err.err_description = system_error_text(cause);
     fail(err, "Ошибка получения данных из сетевого соединения", func_2);
 }
 

@@ -76,8 +76,8 @@ private:
 // errno is cleared before the call: a failure need not set it.
 [[noreturn]] void fail_dl(MGErr& err, const char* mess_2, const char* func_2) {
     err.err_code = errno;
-    const char* description = dlerror();
-    err.err_description = description ? description : "(null)";
+    err.err_description = system_text(dlerror);
+    if (err.err_description.empty()) err.err_description = "(null)";
     fail(err, mess_2, func_2);
 }
 

@@ -8,9 +8,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <clocale>
 #include <cstdarg>
 #include <cstring>
 #include <map>
+#include <netdb.h>
 #include <regex>
 #include <sstream>
 #include <stdexcept>

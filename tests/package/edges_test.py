@@ -7,7 +7,7 @@ import sys
 
 # Told as they are in their headers: errors and reports are values that are made inside edges, the DER reader gives codes.
 WITHOUT = re.compile(r"MGErr::|MGInfo::|der_|parse_der_struct|get_der_param|compare_oid|get_oid_str|(mem|str)_alloc|"
-                     r"error_of|fail|throw_foreign|string_to_int$|.*WithQuestion$")
+                     r"error_of|fail|throw_foreign|system_(error_)?text|string_to_int$|.*WithQuestion$")
 DEFINITION = re.compile(r"^(?![\s/#}])[^\n;{}]*?\b((?:MG\w+::)?\w+)\(([^{};]*)\)(?: const)? \{(?:([^\n]*)\}|\n(.*?)^\})",
                         re.MULTILINE | re.DOTALL)
 # What makes memory or throws, and an edge.
