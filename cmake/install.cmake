@@ -1,4 +1,8 @@
 # What `cmake --install` puts where. Two components: the editor, and the runtime that the service is built on.
+# Libraries lie in Debian's folder of the architecture, below /usr/local too, where its tools look as well.
+if(CMAKE_LIBRARY_ARCHITECTURE)
+    set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE} CACHE PATH "")
+endif()
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -13,13 +17,19 @@ install(FILES data/vormaqscfg.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/appli
 install(FILES data/vormaqscfg.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo COMPONENT editor)
 install(FILES data/vormaqscfg.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT editor)
 install(FILES data/ru/vormaqscfg.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/ru/man1 COMPONENT editor)
-install(DIRECTORY docs/ru DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT editor)
+install(DIRECTORY docs/ru DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT editor
+    PATTERN *.head.html EXCLUDE)
+if(GUIDE_HTML)
+    install(FILES ${GUIDE_HTML} DESTINATION ${CMAKE_INSTALL_DOCDIR}/ru COMPONENT editor)
+endif()
 install(DIRECTORY data/demo/config DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT editor)
 
-# The picture is drawn from the vector file: rsvg-convert -w 128 data/vormaqscfg.svg -o data/vormaqscfg.png
+# The pictures are drawn from the vector file by scripts/icons.
 set(icons ${CMAKE_INSTALL_DATADIR}/icons/hicolor)
 install(FILES data/vormaqscfg.svg DESTINATION ${icons}/scalable/apps COMPONENT editor)
-install(FILES data/vormaqscfg.png DESTINATION ${icons}/128x128/apps COMPONENT editor)
+foreach(size 16 22 24 32 48 64 128 256)
+    install(FILES data/icons/${size}.png DESTINATION ${icons}/${size}x${size}/apps RENAME vormaqscfg.png COMPONENT editor)
+endforeach()
 
 # --- The runtime ---
 
@@ -44,7 +54,16 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/vorma_runtimeConfigVersio
 install(FILES cmake/vorma_runtimeConfig.cmake ${PROJECT_BINARY_DIR}/vorma_runtimeConfigVersion.cmake
     DESTINATION ${package} COMPONENT runtime)
 
+# With the prefix of the very installation, which may be another than that of the build.
+install(CODE "
+    set(PROJECT_VERSION ${PROJECT_VERSION})
+    set(CMAKE_INSTALL_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR})
+    set(CMAKE_INSTALL_LIBDIR ${CMAKE_INSTALL_LIBDIR})
+    configure_file(\"${PROJECT_SOURCE_DIR}/cmake/vorma_runtime.pc.in\" \"${PROJECT_BINARY_DIR}/vorma_runtime.pc\" @ONLY)" COMPONENT runtime)
+install(FILES ${PROJECT_BINARY_DIR}/vorma_runtime.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT runtime)
+install(DIRECTORY examples/service DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libvorma-runtime-dev/examples COMPONENT runtime)
+
 # --- Outside the prefix ---
 
 # The program reads its window's icon from this path, whatever the prefix. The last, since only root may do it.
-install(FILES data/vormaqscfg.png DESTINATION /opt/selunara/vormaqs/icons COMPONENT editor)
+install(FILES data/icons/128.png DESTINATION /opt/selunara/vormaqs/icons RENAME vormaqscfg.png COMPONENT editor)

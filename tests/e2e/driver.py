@@ -1,5 +1,5 @@
 """Drives the built editor from outside, as a user's tools would: widgets are found on the accessibility bus, clicks
-and keys go through the X server, and a small window manager gives the focus. Run it inside dbus-run-session."""
+and keys go through the X server, and a small window manager gives the focus. Run it by tests/support/session."""
 
 import os
 import pathlib
@@ -63,12 +63,9 @@ class Desktop:
         os.close(write)
         with os.fdopen(read) as number:
             os.environ["DISPLAY"] = ":" + number.readline().strip()
-        os.environ.update(HOME=str(self.home), XDG_RUNTIME_DIR=str(self.folder), LC_ALL="C.UTF-8",
+        os.environ.update(HOME=str(self.home), LC_ALL="C.UTF-8",
                           GTK_THEME="Adwaita", GDK_BACKEND="x11")
-        # The accessibility bus is a socket of one fixed name there: sessions that share the place take it from each
-        # other.
-        self.run("dbus-update-activation-environment", "XDG_RUNTIME_DIR")
-        for name in ("NO_AT_BRIDGE", "WAYLAND_DISPLAY", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"):
+        for name in ("NO_AT_BRIDGE", "WAYLAND_DISPLAY"):
             os.environ.pop(name, None)
         self.manager = subprocess.Popen(["openbox"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         wait_for("the window manager",
@@ -78,15 +75,15 @@ class Desktop:
 
     def __exit__(self, *_):
         for process in (self.manager, self.server):
-            process.kill()
+            process.terminate()  # the server removes its lock and socket then
             process.wait()
         shutil.rmtree(self.folder)
 
     def with_opt(self, opt, program):
         """A command that starts the program where the directory opt is the machine's /opt; not for root alone."""
         command = self.folder / "with_opt"
-        user = "" if os.geteuid() == 0 else "--map-root-user"
-        command.write_text(f"#!/bin/sh\nexec unshare {user} --mount sh -c 'mount --bind {opt} /opt && exec {program}'\n")
+        user = "" if os.geteuid() == 0 else "--map-current-user --keep-caps"
+        command.write_text(f"#!/bin/sh\nexec unshare {user} --mount sh -c 'mount --bind \"$0\" /opt && exec \"$1\"' '{opt}' '{program}'\n")
         command.chmod(0o755)
         return str(command)
 
