@@ -12,7 +12,6 @@
 #include <cstdarg>
 #include <cstring>
 #include <map>
-#include <netdb.h>
 #include <regex>
 #include <sstream>
 #include <stdexcept>
@@ -234,6 +233,22 @@ TEST(Edge, TurnsForeignExceptionsIntoErrors) {
               "Непонятная ошибка\nИсключение библиотеки STD\nMGFile::X\nstd::bad_alloc\n");
     EXPECT_EQ(text_at_edge([] { throw 1; }), "Непонятная ошибка\nЛюбое исключение\nMGFile::X\n");
     EXPECT_THROW(vorma::at_edge("X", [] { throw MGExit(-7); }), MGExit);
+}
+
+// The locales are made for the test: a machine seldom has them.
+TEST(MGErr, TextsOfTheSystemAreUtf8InEveryCharset) {
+    const TempDir dir;
+    setenv("LOCPATH", dir.path().c_str(), 1);
+    for (const std::string charset : {"KOI8-R", "ISO-8859-1"}) {
+        const std::string locale = "ru_RU." + charset;
+        const std::string make = "localedef -c -i ru_RU -f " + charset + " " + dir.path(locale) + " 2>/dev/null";
+        [[maybe_unused]] const int warned = std::system(make.c_str());
+        ASSERT_TRUE(std::setlocale(LC_ALL, locale.c_str())) << locale;
+        EXPECT_EQ(vorma::system_error_text(ENOENT), "Нет такого файла или каталога") << charset;
+    }
+    std::setlocale(LC_ALL, "C");
+    unsetenv("LOCPATH");
+    EXPECT_EQ(vorma::system_error_text(ENOENT), "No such file or directory");
 }
 
 } // namespace
