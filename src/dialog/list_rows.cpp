@@ -20,27 +20,24 @@ std::vector<int32_t> rows_to_move(const MGDialog& dialog, GtkListStore* store) {
     return row < 0 ? std::vector<int32_t>{} : std::vector<int32_t>{row};
 }
 
-// Towards the head the rows go from the first on, towards the tail from the last back: so a row that is still to be
-// moved is not displaced by an earlier move, and the numbers stay right. Whether rows moved.
+// Moves the rows by `distance`, all at once: a list that is told of each costs a walk over all its rows. The current
+// row is then the one next to which the last was put, by the order from the side to which they go.
+void move_by(MGDialog& dialog, GtkListStore* store, const std::vector<int32_t>& rows, int32_t distance) {
+    std::vector<int> order = order_after_move(dialog.ListStoreGetNumRows(store), rows, distance);
+    gtk_list_store_reorder(store, order.data());
+    dialog.ListStoreGetRowIndex(store, distance < 0 ? rows.back() + distance + 1 : rows.front() + distance - 1);
+}
 
+// Whether rows moved.
 bool move_towards_head(MGDialog& dialog, GtkListStore* store, const std::vector<int32_t>& rows, int32_t distance) {
-    if (rows.empty() || rows.front() == 0) return false;
-    for (const int32_t row : rows) {
-        GtkTreeIter own;
-        if (find_child(GTK_TREE_MODEL(store), nullptr, row, own) && dialog.ListStoreGetRowIndex(store, row - distance))
-            gtk_list_store_move_before(store, &own, &dialog.list_iter);
-    }
+    if (rows.empty() || rows.front() == 0 || rows.back() >= dialog.ListStoreGetNumRows(store)) return false;
+    move_by(dialog, store, rows, -distance);
     return true;
 }
 
 bool move_towards_tail(MGDialog& dialog, GtkListStore* store, const std::vector<int32_t>& rows, int32_t distance) {
     if (rows.empty() || rows.back() >= dialog.ListStoreGetNumRows(store) - 1) return false;
-    for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
-        GtkTreeIter own;
-        if (find_child(GTK_TREE_MODEL(store), nullptr, *row, own) &&
-            dialog.ListStoreGetRowIndex(store, *row + distance))
-            gtk_list_store_move_after(store, &own, &dialog.list_iter);
-    }
+    move_by(dialog, store, rows, distance);
     return true;
 }
 

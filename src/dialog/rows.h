@@ -5,6 +5,7 @@
 #include "dialog/gtk_owner.h"
 
 #include <string>
+#include <vector>
 
 // The first index of a row's path, which in a list is its row number; -1 if the row has no path.
 inline int row_index(GtkTreeModel* model, const GtkTreeIter& row) {
@@ -42,4 +43,23 @@ inline std::string text_cell(GtkTreeModel* model, const GtkTreeIter& row, int co
     read_cell(model, row, column, &text);
     const GtkText owner(text);
     return text ? text : "";
+}
+
+// The order of `count` rows once `rows` (ascending) have moved by `distance` and the others have closed up around
+// them: the old number of each. The same as moving them one by one from the side to which they go, without the walk.
+inline std::vector<int> order_after_move(int count, const std::vector<int>& rows, int distance) {
+    constexpr int open = -1;
+    std::vector<int> order(static_cast<size_t>(count), open);
+    std::vector<bool> moved(order.size());
+    for (const int row : rows) {
+        order[static_cast<size_t>(row + distance)] = row;
+        moved[static_cast<size_t>(row)] = true;
+    }
+    size_t next = 0;
+    for (int& row : order) {
+        if (row != open) continue;
+        while (moved[next]) ++next;
+        row = static_cast<int>(next++);
+    }
+    return order;
 }

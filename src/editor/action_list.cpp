@@ -1,8 +1,10 @@
 // Adding, changing, deleting and moving the actions of a profile, and the dialog of one action.
 #include "editor/action_list.h"
 
+#include "dialog/detached_rows.h"
 #include "dialog/make_dialog.h"
 #include "dialog/open_dialogs.h"
+#include "dialog/rows.h"
 #include "editor/action_dialogs.h"
 #include "editor/handlers.h"
 #include "editor/histories.h"
@@ -62,8 +64,10 @@ void delete_actions(GtkTreeView* view) {
 
     const std::vector<int32_t> rows = ConfigDialog->TreeModelGetSelectedIndex();
     Actions& actions = working_actions();
-    if (rows.size() == static_cast<size_t>(count))
-        for (auto row = rows.rbegin(); row != rows.rend(); ++row) actions.erase(actions.begin() + *row);
+    if (rows.size() == static_cast<size_t>(count)) {
+        int32_t row = 0;
+        std::erase_if(actions, [&](const MGAction&) { return std::ranges::binary_search(rows, row++); });
+    }
     ConfigDialog->ListStoreDeleteSelection(store);
 }
 
@@ -75,24 +79,14 @@ void invert_active(GtkListStore* store, const char* path) {
     ConfigDialog->ListStoreSetBoolean(store, COLUMN_ACTIVE, !active);
 }
 
-// Moves the element at `from` so that it ends at `to`; those between give way.
-void move_action(Actions& actions, int from, int to) {
-    const auto begin = actions.begin();
-    if (to < from)
-        std::rotate(begin + to, begin + from, begin + from + 1);
-    else
-        std::rotate(begin + from, begin + from + 1, begin + to + 1);
-}
-
 enum class Move { top, up, down, bottom };
 
-// Moves the selected actions with the gaps between them, in the store and in the vector. The walk begins on the side
-// to which they move, so that no action is displaced before its turn.
+// Moves the selected actions with the gaps between them, in the store and in the vector.
 void move_actions(GtkTreeView* view, Move move) {
     GtkListStore* store = nullptr;
     if (!ConfigDialog->TreeViewGetSelection(view, &store)) return;
     const int count = ConfigDialog->TreeViewGetCountSelection();
-    std::vector<int32_t> rows = ConfigDialog->TreeModelGetSelectedIndex();
+    const std::vector<int32_t> rows = ConfigDialog->TreeModelGetSelectedIndex();
     if (count < 1 || rows.size() != static_cast<size_t>(count)) return;
 
     const int to_top = rows.front();
@@ -121,8 +115,11 @@ void move_actions(GtkTreeView* view, Move move) {
         break;
     }
     if (!moved) return;
-    if (!towards_head) std::reverse(rows.begin(), rows.end());
-    for (int row : rows) move_action(working_actions(), row, row + distance);
+    Actions& actions = working_actions();
+    Actions ordered;
+    for (const int row : order_after_move(static_cast<int>(actions.size()), rows, distance))
+        ordered.push_back(std::move(actions[static_cast<size_t>(row)]));
+    actions = std::move(ordered);
 }
 
 bool type_is_missing(MGDialog* dialog) {
@@ -161,6 +158,7 @@ void customize_action() {
 
 void show_actions(MGDialog& dialog, const std::vector<MGAction>& actions) {
     GtkListStore* store = GTK_LIST_STORE(dialog.GetObject("active_list_store"));
+    const DetachedRows detached(dialog, store);
     for (const MGAction& action : actions) {
         dialog.ListStoreAppend(store);
         show_action(dialog, store, action);

@@ -122,7 +122,8 @@ void add_string_to_vector(const std::string& text, History& history) {
 
 void add_vector_to_vector(const History& source, History& history) {
     at_edge("add_vector_to_vector", [&] {
-        for (const std::string& text : source) add_string_to_vector(text, history);
+        Gathering gathering(history);
+        for (const std::string& text : source) gathering.add(text);
     });
 }
 

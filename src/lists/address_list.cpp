@@ -1,6 +1,7 @@
 // The list of a gateway's addresses and the dialog of one address.
 #include "lists/address_list.h"
 
+#include "dialog/detached_rows.h"
 #include "dialog/make_dialog.h"
 #include "dialog/open_dialogs.h"
 #include "editor/histories.h"
@@ -114,9 +115,12 @@ void edit_list_adrs_ext(bool server, bool is_virtual) {
         dialog->user_data2 = &copy;
         dialog->find_active = is_virtual;
         GtkListStore* store = GTK_LIST_STORE(dialog->GetObject("adrs_list_store"));
-        for (const MGListAdrs& address : copy) {
-            dialog->ListStoreAppend(store);
-            fill_adrs_address(store, true, address, is_virtual);
+        {
+            const DetachedRows detached(*dialog, store);
+            for (const MGListAdrs& address : copy) {
+                dialog->ListStoreAppend(store);
+                fill_adrs_address(store, true, address, is_virtual);
+            }
         }
         if (dialog.RunOk()) list = std::move(copy);
     });

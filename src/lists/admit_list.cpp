@@ -2,6 +2,7 @@
 #include "lists/admit_list.h"
 
 #include "app/mg_err.h"
+#include "dialog/detached_rows.h"
 #include "dialog/make_dialog.h"
 #include "dialog/open_dialogs.h"
 #include "editor/histories.h"
@@ -97,9 +98,12 @@ void run_list(unsigned mode, MGConfig& config, std::vector<Element>& list) {
     dialog->user_data2 = &copy;
 
     GtkListStore* store = get_admit_list_store(top(), mode);
-    for (const Element& element : copy) {
-        dialog->ListStoreAppend(store);
-        of_type<Element>.fill_row(dialog.get(), store, true, element, mode);
+    {
+        const DetachedRows detached(*dialog, store);
+        for (const Element& element : copy) {
+            dialog->ListStoreAppend(store);
+            of_type<Element>.fill_row(dialog.get(), store, true, element, mode);
+        }
     }
     const AdmitMode& kind = admit_mode(mode);
     if (kind.label) dialog->SetLabel("label_admit_name", kind.label);

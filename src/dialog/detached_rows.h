@@ -1,0 +1,39 @@
+// Takes a list off its views while many of its rows are written, since a view follows every cell. For lists that have
+// no selection yet: a view forgets it. On the toolkit's thread only.
+#pragma once
+
+#include "dialog/mg_dialog.h"
+
+#include <vector>
+
+class DetachedRows {
+public:
+    // All views of the dialog's window that show the store.
+    DetachedRows(const MGDialog& dialog, GtkListStore* store) : store_(store) {
+        GSList* objects = gtk_builder_get_objects(dialog.builder);
+        for (GSList* item = objects; item; item = item->next) {
+            if (!GTK_IS_TREE_VIEW(item->data)) continue;
+            GtkTreeView* view = GTK_TREE_VIEW(item->data);
+            if (gtk_tree_view_get_model(view) != GTK_TREE_MODEL(store)) continue;
+            views_.push_back({view, gtk_tree_view_get_search_column(view)});
+            gtk_tree_view_set_model(view, nullptr);
+        }
+        g_slist_free(objects);
+    }
+    ~DetachedRows() {
+        for (const View& view : views_) {
+            gtk_tree_view_set_model(view.view, GTK_TREE_MODEL(store_));
+            gtk_tree_view_set_search_column(view.view, view.search_column); // forgotten with the list
+        }
+    }
+    DetachedRows(const DetachedRows&) = delete;
+    DetachedRows& operator=(const DetachedRows&) = delete;
+
+private:
+    struct View {
+        GtkTreeView* view;
+        int search_column;
+    };
+    GtkListStore* store_; // the builder has it
+    std::vector<View> views_;
+};
