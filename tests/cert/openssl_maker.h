@@ -11,18 +11,17 @@
 #include <openssl/x509v3.h>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 using Bytes = std::vector<uint8_t>;
 
 // "30 05 ab" or "3005ab".
 inline Bytes hex(const std::string& digits) {
-    std::string packed;
-    for (char c : digits)
-        if (c != ' ') packed += c;
-    Bytes bytes;
-    for (size_t i = 0; i + 1 < packed.size(); i += 2)
-        bytes.push_back(static_cast<uint8_t>(std::stoul(packed.substr(i, 2), nullptr, 16)));
+    Bytes bytes(digits.size());
+    size_t size = 0;
+    OPENSSL_hexstr2buf_ex(bytes.data(), bytes.size(), &size, digits.c_str(), ' ');
+    bytes.resize(size);
     return bytes;
 }
 
@@ -36,31 +35,22 @@ inline Bytes text(const std::string& value) {
     return {value.begin(), value.end()};
 }
 
-// One item: identifier byte, length in its shortest form, content.
+// One item: identifier byte, length in one or three bytes, content.
 inline Bytes item(uint8_t identifier, const Bytes& content) {
     const size_t size = content.size();
     Bytes head = {identifier};
-    if (size > 0xff)
-        head.insert(head.end(), {0x82, static_cast<uint8_t>(size >> 8)});
-    else if (size > 0x7f)
-        head.push_back(0x81);
+    if (size > 0x7f) head.insert(head.end(), {0x82, static_cast<uint8_t>(size >> 8)});
     head.push_back(static_cast<uint8_t>(size));
     return join({head, content});
 }
 
-template <auto release>
-struct Release {
-    template <class T>
-    void operator()(T* object) const {
-        release(object);
-    }
-};
-using X509Owner = std::unique_ptr<X509, Release<X509_free>>;
-using RequestOwner = std::unique_ptr<X509_REQ, Release<X509_REQ_free>>;
+template <class T, auto release>
+using Owner = std::unique_ptr<T, std::integral_constant<decltype(release), release>>;
+using X509Owner = Owner<X509, X509_free>;
 
 // One key for all.
 inline EVP_PKEY* test_key() {
-    static const std::unique_ptr<EVP_PKEY, Release<EVP_PKEY_free>> key(EVP_RSA_gen(2048));
+    static const Owner<EVP_PKEY, EVP_PKEY_free> key(EVP_RSA_gen(2048));
     return key.get();
 }
 
@@ -93,7 +83,7 @@ certificatePolicies = 1.2.3.4,2.5.29.32.0
 subjectAltName = DNS:a.example,email:b@example.org,IP:192.0.2.255,DNS:c.example,URI:http://d.example/,IP:::1,\
                  otherName:1.2.3.4.5;UTF8:Other,otherName:1.2.643.3.131.1.1;IA5:12,RID:1.2.3
 2.5.29.16 = ASN1:SEQUENCE:period
-1.3.6.1.4.1.32473.2.3.5 = DER:30:07:80:02:01:02:82:01:07
+1.3.6.1.4.1.32473.2.3.5 = DER:301980020102A110A40E300C310A300806035504030C0178820107
 1.2.3.4.5 = DER:05:00
 [ period ]
 from = IMPLICIT:0,GENERALIZEDTIME:20210131235958Z
@@ -102,8 +92,8 @@ to = IMPLICIT:1,GENERALIZEDTIME:20310201000102Z
 keyUsage = keyEncipherment
 extendedKeyUsage = clientAuth
 )";
-    static const std::unique_ptr<CONF, Release<NCONF_free>> conf(NCONF_new(nullptr));
-    static const std::unique_ptr<BIO, Release<BIO_free>> bio(BIO_new_mem_buf(text, -1));
+    static const Owner<CONF, NCONF_free> conf(NCONF_new(nullptr));
+    static const Owner<BIO, BIO_free> bio(BIO_new_mem_buf(text, -1));
     static const bool loaded = NCONF_load_bio(conf.get(), bio.get(), nullptr) == 1;
     if (!loaded) throw std::invalid_argument(text);
     return conf.get();
@@ -132,9 +122,7 @@ X509Owner make_cert(Modify&& modify) {
 
 // One with names of all sorts and every extension that is read.
 inline void fill_all(X509* cert) {
-    std::unique_ptr<BIGNUM, Release<BN_free>> serial(BN_new());
-    BN_set_bit(serial.get(), 159);
-    BN_to_ASN1_INTEGER(serial.get(), X509_get_serialNumber(cert));
+    ASN1_INTEGER_set_uint64(X509_get_serialNumber(cert), UINT64_MAX);
     fill_name(X509_get_subject_name(cert));
     X509V3_CTX context;
     X509V3_set_ctx(&context, cert, cert, nullptr, nullptr, 0);
