@@ -76,10 +76,20 @@ TEST_F(RecordDialogsTest, TakesARecordOnceAllIsRightAndChangesItInItsPlace) {
     config.fs_allow[0].name = "Клиент";
     MGConfig expected = config;
     // The checksums are the published one of "123456789" and zlib's.
-    expected.admit = {{"CN=Петров,O=ООО Ромашка", true, "10.0.0.1", "", 65535, 0xdda712a9}};
-    expected.gw_admit = {{"CN=new", false, "", "", 0, 0x8f43a850}};
-    expected.fc_queue.push_back({"123456789", "/in", "/out", true, true, "/t", false, 0xcbf43926});
-    expected.fs_allow.push_back({true, "Клиент", "123456789", "", {}, {}, 0xcbf43926});
+    expected.admit = {{.subject = "CN=Петров,O=ООО Ромашка",
+                       .use_server = true,
+                       .ip = "10.0.0.1",
+                       .port = 65535,
+                       .crc_subject = 0xdda712a9}};
+    expected.gw_admit = {{.subject = "CN=new", .crc_subject = 0x8f43a850}};
+    expected.fc_queue.push_back({.id = "123456789",
+                                 .in_dir = "/in",
+                                 .out_dir = "/out",
+                                 .out_sign = true,
+                                 .save_ticket = true,
+                                 .ticket_dir = "/t",
+                                 .crc_id = 0xcbf43926});
+    expected.fs_allow.push_back({.name = "Клиент", .login = "123456789", .crc_login = 0xcbf43926});
     for (const RecordDialog& row : dialogs) {
         add();
         expect_checks(script, row.dialog, row.ok, row.checks);
@@ -110,8 +120,8 @@ TEST_F(RecordDialogsTest, TakesARecordOnceAllIsRightAndChangesItInItsPlace) {
 
 TEST_F(RecordDialogsTest, JudgesTheWholeKeyThatTheEntryIsTooShortForUntilItIsTouched) {
     const std::string whole(40, 'q'), shown(32, 'q');
-    config.fc_queue = {{whole, "/in", "/out", true, false, "/t", false, 0},
-                       {shown, "", "", false, false, "", false, 0}};
+    config.fc_queue = {{.id = whole, .in_dir = "/in", .out_dir = "/out", .out_sign = true, .ticket_dir = "/t"},
+                       {.id = shown}};
     const std::vector<Check> rows[] = {
         {{"entry_ticket_dir="}},
         {{"entry_id_queue=;entry_id_queue=" + shown, queue_exists, "entry_id_queue", true}, {"entry_id_queue=q"}}};
@@ -246,8 +256,8 @@ TEST_F(AddressListTest, EditsTheListOfItsButtonAndHandsItOverOnOk) {
     init_recv_domen = {"a.example"};
     init_sub_net = {"10.0.0.0/24"};
     init_virtual_ip = {"10.9.0.1/16"};
-    const MGListAdrs old = {"10.0.0.1", "b.example", "10.0.0.0/24", "старый"};
-    for (const AddressList& list : address_lists) config.*list.side.*list.list = {old, {"", "c.example", "", ""}};
+    const MGListAdrs old{.ip = "10.0.0.1", .domen = "b.example", .net = "10.0.0.0/24", .name = "старый"};
+    for (const AddressList& list : address_lists) config.*list.side.*list.list = {old, {.domen = "c.example"}};
     for (const AddressList& list : address_lists) {
         for (const char* answer : {"button_adrs_cancel", "button_adrs_ok"}) {
             SCOPED_TRACE(std::string(list.opener) + " " + answer);
@@ -255,8 +265,9 @@ TEST_F(AddressListTest, EditsTheListOfItsButtonAndHandsItOverOnOk) {
             if (answer == std::string("button_adrs_ok"))
                 expected.*list.side.*list.list =
                     list.is_virtual // what such a list does not show stays as it was
-                        ? Addresses{{"10.0.0.1/8", "b.example", "10.0.0.0/24", "новый"}, {"10.1.1.0/24", "", "", "имя"}}
-                        : Addresses{{"", "b.example", "", "новый"}, {"", "", "10.1.1.0/24", "имя"}};
+                        ? Addresses{{.ip = "10.0.0.1/8", .domen = "b.example", .net = "10.0.0.0/24", .name = "новый"},
+                                    {.ip = "10.1.1.0/24", .name = "имя"}}
+                        : Addresses{{.domen = "b.example", .name = "новый"}, {.net = "10.1.1.0/24", .name = "имя"}};
             script.when("dialog_adrs", [&](UiWindow window) {
                 EXPECT_EQ(window.title(), list.is_virtual ? "Список виртуальных адресов" : "Список внутренних адресов");
                 EXPECT_EQ(rows_of(window, "adrs_view"),
@@ -348,11 +359,14 @@ const ListKind lists[] = {
 
 MGConfig every_list() {
     MGConfig config;
-    config.admit = {{"s1", true, "10.0.0.1", "a.example", 65535}, {"s2", false, "10.0.0.2", "", 0}};
+    config.admit = {{.subject = "s1", .use_server = true, .ip = "10.0.0.1", .domen = "a.example", .port = 65535},
+                    {.subject = "s2", .ip = "10.0.0.2"}};
     config.gw_admit = config.admit;
-    config.fc_queue = {{"q1", "/in", "/out", true, false, "/t", false}, {"q2", "/i", "/o", false, true, "", true}};
-    config.fs_allow = {{true, "Клиент 1", "one", "secret", config.admit, config.fc_queue},
-                       {false, "Клиент 2", "two", "", {}, {}}};
+    config.fc_queue = {{.id = "q1", .in_dir = "/in", .out_dir = "/out", .out_sign = true, .ticket_dir = "/t"},
+                       {.id = "q2", .in_dir = "/i", .out_dir = "/o", .save_ticket = true, .out_ticket_sign = true}};
+    config.fs_allow = {
+        {.name = "Клиент 1", .login = "one", .hash = "secret", .admit = config.admit, .queue = config.fc_queue},
+        {.active = false, .name = "Клиент 2", .login = "two"}};
     return config;
 }
 

@@ -74,11 +74,14 @@ protected:
         std::filesystem::create_directory(dir.path("result"));
         LogFileGlobal.SetResultDir(dir.path("result").c_str());
         Context = &context;
-        config.admit = {{"CN=Один", true, "10.0.0.1", "", 65535}, {"CN=Два", false, "10.0.0.2", "", 1}};
+        config.admit = {{.subject = "CN=Один", .use_server = true, .ip = "10.0.0.1", .port = 65535},
+                        {.subject = "CN=Два", .ip = "10.0.0.2", .port = 1}};
         config.gw_admit = {config.admit[0]};
-        const MGQueue queue = {"q1", "/in", "/out", true, false, "/tickets", false};
-        config.fs_allow = {{true, "Первый", "first", "secret", {config.admit[0]}, {queue}}};
-        config.gw_client.adrs = config.gw_server.virt = {{"10.0.0.1", "a.example", "10.0.0.0/24", "шлюз"}};
+        const MGQueue queue{.id = "q1", .in_dir = "/in", .out_dir = "/out", .out_sign = true, .ticket_dir = "/tickets"};
+        config.fs_allow = {
+            {.name = "Первый", .login = "first", .hash = "secret", .admit = {config.admit[0]}, .queue = {queue}}};
+        config.gw_client.adrs =
+            config.gw_server.virt = {{.ip = "10.0.0.1", .domen = "a.example", .net = "10.0.0.0/24", .name = "шлюз"}};
     }
     ~ReportsTest() override { Context = nullptr; }
 

@@ -85,8 +85,8 @@ TEST(TransferFile, ComesBackAsItWasWritten) {
 TEST(TransferClients, ComeBackAsTheyWereWritten) {
     MGDev full;
     full.device = "tun0";
-    full.adrs = {{"192.168.1.0", "", "255.255.255.0", ""}, {"192.168.2.1", "", "", ""}};
-    full.virt = {{"10.8.0.2", "", "", ""}};
+    full.adrs = {{.ip = "192.168.1.0", .net = "255.255.255.0"}, {.ip = "192.168.2.1"}};
+    full.virt = {{.ip = "10.8.0.2"}};
     full.local_adr = "10.0.0.1";
     full.virtual_adr = "10.8.0.1";
     std::string text;
@@ -330,7 +330,7 @@ TEST(DeviceReport, TellsOnlyWhatIsInForce) {
     EXPECT_EQ(device_values(config.gw_client),
               "gw_client.internal_device|gw_client.device|Да|10.1.0.6|10.1.1.1/24|Да| igmp esp ah pmi sctp|");
     MGDev router = config.gw_server;
-    router.adrs.push_back({"", "", "", "пустой"});
+    router.adrs.push_back({.name = "пустой"});
     router.virt[1].ip.clear();
     EXPECT_EQ(device_values(router),
               "gw_server.internal_device|gw_server.device|Да|address.gw_server_adrs0.name|address.gw_server_adrs0.ip|"
