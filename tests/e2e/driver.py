@@ -150,25 +150,15 @@ class Editor:
     def gone(self, title):
         wait_for(f"the window «{title}» to close", lambda: self.count(title) == 0)
 
-    def find(self, window, role, name):
-        """The visible widget of this role ("push button", "text", "table cell"…) and accessible name."""
-
-        def probe():
-            for node in walk(window):
-                if node.get_role_name() == role and node.get_state_set().contains(Atspi.StateType.VISIBLE) \
-                        and name in names(node):
-                    return node
-            return None
-
-        return wait_for(f"{role} «{name}»", probe)
+    def find(self, window, role, name, hidden=False):
+        """The widget of this role ("push button", "text", "table cell"…) and accessible name; a visible one, or a hidden one too."""
+        return wait_for(f"{role} «{name}»", lambda: next(
+            (node for node in walk(window) if node.get_role_name() == role and name in names(node)
+             and (hidden or node.get_state_set().contains(Atspi.StateType.VISIBLE))), None))
 
     def focus(self, window, role, name):
         """Gives the keyboard focus to a widget, which scrolls it into view, and gives back the widget."""
-
-        def probe():
-            return next((node for node in walk(window) if node.get_role_name() == role and name in names(node)), None)
-
-        node = wait_for(f"{role} «{name}»", probe)
+        node = self.find(window, role, name, hidden=True)
         node.get_component_iface().grab_focus()
         wait_for(f"the focus on «{name}»", lambda: node.get_state_set().contains(Atspi.StateType.FOCUSED))
         return node

@@ -1,16 +1,18 @@
 #!/usr/bin/python3
-"""An edit of each kind in the profile editor, judged in the file and again after a restart; the file is the same in
-every locale."""
+"""An edit of each kind in the profile editor, with a list over a list, judged in the file and again after a restart;
+the file is the same in every locale."""
 
 import re
 import shutil
 import sys
 import xml.etree.ElementTree as ElementTree
 
-from driver import MAIN, PROFILE, Atspi, Desktop, Editor
+from driver import MAIN, PROFILE, Atspi, Desktop, Editor, wait_for
 
 ACTION = "Окно добавления нового действия"
 CONSOLE = "Окно установки параметров консольной утилиты"
+LIST = "Список допуска"
+RECORD = "Добавление пользователя"
 
 
 def open_profile(editor):
@@ -22,6 +24,30 @@ def leave(editor, profile, button):
     editor.press(profile, button)
     editor.gone(PROFILE)
     editor.close(editor.window(MAIN))
+
+
+def add_record(editor, texts):
+    editor.press(editor.window(LIST), "Добавить")
+    record = editor.window(RECORD)
+    for label, text in texts.items():
+        editor.type_into(record, label, text)
+    editor.press(record, "OK")
+    editor.gone(RECORD)
+
+
+def add_client(editor, page):
+    """A client of the file server with a queue of its own."""
+    editor.click(editor.find(page, "radio button", "Файл-сервер"))
+    editor.press(page, "Список клиентов :")
+    add_record(editor, {"Наименование клиента :": "Верфь", "Логин :": "shipyard"})
+    editor.click(editor.find(editor.window(LIST), "table cell", "Верфь"))
+    editor.press(editor.window(LIST), "Очереди")
+    wait_for("the list over the list", lambda: editor.count(LIST) == 2)
+    add_record(editor, {"Идентификатор очереди :": "docs", "Каталог входящих :": "/in", "Каталог исходящих :": "/out"})
+    editor.press(editor.window(LIST), "OK")
+    wait_for("the list over the list to close", lambda: editor.count(LIST) == 1)
+    editor.press(editor.window(LIST), "OK")
+    editor.gone(LIST)
 
 
 def edit(desktop, locale):
@@ -46,6 +72,8 @@ def edit(desktop, locale):
         editor.choose(page, "При совпадении имен файлов :", 1)
 
         page = editor.page(profile, "TLS файл")
+        add_client(editor, page)
+        profile = editor.window(PROFILE)
         editor.click(editor.find(page, "radio button", "Файл-клиент"))
         editor.type_into(page, "Логин :", "night")
         editor.type_into(page, "Пароль :", "s3cret<&>", role="password text")
@@ -57,9 +85,7 @@ def edit(desktop, locale):
         editor.type_into(action, "Наименование :", "Выгрузка базы")
         editor.press(action, "Настроить")
         console = editor.window(CONSOLE)
-        editor.press(console, "OK")  # an empty command line is refused
-        editor.press(editor.window("Сообщение"), "OK")
-        editor.type_into(editor.window(CONSOLE), "Строка запуска :", "/usr/bin/pg_dump base")
+        editor.type_into(console, "Строка запуска :", "/usr/bin/pg_dump base")
         editor.key("Return")
         editor.gone(CONSOLE)
         editor.press(editor.window(ACTION), "OK")
@@ -82,12 +108,12 @@ with Desktop() as desktop:
 
     root = ElementTree.parse(file).getroot()
     assert root.find("settings").get("timeout_inactivity") == "4321"
-    assert root.find("log").get("syslog") == "1"
-    assert root.find("log").get("catalog") == "/var/log/vorma"
+    assert (root.find("log").get("syslog"), root.find("log").get("catalog")) == ("1", "/var/log/vorma")
     assert root.find("file_param").get("mode_same_file") == "REPLACE"
-    assert (root.find("init_timer").get("radio"), root.find("init_fc").get("radio")) == ("0", "1")
-    assert root.find("init_fc").get("login") == "night"
+    assert (root.find("init_fc").get("radio"), root.find("init_fc").get("login")) == ("1", "night")
     assert "s3cret" not in file.read_text()
+    assert root.find("fs_allow/allow").get("login") == "shipyard"
+    assert [queue.get("id") for queue in root.find("fs_allow/allow").iter("queue")] == ["docs"]
     record = root.find("actions/record")
     assert [record.get(name) for name in ("active", "type", "name")] == ["1", "CONSOLE", "Выгрузка базы"]
     assert record.find("console").get("prog") == "/usr/bin/pg_dump base"
@@ -99,8 +125,7 @@ with Desktop() as desktop:
         profile = editor.window(PROFILE)
         page = editor.page(profile, "TLS файл")
         assert editor.find(page, "radio button", "Файл-клиент").get_state_set().contains(Atspi.StateType.CHECKED)
-        login = editor.find(page, "text", "Логин :")
-        assert Atspi.Text.get_text(login, 0, -1) == "night"
+        assert Atspi.Text.get_text(editor.find(page, "text", "Логин :"), 0, -1) == "night"
         page = editor.page(profile, "Действия")
         assert "Выгрузка базы" in editor.texts(page, "table cell")
         page = editor.page(profile, "Общие")
