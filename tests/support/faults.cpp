@@ -17,6 +17,7 @@
 #include <fcntl.h>
 #include <iconv.h>
 #include <ifaddrs.h>
+#include <locale.h>
 #include <net/if.h>
 #include <netdb.h>
 #include <new>
@@ -247,20 +248,18 @@ extern "C" WEAK int close(int fd) {
     return fails(Sort::call, "close", EIO) ? -1 : result;
 }
 
-// The loader itself is not ours to test: without memory it forgets what it has.
-extern "C" WEAK void* dlopen(const char* file, int mode) noexcept {
-    static const auto real = next<void*(const char*, int)>("dlopen");
-    if (fails(Sort::call, "dlopen", EIO)) return nullptr;
-    const faults::Pause pause;
-#if defined(VORMA_SANITIZED) // which knows the loader's blocks by their caller, and that is our malloc
-    __lsan_disable();
-    void* library = real(file, mode);
-    __lsan_enable();
-    return library;
-#else
-    return real(file, mode);
-#endif
-}
+// What the C library does inside is not ours to test: without memory the loader forgets what it has, and a locale loses
+// some of it.
+#define UNDISTURBED(type, name, parameters, arguments)                                                                 \
+    extern "C" WEAK type name parameters noexcept {                                                                    \
+        static const auto real = next<type parameters>(#name);                                                         \
+        if (fails(Sort::call, #name, EIO)) return nullptr;                                                             \
+        const faults::Pause pause;                                                                                     \
+        return real arguments;                                                                                         \
+    }
+
+UNDISTURBED(void*, dlopen, (const char* file, int mode), (file, mode))
+UNDISTURBED(locale_t, newlocale, (int mask, const char* name, locale_t base), (mask, name, base))
 
 // A child process goes its way untouched.
 extern "C" WEAK pid_t fork() noexcept {
