@@ -133,7 +133,7 @@ TEST(Overwriting, KeepsTheOldContentOnAFullDisk) {
     });
 }
 
-TEST(Files, LeaveNothingBehindWhateverFails) {
+TEST(FilesAndText, LeaveNothingBehindWhateverFails) {
     const Row rows[] = {
         OF(w.file.WriteFile(w.other.c_str(), w.bytes(), 3)),
         OF(w.file.AddFile(w.other.c_str(), w.bytes(), 3)),
@@ -167,12 +167,6 @@ TEST(Files, LeaveNothingBehindWhateverFails) {
         OF_VALUES(w.file.RunExtenProgNoWait(w.program, w.words)),
         OF_VALUES(w.file.GetNumProc(w.source)),
         OF(w.file.LoadLib("libm.so.6"); w.file.GetLibFunc("cos"); w.file.UnloadLib()),
-    };
-    for (const Row& row : rows) each_fault(row, [](World&, bool) {});
-}
-
-TEST(Text, LeavesNothingBehindWithoutMemory) {
-    const Row rows[] = {
         OF(w.file.UpperUtf8(w.text); w.file.LowerUtf8(w.text)),
         OF_VALUES(w.file.CompareUtf8(w.text, w.result, false)),
         OF(w.file.CompareMaskUtf8(w.text, w.mask, false); w.file.CompareMaskUtf8(w.text, w.file_name, false)),

@@ -122,15 +122,6 @@ TEST(TextHelpers, SplitFromEitherEnd) {
     }
 }
 
-TEST(Paths, ReadTheNumberOfANumberedName) {
-    EXPECT_EQ(MGFile::GetNumberFromFileName("log~4294967295.txt", "log", ".txt"), 4294967295U);
-    for (const char* file : {"log~x.txt", "log~4294967296.txt", "log~.txt", "log~-1.txt", "a"})
-        EXPECT_EQ(MGFile::GetNumberFromFileName(file, "log", ".txt"), 0U) << file;
-    std::string rest = "a.tar.gz", tail;
-    MGFile::SplitFileNameToNameAndExt(rest, rest, tail); // in place
-    EXPECT_EQ(rest + "|" + tail, "a.tar|.gz");
-}
-
 TEST(Paths, KeepNamesSafeAndShort) {
     const struct {
         std::string given, safe, cut; // cut to 5 bytes
