@@ -6,6 +6,7 @@
 #include <clocale>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 #include <new>
 
 using namespace vorma;
@@ -41,26 +42,36 @@ MGErr foreign_error(const char* function, const char* mess_2, const char* what) 
 const std::exception_ptr no_memory =
     std::make_exception_ptr(foreign_error("", "Исключение библиотеки STD", "std::bad_alloc"));
 
-// While it lives, the C library gives this thread its texts in UTF-8. The language stays the locale's: a charset without
-// the letters of the language would turn them into question marks before we could convert them.
+// While it lives, the C library gives this thread its texts in UTF-8. The language stays the locale's: a charset
+// without the letters of the language would turn them into question marks before we could convert them. The locale for
+// it is kept, and made anew when the process has chosen another one; one thread has it at a time.
 class Utf8Texts {
 public:
-    Utf8Texts() {
-        const locale_t global = duplocale(LC_GLOBAL_LOCALE);
-        locale_ = global ? newlocale(LC_CTYPE_MASK, "C.UTF-8", global) : locale_t{};
-        if (!locale_ && global) freelocale(global);
-        if (locale_) former_ = uselocale(locale_);
+    Utf8Texts() : lock_(mutex) {
+        const char* const chosen = std::setlocale(LC_MESSAGES, nullptr);
+        if (!kept || !chosen || std::strncmp(chosen, name, sizeof name) != 0) renew(chosen ? chosen : "");
+        if (kept) former_ = uselocale(kept);
     }
     ~Utf8Texts() {
-        if (!locale_) return;
-        uselocale(former_);
-        freelocale(locale_);
+        if (former_) uselocale(former_);
     }
     Utf8Texts(const Utf8Texts&) = delete;
     Utf8Texts& operator=(const Utf8Texts&) = delete;
 
 private:
-    locale_t locale_{};
+    static void renew(const char* chosen) {
+        if (kept) freelocale(std::exchange(kept, locale_t{}));
+        std::strncpy(name, chosen, sizeof name);
+        const locale_t global = duplocale(LC_GLOBAL_LOCALE);
+        kept = global ? newlocale(LC_CTYPE_MASK, "C.UTF-8", global) : locale_t{};
+        if (!kept && global) freelocale(global);
+    }
+
+    static inline std::mutex mutex;
+    static inline locale_t kept{};
+    static inline char name[64]; // of the locale that `kept` was made for, its first bytes
+
+    const std::lock_guard<std::mutex> lock_;
     locale_t former_{};
 };
 
