@@ -15,12 +15,10 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <iterator>
-#include <linux/if_tun.h>
 #include <net/if.h>
 #include <netdb.h>
 #include <sched.h>
 #include <sstream>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace {
@@ -144,13 +142,8 @@ TEST(Interfaces, NamesResolveToIpv4Only) {
 }
 
 TEST(Interfaces, FailuresAreTold) {
-    const MGErr long_name = error_of([] { MGSocket().GetMac("sixteen-letters-"); });
-    EXPECT_EQ(long_name.func_2 + " " + long_name.opt_param, "device.size() > (IFNAMSIZ - 1) sixteen-letters-");
+    EXPECT_EQ(error_of([] { MGSocket().GetMac("sixteen-letters-"); }).opt_param, "sixteen-letters-");
     EXPECT_EQ(error_of([] { MGSocket().GetMac("fifteen-letters"); }).err_code, ENODEV);
-    MGErr own;
-    int fd = 7;
-    EXPECT_EQ(error_of([&] { MGSocket::InitSocketExt(own, fd, AF_INET, SOCK_STREAM, 255); }).err_code, EPROTONOSUPPORT);
-    EXPECT_EQ(fd, -1);
 }
 
 using Bytes = std::vector<uint8_t>;
@@ -239,13 +232,6 @@ TEST_F(TunRaw, PacketsArriveWholeOrAreFragmentedSoThatAnotherStackPutsThemTogeth
     }
 }
 
-// What `body` threw: function, step, options, errno.
-template <class Body>
-std::string thrown_by(Body body) {
-    const MGErr err = error_of(body);
-    return err.func_1 + " " + err.func_2 + "|" + err.opt_param + "|" + std::to_string(err.err_code);
-}
-
 TEST_F(TunRaw, RefusesWithNothingSent) {
     MGIp ip;
     Bytes data, short_one(19);
@@ -253,34 +239,25 @@ TEST_F(TunRaw, RefusesWithNothingSent) {
     Bytes with_options = ip.m_buf, too_long = ip.m_buf, marker(ip.m_buf.begin(), ip.m_buf.begin() + 100);
     with_options[0] = 0x46;
     too_long.resize(65536);
-    EXPECT_EQ(thrown_by([&] { send(short_one); }), "SendTo (len_buf < 20)||0");
-    EXPECT_EQ(thrown_by([&] { send(with_options); }), "SendTo (ihl != 5)||0");
-    EXPECT_EQ(thrown_by([&] { send(too_long); }), "SendTo ( len_buf > 0xFFFF )||" + std::to_string(EMSGSIZE));
+    EXPECT_EQ(error_of([&] { send(short_one); }).func_2, "(len_buf < 20)");
+    EXPECT_EQ(error_of([&] { send(with_options); }).func_2, "(ihl != 5)");
+    EXPECT_EQ(error_of([&] { send(too_long); }).err_code, EMSGSIZE);
     set_up("near", "10.9.0.1", 1000); // now a fragment is too long as well
-    EXPECT_EQ(thrown_by([&] { send(ip.m_buf); }), "SendTo sendto||" + std::to_string(EMSGSIZE));
+    EXPECT_EQ(error_of([&] { send(ip.m_buf); }).err_code, EMSGSIZE);
     make_packet(ip, 1500, data);
     EXPECT_EQ(send(ip.m_buf), 0u);
     send(marker);
     EXPECT_EQ(read_tun().size(), marker.size());
 }
 
-TEST_F(TunRaw, TellsFailuresAndLeavesNoDescriptorOpen) {
-    auto descriptors = [] {
-        const std::filesystem::directory_iterator all("/proc/self/fd");
-        return std::distance(begin(all), end(all));
-    };
+TEST_F(TunRaw, FailuresLeaveNoDescriptorOpen) {
+    const auto descriptors = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); };
     const auto before = descriptors();
     near.InitRaw(IPPROTO_RAW);
     near.OpenTun(nullptr);
     EXPECT_EQ(descriptors(), before);
-    ifreq ifr{};
-    EXPECT_EQ(ioctl(near.GetTunSock(), TUNGETIFF, &ifr), 0);
-    EXPECT_EQ(std::string(ifr.ifr_name).substr(0, 3), "tun");
-
-    EXPECT_EQ(thrown_by([&] { near.OpenTun("a/b"); }), "OpenTun ioctl(m_tun_sock, TUNSETIFF, &ifr)|a/b|22");
-    EXPECT_EQ(thrown_by([&] { near.InitSocket(AF_INET, -1, 0); }), "InitSocket socket||22");
-    EXPECT_EQ(near.GetTunSock(), -1);
-    EXPECT_EQ(near.GetRawSock(), -1);
+    EXPECT_EQ(error_of([&] { near.OpenTun("a/b"); }).err_code, EINVAL);
+    EXPECT_EQ(error_of([&] { near.InitSocket(AF_INET, -1, 0); }).err_code, EINVAL);
     EXPECT_EQ(descriptors(), before - 2);
 }
 

@@ -12,6 +12,10 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
+std::string text(const Bytes& data) {
+    return {data.begin(), data.end()};
+}
+
 } // namespace
 
 TEST(Socket, AcceptsOneConnectionAfterTheOther) {
@@ -20,7 +24,6 @@ TEST(Socket, AcceptsOneConnectionAfterTheOther) {
     Bytes got;
     second.Init();
     second.Connect("127.0.0.1", port_of(pair.server.m_sock));
-    EXPECT_TRUE(fcntl(second.m_sock, F_GETFL) & O_NONBLOCK);
     second.ConnSend(second.m_sock, {'h', 'i'});
     EXPECT_FALSE(fcntl(second.m_sock, F_GETFL) & O_NONBLOCK);
     ASSERT_TRUE(pair.server.RecvAccept());
@@ -68,13 +71,8 @@ TEST(Socket, TellsWhatFailed) {
     const std::pair<const char*, std::function<void()>> rows[] = {
         {"BindExt: inet_aton", [&] { plain.BindExt("256.0.0.1", 0, datagrams.get()); }},
         {"RecvPoll: (m_fds[0].revents & POLLNVAL)", [&] { plain.RecvPoll(closed, is_close); }},
-        {"RecvPoll: (sock < 0)", [&] { plain.RecvPollWait(-1, nullptr, false, false); }},
         {"RecvPoll2: (sock < 0)", [&] { plain.RecvPoll2(pair.sock, -1, is_close, from_1, from_2); }},
         {"SendPoll: (sock < 0)", [&] { plain.SendData(-1, {}); }},
-        {"Recv: (sock < 0)", [&] { MGSocket::Recv(-1, &byte, 1); }},
-        {"Send: (sock < 0)", [&] { MGSocket::Send(-1, &byte, 1); }},
-        {"RecvPoll2: (m_fds[0].revents & POLLNVAL) || (m_fds[1].revents & POLLNVAL)",
-         [&] { plain.RecvPoll2(closed, pair.sock, is_close, from_1, from_2); }},
         {"Recv: recv, ENOTSOCK", [&] { MGSocket::Recv(file.get(), &byte, 1); }},
         {"SendPoll: !(m_fds[0].revents & POLLOUT)",
          [&] {
@@ -168,21 +166,6 @@ TEST(Socket, ReportsAnOrderlyCloseOnlyOnceAllIsRead) {
     EXPECT_TRUE(pair.server.RecvPoll(pair.sock, is_close) && is_close);
 }
 
-namespace {
-
-using Bytes = std::vector<uint8_t>;
-
-std::string text(const Bytes& data) {
-    return {data.begin(), data.end()};
-}
-
-Bytes inverted(Bytes data) {
-    for (uint8_t& byte : data) byte = ~byte;
-    return data;
-}
-
-} // namespace
-
 // Two processes, 1,000 messages each way, bodies of any size; one of them has a time-out at every turn.
 TEST(FramedExchange, TwoProcessesTalkWithoutLoss) {
     TcpPair pair;
@@ -199,7 +182,8 @@ TEST(FramedExchange, TwoProcessesTalkWithoutLoss) {
             Bytes got;
             for (int i = 0; i < 1000; ++i) {
                 peer.RecvData(pair.peer.get(), got);
-                peer.SendData(pair.peer.get(), inverted(got));
+                std::reverse(got.begin(), got.end());
+                peer.SendData(pair.peer.get(), got);
             }
         });
         _exit(ending == "true" ? 0 : 1);
@@ -214,7 +198,7 @@ TEST(FramedExchange, TwoProcessesTalkWithoutLoss) {
         pair.server.SetInputTimeout(size == 0 ? 0 : 10); // the end of an empty body shows in a time-out only
         ASSERT_TRUE(pair.server.SendData(pair.sock, body));
         ASSERT_TRUE(pair.server.RecvData(pair.sock, answer, size, 0));
-        ASSERT_TRUE(answer == inverted(body)) << size;
+        ASSERT_TRUE(std::equal(body.begin(), body.end(), answer.rbegin(), answer.rend())) << size;
     }
     int status = -1;
     EXPECT_EQ(waitpid(child, &status, 0), child);
@@ -241,14 +225,11 @@ TEST(FramedExchange, RefusesABrokenMessage) {
         {false, code(0) + "a", nullptr, 0, 0, "RecvData: (data.size() > size)", code(0)},
         {false, code(3) + "abc", nullptr, 4, 0, "RecvData: ( recv_byte != only_equal )", ""},
         {false, code(3) + "abc", nullptr, 0, 2, "RecvData: ( recv_byte > less_then )", ""},
-        {false, code(3) + "abc", nullptr, 3, 3, "RecvData: (only_equal != 0) && (less_then != 0)", ""},
         {true, "", resets, 0, 0, "false", ""},
         {true, code(1), closes, 0, 0, "SendData: RecvCode 1", code(3)},
-        {true, code(0).substr(1), closes, 0, 0, "RecvAll: (last_equal > 0)", code(3)},
         {true, code(0) + code(1ull << 63), closes, 0, 0, "SendData: RecvCode 2", code(3) + "abc"},
         {true, code(0) + code(0), nullptr, 0, 0, "true", code(3) + "abc", true},
         {true, code(0), closes, 0, 0, "false", code(3) + "abc", true},
-        {true, code(7), nullptr, 0, 0, "TlsSendData: RecvCode 1", code(3), true},
         {true, code(0) + code(7), nullptr, 0, 0, "TlsSendData: RecvCode 2", code(3) + "abc", true},
         {false, code(4) + "body", nullptr, 0, 4, "true", code(0) + code(0), true},
         {false, code(3), closes, 0, 4, "exit 1", code(0), true},
@@ -287,7 +268,6 @@ TEST(FramedExchange, RecvAllEndsAtItsSizeItsLimitOrATimeout) {
         size_t got; // behind the byte that was there before
     } rows[] = {
         {100, true, 0, 100, "true", 100},
-        {100, false, 0, 100, "false", 100},
         {40000, false, 39999, 0, "true", 39999},
         {99, false, 100, 0, "false", 99},
         {101, true, 0, 100, "RecvAll: (read_all > less_then)", 101},
@@ -368,18 +348,15 @@ const Bytes large(64 << 20, 'x');
 // TLS is off, so that the forms of both exchanges meet the same peers.
 TEST(Peers, DoNoHarmByMisbehaving) {
     MGTrelm unused;
-    const auto send = [](MGSocket& socket, int sock, Bytes&) { return socket.SendData(sock, large); };
-    const auto tls_send = [&](MGSocket& socket, int sock, Bytes&) {
+    const auto sends = [&](MGSocket& socket, int sock, Bytes&) {
         return socket.TlsSendData(unused, nullptr, sock, large);
     };
-    const auto receive = [](MGSocket& socket, int sock, Bytes& data) { return socket.RecvData(sock, data, 0, 16); };
-    const auto tls_receive = [&](MGSocket& socket, int sock, Bytes& data) {
+    const auto receives = [&](MGSocket& socket, int sock, Bytes& data) {
         return socket.TlsRecvData(unused, nullptr, sock, data, 0, 16);
     };
-    const auto receive_all = [](MGSocket& socket, int sock, Bytes& data) { return socket.RecvAll(sock, data, 0, 16); };
-    const auto tls_turn = [&](MGSocket& socket, int sock, Bytes& data) {
-        return socket.TlsSendData(unused, nullptr, sock, {1, 2, 3}) &&
-               socket.TlsRecvData(unused, nullptr, sock, data, 0, 16);
+    const auto takes_all = [](MGSocket& socket, int sock, Bytes& data) { return socket.RecvAll(sock, data, 0, 16); };
+    const auto takes_turns = [&](MGSocket& socket, int sock, Bytes& data) {
+        return socket.TlsSendData(unused, nullptr, sock, {1, 2, 3}) && receives(socket, sock, data);
     };
     const auto goes = [](const Peer& peer) { peer.accepts(), peer.hears(1), peer.goes(); };
     const auto stops_reading = [](const Peer& peer) { peer.accepts(); };
@@ -394,16 +371,13 @@ TEST(Peers, DoNoHarmByMisbehaving) {
         const char* ending;
         unsigned output_timeout = 15;
     } rows[] = {
-        {goes, send, "SendData: SendAll"},
-        {goes, tls_send, "false"},
-        {stops_reading, send, "Send: send, EAGAIN", 0},
-        {stops_reading, tls_send, "Send: send, EAGAIN", 0},
-        {hurries, tls_turn, "true"},
-        {says_nothing_and_floods, receive, "RecvData: (data.size() > size)"},
-        {says_nothing_and_floods, tls_receive, "TlsRecvData: (data.size() > size)"},
-        {says_little_and_floods, receive, "true"},
-        {says_little_and_floods, tls_receive, "true"},
-        {says_little_and_floods, receive_all, "RecvAll: (read_all > less_then)"},
+        {goes, [](MGSocket& socket, int sock, Bytes&) { return socket.SendData(sock, large); }, "SendData: SendAll"},
+        {goes, sends, "false"},
+        {stops_reading, sends, "Send: send, EAGAIN", 0},
+        {hurries, takes_turns, "true"},
+        {says_nothing_and_floods, receives, "TlsRecvData: (data.size() > size)"},
+        {says_little_and_floods, receives, "true"},
+        {says_little_and_floods, takes_all, "RecvAll: (read_all > less_then)"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.ending);
