@@ -67,7 +67,7 @@ TEST(ConfigFaults, LeaveFilesWholeAndNothingElse) {
     } rows[] = {
         {"MGLibxml(file)", [](World& w) { MGLibxml(w.master.c_str()); }},
         {"MGLibxml(text)", [](World& w) { MGLibxml(w.document.c_str(), 0); }},
-        {"building",
+        {"building and reading",
          [](World& w) {
              MGLibxml xml;
              xml.AddDocComment("comment");
@@ -76,15 +76,10 @@ TEST(ConfigFaults, LeaveFilesWholeAndNothingElse) {
              xml.SetNumberProp(node, "n", -1);
              xml.SetContentToNode(node, "ab");
              xml.SaveString(w.text);
-             EXPECT_NE(w.text.find("<b t=\"&amp; and &lt;\" n=\"-1\">ab</b>"), std::string::npos) << w.text;
+             const MGLibxml again(w.text.c_str(), 0);
+             node = again.GetFirstChildren(again.GetRoot(), "b");
+             EXPECT_EQ(again.GetTextProp(node, "t") + again.GetStringContentFromNode(node), "& and <ab");
          }},
-        {"reading",
-         [](World& w) {
-             const MGLibxml xml(w.document.c_str(), 0);
-             xml.GetStringContentFromNode(xml.GetRoot());
-             xml.GetTextProp(xml.GetFirstChildren(xml.GetRoot(), "b"), "t");
-         }},
-        {"find_config_file", [](World& w) { find_config_file(&w.context); }},
         {"read_config_file", [](World& w) { read_config_file(&w.context); }},
         {"read_profile_file", [](World& w) { read_profile_file(&w.context, 0); }},
         {"write_config_file", [](World& w) { write_config_file(&w.context); }},

@@ -5,55 +5,20 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <limits>
 #include <string>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <thread>
 #include <vector>
 
-TEST(MGLibxml, FindsElementsByNameBetweenTextAndComments) {
-    const MGLibxml xml("<!--first--><!--second--><root> t <!--c--><b n='1'/> <a n='2'/>x<b n='3'/></root>", 0);
-    xmlNode* root = xml.GetRoot();
-    EXPECT_STREQ(xml.GetComment(), "first");
-    xmlNode* b = xml.GetFirstChildren(root, "b");
-    EXPECT_EQ(xml.GetNumberProp(b, "n"), 1);
-    b = xml.GetNextNode(b, "b");
-    EXPECT_EQ(xml.GetNumberProp(b, "n"), 3);
-    EXPECT_EQ(xml.GetNextNode(b, "b"), nullptr);
-    EXPECT_EQ(xml.GetStringContentFromNode(root), " t  x");
-}
-
 TEST(MGLibxml, ReadsNumbersAsTheStandardTextConversionsDo) {
-    const struct {
-        const char* text;
-        const char* refused_by; // null: it is a number
-        uint64_t value;         // of a 32-bit number sign-extended
-        bool is_64;
-    } rows[] = {
-        {" \t+7", nullptr, 7, false},
-        {"12abc", nullptr, 12, false},
-        {"-2147483648", nullptr, static_cast<uint64_t>(std::numeric_limits<int32_t>::min()), false},
-        {"4294967295", "stoi", 0, false},
-        {"", "stoi", 0, false},
-        {"18446744073709551615", nullptr, std::numeric_limits<uint64_t>::max(), true},
-        {"18446744073709551616", "stolu", 0, true},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.text);
-        MGLibxml xml;
-        xmlNode* root = xml.AddDocRoot("root");
-        xml.SetTextProp(root, "n", row.text);
-        uint64_t value = 0;
-        const std::string err = error_text([&] {
-            value = row.is_64 ? xml.GetNumber64Prop(root, "n") : static_cast<uint64_t>(xml.GetNumberProp(root, "n"));
-        });
-        EXPECT_EQ(err.empty(), !row.refused_by);
-        EXPECT_THAT(err, testing::HasSubstr(row.refused_by ? row.refused_by : ""));
-        EXPECT_EQ(value, row.value);
-    }
+    const MGLibxml xml("<a b=' \t+7' c='12abc' d='-2147483648' e='4294967295' f='' g='18446744073709551615'/>", 0);
+    xmlNode* root = xml.GetRoot();
+    for (const auto& [name, value] : {std::pair("b", 7), {"c", 12}, {"d", std::numeric_limits<int32_t>::min()}})
+        EXPECT_EQ(xml.GetNumberProp(root, name), value);
+    for (const char* name : {"e", "f"})
+        EXPECT_THAT(error_text([&] { xml.GetNumberProp(root, name); }), testing::HasSubstr("stoi")) << name;
+    EXPECT_EQ(xml.GetNumber64Prop(root, "g"), std::numeric_limits<uint64_t>::max());
 }
 
 namespace {
@@ -106,7 +71,6 @@ TEST(MGLibxml, RefusesHostileDocumentsAtOnceAndTellsWhy) {
         {"<a b='" + std::string(11 << 20, 'x') + "'/>", "AttValue length too long", "длинный элемент"},
         {"<a>" + repeated(5 << 20, "<b/>") + "</b>", "mismatch", "длинный документ"},
         {"<a>\n<b></a>", "mismatch: b line 2 and a (строка 2, столбец 8)", "mismatch"},
-        {"<a b='\xC3\x28'/>", "xmlReadFile", "xmlReadDoc"},
         {"\x1F\x8B\x08", "xmlReadFile", "xmlReadDoc"},
     };
     testing::internal::CaptureStderr();
@@ -126,41 +90,32 @@ TEST(MGLibxml, RefusesHostileDocumentsAtOnceAndTellsWhy) {
 
 TEST(MGLibxml, OpensAndWritesRegularFilesOnly) {
     const TempDir dir;
-    const std::string socket_name = dir.path("socket");
-    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
-    std::strcpy(address.sun_path, socket_name.c_str());
-    const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
-    ASSERT_EQ(bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
     ASSERT_EQ(mkfifo(dir.path("fifo").c_str(), 0600), 0);
     ASSERT_EQ(mkdir(dir.path("catalog").c_str(), 0700), 0);
 
     MGLibxml xml;
     xml.AddDocRoot("a");
-    for (const std::string& name : {socket_name, dir.path("fifo"), dir.path("catalog"), std::string("/dev/null")}) {
-        SCOPED_TRACE(name);
-        EXPECT_EQ(error_of([&] { MGLibxml(name.c_str()); }).err_description, "Это не обычный файл");
-        EXPECT_EQ(error_of([&] { xml.SaveFile(name.c_str()); }).mess_2, "Не удалось создать файл");
+    for (const std::string& name : {dir.path("fifo"), dir.path("catalog"), std::string("/dev/null")}) {
+        EXPECT_EQ(error_of([&] { MGLibxml(name.c_str()); }).err_description, "Это не обычный файл") << name;
+        EXPECT_EQ(error_of([&] { xml.SaveFile(name.c_str()); }).mess_2, "Не удалось создать файл") << name;
     }
-    close(fd);
     EXPECT_EQ(error_of([&] { MGLibxml(dir.path("none").c_str()); }).err_code, ENOENT);
     EXPECT_EQ(error_of([&] { xml.SaveFile(dir.path("none/a").c_str()); }).err_code, ENOENT);
 }
 
 TEST(MGLibxml, TakesANameByteForByte) {
     const TempDir dir;
-    const auto save = [&](const std::string& name, const char* root) {
-        MGLibxml xml;
-        xml.AddDocRoot(root);
-        xml.SaveFile(dir.path(name).c_str());
-    };
     const std::vector<std::string> names = {"ab", "a%62", "a%2562", "http:%41", "x?y#z", "\xFF", "a b.gz", "-"};
-    for (size_t i = 0; i < names.size(); ++i) save(names[i], ("r" + std::to_string(i)).c_str());
+    const auto root = [](size_t i) { return "r" + std::to_string(i); };
     for (size_t i = 0; i < names.size(); ++i) {
-        SCOPED_TRACE(names[i]);
-        const std::string root = "r" + std::to_string(i);
-        EXPECT_EQ(dir.read(names[i]), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<" + root + "/>\n");
+        MGLibxml xml;
+        xml.AddDocRoot(root(i).c_str());
+        xml.SaveFile(dir.path(names[i]).c_str());
+    }
+    for (size_t i = 0; i < names.size(); ++i) {
+        EXPECT_EQ(dir.read(names[i]), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<" + root(i) + "/>\n");
         const MGLibxml xml(dir.path(names[i]).c_str());
-        EXPECT_EQ(xml.GetName(xml.GetRoot()), root);
+        EXPECT_EQ(xml.GetName(xml.GetRoot()), root(i));
     }
 }
 
