@@ -128,18 +128,18 @@ class Editor:
                     yield application.get_child_at_index(j)
 
     def window(self, title):
-        """The visible window with this title, in front and with the keyboard focus. The X server is asked too: it
-        alone knows the title of a message box, which has its kind for an accessible name."""
+        """The visible window with this title, in front and with the keyboard focus; of several the one opened last,
+        even while the one below it still believes itself in front. The X server is asked too: it alone knows the title
+        of a message box, which has its kind for an accessible name."""
 
         def probe():
             if self.desktop.run("xdotool", "getactivewindow", "getwindowname").strip() != title:
                 return None
-            for window in self._windows():
-                states = window.get_state_set()
-                if states.contains(Atspi.StateType.SHOWING) and states.contains(Atspi.StateType.ACTIVE) \
-                        and (window.get_name() == title or window.get_role_name() == "alert"):
-                    return window
-            return None
+            window = [window for window in self._windows()
+                      if window.get_name() == title or window.get_role_name() == "alert"][-1]
+            states = window.get_state_set()
+            in_front = states.contains(Atspi.StateType.SHOWING) and states.contains(Atspi.StateType.ACTIVE)
+            return window if in_front else None
 
         return wait_for(f"the window «{title}»", probe)
 
