@@ -78,7 +78,7 @@ TEST(ConfigFaults, LeaveFilesWholeAndNothingElse) {
              xml.SaveString(w.text);
              const MGLibxml again(w.text.c_str(), 0);
              node = again.GetFirstChildren(again.GetRoot(), "b");
-             EXPECT_EQ(again.GetTextProp(node, "t") + again.GetStringContentFromNode(node), "& and <ab");
+             EXPECT_EQ(again.GetStringProp(node, "t") + again.GetStringContentFromNode(node), "& and <ab");
          }},
         {"read_config_file", [](World& w) { read_config_file(&w.context); }},
         {"read_profile_file", [](World& w) { read_profile_file(&w.context, 0); }},
