@@ -11,7 +11,6 @@
 
 #include <regex>
 #include <sstream>
-#include <thread>
 
 namespace {
 
@@ -180,24 +179,6 @@ TEST(TransferDocuments, RefuseATextThatTheyWouldAlter) {
     Received got;
     got.file2_header(document);
     EXPECT_EQ(got.que, fine);
-}
-
-TEST(TransferDocuments, AreMadeAndReadInSeveralThreadsAtOnce) {
-    const auto live = [] {
-        MGSend send;
-        send.file = "отчёт";
-        std::string text;
-        Received got;
-        for (int i = 0; i < 300; ++i) {
-            write_file_header(send, 1, text);
-            got.file_header(text);
-            write_file_ticket("XML", send.file, 1, {1, 2}, text);
-            EXPECT_THROW(got.file_header(text), MGErr);
-        }
-        EXPECT_EQ(got.file.name, send.file);
-    };
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < 4; ++i) threads.emplace_back(live);
 }
 
 TEST(TransferBlock, IsRefusedWithBothSums) {

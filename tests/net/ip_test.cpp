@@ -247,11 +247,6 @@ TEST(MGIp, RefusesWhatCannotBeginAPacketOrIsNoAddress) {
     for (const char* text : {static_cast<const char*>(nullptr), "", "1.2.3", "1.2.3.256", "::1", " 1.2.3.4"})
         EXPECT_EQ(condition_of([&] { MGIp::IpStrToUint32(text, false); }), "inet_pton") << (text ? text : "null");
     MGIp ip;
-    Bytes bytes = {1, 2};
-    MGIp::Append2Vector(bytes, nullptr, 3);
-    MGIp::Append2Vector(bytes, bytes.data(), 2);
-    MGIp::Data2Vector(bytes.data() + 1, 3, bytes);
-    EXPECT_EQ(bytes, (Bytes{2, 1, 2}));
     ip.Init("0123456789abcde", 14);
     EXPECT_EQ(condition_of([&] { ip.SkipEthernet(); }), "(n <= 14)");
     ip.Init("0123456789abcde", 15);
@@ -309,13 +304,6 @@ TEST(AddressSyntax, JudgesOtherText) {
     EXPECT_FALSE(string_to_int("", &value) || string_to_int("1x", &value) || value != -1);
     EXPECT_TRUE(string_to_int("0002147483647", &value) && value == 2147483647);
     EXPECT_THROW(string_to_int("2147483648", &value), std::out_of_range);
-}
-
-TEST(AddressSyntax, DumpsBytesInLinesOfSixteen) {
-    const std::string line = "00 01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F \n";
-    const uint8_t bytes[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 0xAB, 0xFF};
-    EXPECT_EQ(sprintf_buf(nullptr, 0) + sprintf_buf(bytes, 1), "\n00 \n");
-    EXPECT_EQ(sprintf_buf(bytes, 16) + sprintf_buf(bytes, 18), line + line + "AB FF \n");
 }
 
 } // namespace

@@ -60,32 +60,6 @@ TEST(Socket, BindWaitsForAPortThatIsInUse) {
     }
 }
 
-TEST(Socket, TellsWhatFailed) {
-    TcpPair pair;
-    MGSocket plain;
-    plain.SetOutputTimeout(0);
-    const vorma::FileDescriptor datagrams(socket(AF_INET, SOCK_DGRAM, 0)), file(open("/dev/null", O_RDWR));
-    const int closed = 999;
-    bool is_close, from_1, from_2;
-    uint8_t byte = 0;
-    const std::pair<const char*, std::function<void()>> rows[] = {
-        {"BindExt: inet_aton", [&] { plain.BindExt("256.0.0.1", 0, datagrams.get()); }},
-        {"RecvPoll: (m_fds[0].revents & POLLNVAL)", [&] { plain.RecvPoll(closed, is_close); }},
-        {"RecvPoll2: (sock < 0)", [&] { plain.RecvPoll2(pair.sock, -1, is_close, from_1, from_2); }},
-        {"SendPoll: (sock < 0)", [&] { plain.SendData(-1, {}); }},
-        {"Recv: recv, ENOTSOCK", [&] { MGSocket::Recv(file.get(), &byte, 1); }},
-        {"SendPoll: !(m_fds[0].revents & POLLOUT)",
-         [&] {
-             const Bytes much(1 << 20); // nobody reads
-             while (send(pair.sock, much.data(), much.size(), MSG_DONTWAIT) > 0) {
-             }
-             plain.SendPoll(pair.sock);
-         }},
-        {"Send: send, EPIPE", [&] { shutdown(pair.sock, SHUT_WR), MGSocket::Send(pair.sock, &byte, 1); }},
-    };
-    for (const auto& [ending, body] : rows) EXPECT_EQ(outcome(body), ending);
-}
-
 // What ends a wait at its third time-out, 45 seconds after its beginning. Each kind of wait has limits of its own.
 TEST(Socket, WaitsThroughTimeoutsUntilSomethingEndsIt) {
     using Event = bool(TcpPair&, MGSignal&); // true if the socket has something to say then
