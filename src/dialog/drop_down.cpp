@@ -1,7 +1,8 @@
 // Bends the toolkit's combo box and its completion to lists of any length.
 #include "dialog/drop_down.h"
 
-#include "dialog/gtk_owner.h"
+#include "dialog/input_habits.h"
+#include "dialog/rows.h"
 
 #include <cstring>
 
@@ -95,6 +96,14 @@ gboolean any_row(GtkEntryCompletion*, const char*, GtkTreeIter*, gpointer) {
     return TRUE; // its rows are the matches
 }
 
+// Takes the row as it stands, as the whole list does.
+gboolean take_match(GtkEntryCompletion* completion, GtkTreeModel* rows, GtkTreeIter* row, gpointer) {
+    GtkWidget* entry = gtk_entry_completion_get_entry(completion);
+    set_entry_text(GTK_ENTRY(entry), text_cell(rows, *row, 0).c_str());
+    gtk_editable_set_position(GTK_EDITABLE(entry), -1);
+    return TRUE;
+}
+
 // Comes before the completion, which shows its rows a moment later.
 void narrow(GtkEntry* entry, gpointer combo) {
     GtkEntryCompletion* completion = gtk_entry_get_completion(entry);
@@ -162,6 +171,7 @@ gboolean offer_matches(GtkWidget* widget, GdkEvent*, gpointer) {
     gtk_entry_completion_set_match_func(completion, any_row, nullptr, nullptr);
     gtk_entry_completion_set_text_column(completion, 0);
     shorten_in_the_middle(GTK_CELL_LAYOUT(completion));
+    g_signal_connect(completion, "match-selected", G_CALLBACK(take_match), nullptr);
     g_signal_connect(pop_up_of(completion), "event-after", G_CALLBACK(pass_press_on), nullptr);
     gtk_entry_set_completion(entry, completion);
     g_object_unref(completion); // the entry has it

@@ -49,8 +49,9 @@ const char* MGDialog::GetLabel(const char* id) const {
 void MGDialog::SetEntry(const char* id, const char* text) {
     if (!id || !text) return;
     GtkEntry* entry = GTK_ENTRY(GetObject(id));
-    set_entry_text(entry, ValidText(text).get());
-    if (entry) keep_value(entry, text);
+    const GtkText value(g_strdup(text)); // the given one may be the entry's own
+    set_entry_text(entry, ValidText(value.get()).get());
+    if (entry) keep_value(entry, value.get());
 }
 
 const char* MGDialog::GetEntry(const char* id) const {

@@ -62,7 +62,7 @@ void rename_profile(GtkTreeView* view) {
     dialog->user_data = &index;
     if (!dialog.RunOk()) return;
 
-    // The id isn't read back: it never changes, and the entry would cut one that was made longer by hand.
+    // The id isn't read back: it never changes.
     profile.name = dialog->GetEntry("entry_enter_2_name");
     ProfileDialog->ListStoreSetString(store, COLUMN_NAME, profile.name.c_str());
     save_all_config_data(Enter2Dialog);

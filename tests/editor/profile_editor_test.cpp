@@ -215,8 +215,7 @@ TEST_F(ProfileEditor, RefusesThirteenAddressesOneAfterTheOther) {
     configure();
     EXPECT_EQ(on_disk().at(0).config.recv_ip, "   ");
     configure([](UiWindow window) { // what was confirmed is offered from now on
-        EXPECT_THAT(window.combo_rows("combo_fs_ip"), Contains("10.0.0.255"));
-        EXPECT_THAT(window.combo_rows("combo_fs_ip"), Contains("   "));
+        EXPECT_THAT(window.combo_rows("combo_fs_ip"), testing::AllOf(Contains("10.0.0.255"), Contains("   ")));
         EXPECT_THAT(window.combo_rows("combo_fc_ip"), Not(Contains("10.0.0.255")));
         EXPECT_THAT(window.combo_rows("combo_gw_client_virtual_adr"), Contains("10.0.0.1/0"));
         EXPECT_THAT(window.combo_rows("combo_gw_client_internal_dev"), Not(Contains("dev200")));
@@ -255,6 +254,7 @@ TEST_F(ProfileEditor, StoresWhatNobodyTouchedByteForByteAndTheRestAsItIsShown) {
                 gtk_editable_insert_text(entry, text.c_str(), -1, &at);
             }
             for (const double value : {0, 86400}) window.set_spin("spin_send_timeout", value);
+            ConfigDialog->SetEntry("entry_catalog_log", ConfigDialog->GetEntry("entry_catalog_log"));
             window.click(ok);
         });
         EXPECT_TRUE(config() == expected) << text.substr(0, 9);
@@ -306,15 +306,13 @@ void press(UiWindow window, guint keyval) {
     gdk_event_free(event);
 }
 
-// Warnings of the toolkit and errors of the X server fail any test of windows.
 TEST_F(Histories, OfferAnyNumberOfRowsOnTheScreenAndInProportion) {
     show({"own"});
     config().recv_radio = true;
-    std::map<int, double> cost;
-    std::map<int, int> height;
+    std::map<int, double> cost, height;
     for (const int rows : {3, 3000, 6000}) {
         init_recv_ip = {std::string(300, '1')};
-        for (int row = 1; row < rows; ++row) init_recv_ip.push_back("10.0." + std::to_string(row));
+        for (int row = 1; row < rows; ++row) init_recv_ip.push_back("10.0." + std::to_string(row) + "\t");
         const std::clock_t begin = std::clock();
         configure([&](UiWindow window) {
             EXPECT_EQ(window.combo_rows("combo_recv_ip"), init_recv_ip);
@@ -323,7 +321,6 @@ TEST_F(Histories, OfferAnyNumberOfRowsOnTheScreenAndInProportion) {
             gtk_combo_box_popup(combo);
             while (gtk_events_pending()) gtk_main_iteration();
             GtkWidget* list = list_on_top();
-            ASSERT_NE(list, nullptr);
             height[rows] = gtk_widget_get_allocated_height(list);
             EXPECT_LE(gtk_widget_get_allocated_width(list), gtk_widget_get_allocated_width(GTK_WIDGET(combo)));
             gtk_combo_box_popdown(combo);
@@ -337,12 +334,15 @@ TEST_F(Histories, OfferAnyNumberOfRowsOnTheScreenAndInProportion) {
             gdk_event_free(focus);
             for (const guint key : {GDK_KEY_0, GDK_KEY_period, GDK_KEY_2}) press(window, key);
             while (!list_on_top()) gtk_main_iteration();
-            EXPECT_EQ(gtk_tree_model_iter_n_children(
-                          gtk_entry_completion_get_model(gtk_entry_get_completion(GTK_ENTRY(entry))), nullptr),
-                      rows == 3 ? 1 : 1000);
+            GtkTreeModel* matches = gtk_entry_completion_get_model(gtk_entry_get_completion(GTK_ENTRY(entry)));
+            EXPECT_EQ(gtk_tree_model_iter_n_children(matches, nullptr), rows == 3 ? 1 : 1000);
             press(window, GDK_KEY_Escape); // closes these rows, not the dialog
             EXPECT_EQ(list_on_top(), nullptr);
             EXPECT_EQ(window.entry("entry_recv_ip"), "0.2");
+            gtk_editable_delete_text(GTK_EDITABLE(entry), 2, -1);
+            while (!list_on_top()) gtk_main_iteration();
+            for (const guint key : {GDK_KEY_Down, GDK_KEY_Return}) press(window, key);
+            EXPECT_EQ(window.entry("entry_recv_ip"), "10.0.1\t") << "the row as it stands";
             window.click(cancel);
         });
     }
