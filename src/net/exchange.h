@@ -53,7 +53,7 @@ void if_not_open(const Error& error, int sock) {
 // The error of MGSocket::Recv, with errno.
 [[noreturn]] void fail_recv();
 
-// Something came: the time of inactivity counts from here.
+// Something came: the clock of inactivity counts from here, if a test has started it.
 void begin_quiet(MGSocket& socket);
 
 // Ends a send through sock that takes nothing for so many seconds.

@@ -33,24 +33,20 @@ pollfd to_read(int sock) {
     return {sock, POLLIN | POLLRDHUP, 0};
 }
 
-// SO_ERROR, which is thereby forgotten.
-template <class Error>
-int error_of_socket(const Error& error, int sock) {
+// SO_ERROR, which is thereby forgotten; -1 with errno where there is none, as on a device.
+int error_of_socket(int sock) {
     int code = 0;
     socklen_t size = sizeof code;
-    if (getsockopt(sock, SOL_SOCKET, SO_ERROR, &code, &size) < 0)
-        fail_errno(error(), "Ошибка получения результата соединения", "getsockopt");
-    return code;
+    return getsockopt(sock, SOL_SOCKET, SO_ERROR, &code, &size) < 0 ? -1 : code;
 }
 
 // Whether the connection is gone. A peer's orderly close raises no POLLHUP, and what it sent before must still be
 // read: it counts once nothing is left. A reset shows for a moment as an error alone, before the hang-up; another error
 // goes to cause.
-template <class Error>
-bool is_closed(const Error& error, const pollfd& fd, int& cause) {
+bool is_closed(const pollfd& fd, int& cause) {
     if (fd.revents & POLLHUP) return true;
     if (fd.revents & POLLERR) {
-        cause = error_of_socket(error, fd.fd);
+        cause = std::max(error_of_socket(fd.fd), 0);
         return is_connection_end(cause);
     }
     char next;
@@ -84,7 +80,7 @@ void test_limit(int64_t limit, time_t& begin, int32_t code) {
 } // namespace
 
 void vorma::begin_quiet(MGSocket& socket) {
-    if (socket.m_limit_inactive != 0) socket.m_begin_inactive = time(nullptr);
+    if (socket.m_begin_inactive != 0) socket.m_begin_inactive = time(nullptr);
 }
 
 bool MGSocket::RecvPoll(int sock, bool& is_close) {
@@ -97,7 +93,7 @@ bool MGSocket::RecvPoll(int sock, bool& is_close) {
         if (ready < 0) fail_errno(error(), "Ошибка функции ожидания сетевого соединения", "poll");
         if (ready == 0) return false;
         int cause = 0;
-        is_close = is_closed(error, m_fds[0], cause);
+        is_close = is_closed(m_fds[0], cause);
         if (is_close) return true;
         if (m_fds[0].revents & POLLERR) fail_with_cause(error, cause, "(m_fds[0].revents & POLLERR)");
         if (m_fds[0].revents & POLLNVAL)
@@ -122,7 +118,7 @@ bool MGSocket::RecvPoll2(int sock_1, int sock_2, bool& is_close, bool& from_1, b
         from_1 = m_fds[0].revents & POLLIN;
         from_2 = m_fds[1].revents & POLLIN;
         int cause = 0;
-        is_close = is_closed(error, m_fds[0], cause) || is_closed(error, m_fds[1], cause);
+        is_close = is_closed(m_fds[0], cause) || is_closed(m_fds[1], cause);
         if (is_close) return true;
         const short either = m_fds[0].revents | m_fds[1].revents;
         if (either & POLLERR)
@@ -182,8 +178,10 @@ bool MGSocket::SendPoll(int sock) {
         pollfd m_fds[] = {{sock, POLLOUT, 0}};
         if (poll_for(m_fds, m_output_timeout) < 0)
             fail_errno(error(), "Ошибка функции ожидания сетевого соединения", "poll");
-        m_connect_error = error_of_socket(error, sock);
-        if (m_connect_error != 0) return false;
+        const int code = error_of_socket(sock);
+        if (code < 0) fail_errno(error(), "Ошибка получения результата соединения", "getsockopt");
+        m_connect_error = code;
+        if (code != 0) return false;
         if (!(m_fds[0].revents & POLLOUT))
             fail(error(), "Ошибка несоответствия ожидаемого значения получения данных из сетевого соединения",
                  "!(m_fds[0].revents & POLLOUT)");

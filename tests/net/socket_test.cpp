@@ -60,6 +60,16 @@ TEST(Socket, BindWaitsForAPortThatIsInUse) {
     }
 }
 
+TEST(Socket, TellsAtOnceWhatCannotBeWaitedFor) {
+    MGSocket plain;
+    bool is_close;
+    int ends[2];
+    ASSERT_FALSE(pipe(ends) || close(ends[0]));
+    const vorma::FileDescriptor broken(ends[1]);
+    EXPECT_EQ(outcome([&] { plain.RecvPoll(broken.get(), is_close); }), "RecvPoll: (m_fds[0].revents & POLLERR)");
+    EXPECT_EQ(outcome([&] { plain.RecvPoll(-1, is_close); }), "RecvPoll: (sock < 0)");
+}
+
 // What ends a wait at its third time-out, 45 seconds after its beginning. Each kind of wait has limits of its own.
 TEST(Socket, WaitsThroughTimeoutsUntilSomethingEndsIt) {
     using Event = bool(TcpPair&, MGSignal&); // true if the socket has something to say then
@@ -103,16 +113,16 @@ TEST(Socket, CountsInactivityFromWhatCameLast) {
         TcpPair pair, quiet;
         VirtualClock clock;
         bool from_1, from_2;
-        const auto wait = [&] {
-            pair.server.RecvPollWait2(pair.sock, quiet.sock, nullptr, from_1, from_2, true, false);
-        };
-        pair.server.SetLimitInactive(40);
+        MGSocket& server = pair.server;
+        const auto wait = [&] { server.RecvPollWait2(pair.sock, quiet.sock, nullptr, from_1, from_2, true, false); };
+        server.SetLimitInactive(40);
         clock.at_timeout = [&] { return clock.timeouts == 2 && (pair.peer_sends(code(7)), true); };
-        as_code ? static_cast<void>(pair.server.RecvCode(pair.sock)) : wait();
-        char got[8];
-        if (!as_code) MGSocket::Recv(pair.sock, got, sizeof got);
+        as_code ? static_cast<void>(server.RecvCode(pair.sock)) : wait();
+        if (!as_code) recv(pair.sock, nullptr, 8, MSG_TRUNC);
         EXPECT_EQ(outcome(wait), "exit 6");
         EXPECT_EQ(clock.timeouts, 2 + 3);
+        pair.peer_sends("x"), server.RecvPoll(pair.sock, from_1);
+        EXPECT_EQ(server.m_begin_inactive, 0) << "only a test starts the clock";
     }
 }
 
