@@ -20,10 +20,6 @@ std::string taken(char* text) {
     return result;
 }
 
-std::string id_of(GtkWidget* widget) {
-    return GTK_IS_BUILDABLE(widget) ? text_or_empty(gtk_buildable_get_name(GTK_BUILDABLE(widget))) : "";
-}
-
 // The widget of that id below this one, or null.
 GtkWidget* below(GtkWidget* widget, const std::string& id) {
     if (id_of(widget) == id) return widget;
@@ -74,13 +70,8 @@ void offer_file(GtkFileChooser* chooser, const std::string& path) {
 std::string cell_text(GtkTreeModel* model, GtkTreeIter* row, int column) {
     GValue value = G_VALUE_INIT;
     gtk_tree_model_get_value(model, row, column, &value);
-    std::string text;
-    if (G_VALUE_HOLDS_STRING(&value))
-        text = text_or_empty(g_value_get_string(&value));
-    else if (G_VALUE_HOLDS_BOOLEAN(&value))
-        text = g_value_get_boolean(&value) ? "1" : "0";
-    else
-        text = taken(g_strdup_value_contents(&value));
+    const std::string text = G_VALUE_HOLDS_STRING(&value) ? text_or_empty(g_value_get_string(&value))
+                                                          : std::to_string(g_value_get_boolean(&value));
     g_value_unset(&value);
     return text;
 }
@@ -285,6 +276,33 @@ gboolean UiScript::look() {
 GtkWidget* modal_window() {
     GtkWidget* grab = gtk_grab_get_current();
     return GTK_IS_WINDOW(grab) && gtk_window_get_modal(GTK_WINDOW(grab)) ? grab : nullptr;
+}
+
+std::string id_of(gpointer object) {
+    const char* id = GTK_IS_BUILDABLE(object) ? gtk_buildable_get_name(GTK_BUILDABLE(object)) : nullptr;
+    return id ? id : G_OBJECT_TYPE_NAME(object);
+}
+
+void settle() {
+    while (gtk_events_pending()) gtk_main_iteration();
+}
+
+// The toolkit knows its bindings by the code that the keyboard sends.
+void press_key(GtkWidget* window, guint key, guint state) {
+    GdkDisplay* display = gdk_display_get_default();
+    GdkKeymapKey* codes = nullptr;
+    gint count = 0;
+    ASSERT_TRUE(gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(display), key, &codes, &count));
+    GdkEvent* event = gdk_event_new(GDK_KEY_PRESS);
+    event->key.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(window)));
+    event->key.keyval = key;
+    event->key.state = state;
+    event->key.hardware_keycode = static_cast<guint16>(codes[0].keycode);
+    gdk_event_set_device(event, gdk_seat_get_keyboard(gdk_display_get_default_seat(display)));
+    g_free(codes);
+    gtk_main_do_event(event);
+    gdk_event_free(event);
+    settle();
 }
 
 // --- The program ---

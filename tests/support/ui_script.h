@@ -2,8 +2,7 @@
 // the user does is told before it:
 //
 //     UiScript script;
-//     script.when("dialog_queue", [](UiWindow window) { window.set_entry("entry_id_queue", "");
-//     window.click("button_ok"); })
+//     script.when("dialog_queue", [](UiWindow window) { window.click("button_ok"); })
 //         .remark("Введите идентификатор.")
 //         .when("dialog_queue", [](UiWindow window) { window.click("button_cancel"); });
 //     edit_queue();
@@ -111,3 +110,6 @@ private:
 
 // The modal window that takes the input; null if there is none.
 GtkWidget* modal_window();
+std::string id_of(gpointer object); // in the interface definition; the name of its type where it has none
+void settle();                      // until the toolkit has nothing else to do
+void press_key(GtkWidget* window, guint key, guint state = 0); // where the window has the focus
