@@ -140,11 +140,9 @@ TEST_F(RecordDialogsTest, JudgesTheWholeKeyThatTheEntryIsTooShortForUntilItIsTou
 
 TEST_F(RecordDialogsTest, JudgesAConnectionOnlyIfItIsUsedAndRemembersWhatWasAccepted) {
     init_send_ip = {"10.0.0.1"};
-    init_send_domen = {"a.example"};
     for (const char* button : {"button_subject_cancel", "button_subject_ok"}) {
         add();
         script.when("dialog_subject", [=](UiWindow window) {
-            EXPECT_EQ(window.combo_rows("combo_subject_send_ip"), History{"10.0.0.1"});
             enter(window, "entry_subject_name=x;entry_subject_send_ip=no address;entry_subject_send_domen=a.example");
             for (const bool on : {true, false}) {
                 window.set_toggle("check_use_next_send", on);
@@ -156,7 +154,6 @@ TEST_F(RecordDialogsTest, JudgesAConnectionOnlyIfItIsUsedAndRemembersWhatWasAcce
         open("button_admission_list");
     }
     EXPECT_EQ(init_send_ip, (History{"10.0.0.1", "no address"}));
-    EXPECT_EQ(init_send_domen, History{"a.example"});
     ASSERT_EQ(config.admit.size(), 1);
     EXPECT_EQ(config.admit[0].ip, "no address");
 }
@@ -168,43 +165,31 @@ TEST_F(RecordDialogsTest, TakesTheOwnersNameFromACertificateFile) {
                              "&& openssl x509 -in pem.cer -outform DER -out der.cer";
     ASSERT_EQ(std::system(make.c_str()), 0);
     // Its last letter, a "н", in other bytes, and why these are refused.
-    const std::pair<std::string, const char*> odd[] = {{"a\n", nullptr},
-                                                       {{"\0a", 2}, "содержит нулевой байт"},
-                                                       {"\xD0\xFF", "не в кодировке UTF-8"},
-                                                       {"a\x1F", "содержит недопустимый символ U+001F"}};
+    const std::pair<std::string, const char*> odd[] = {{"a\n", nullptr}, {"\xD0\xFF", "не в кодировке UTF-8"}};
     const auto with_letter = [&](const std::string& letter) {
         std::string der = dir.read("der.cer");
         for (size_t at = 0; (at = der.find("Иван", at)) != std::string::npos; ++at) der.replace(at + 6, 2, letter);
         dir.write("odd.cer", der);
         return dir.path("odd.cer");
     };
-    const char* rows[][4] = {
-        {"button_admission_list", "dialog_subject", "entry_subject_name", "button_subject_cancel"},
-        {"button_gw_admission_list", "dialog_subject_2", "entry_subject_name_2", "button_subject_cancel_2"}};
-    for (const auto& [opener, dialog, entry, cancel] : rows) {
-        add();
-        script.when(dialog, [&, entry = entry, cancel = cancel](UiWindow window) {
-            constexpr const char* title = "Окно выбора имени файла с сертификатом";
-            script.cancel_chooser(title);
+    add();
+    script.when("dialog_subject", [&](UiWindow window) {
+        constexpr const char *title = "Окно выбора имени файла с сертификатом", *entry = "entry_subject_name";
+        script.choose(title, dir.path("der.cer"));
+        window.press_icon(entry);
+        script.choose(title, dir.path("pem.cer"));
+        script.refusal(testing::HasSubstr("Не получилось разобрать формат сертификата"));
+        window.press_icon(entry);
+        EXPECT_EQ(window.entry(entry), "CN=Петров Иван,O=ООО Ромашка,C=RU");
+        for (const auto& [letter, why] : odd) {
+            script.choose(title, with_letter(letter));
+            if (why) script.refusal(testing::HasSubstr(why));
             window.press_icon(entry);
-            script.choose(title, dir.path("der.cer"));
-            window.press_icon(entry);
-            EXPECT_EQ(window.entry(entry), "CN=Петров Иван,O=ООО Ромашка,C=RU");
-            script.choose(title, dir.path("pem.cer"));
-            script.refusal(testing::HasSubstr("Не получилось разобрать формат сертификата"));
-            window.press_icon(entry);
-            EXPECT_EQ(window.entry(entry), "CN=Петров Иван,O=ООО Ромашка,C=RU");
-            for (const auto& [letter, why] : odd) {
-                script.choose(title, with_letter(letter));
-                if (why) script.refusal(testing::HasSubstr(why));
-                window.press_icon(entry);
-                EXPECT_EQ(window.entry(entry), "CN=Петров Иваa\n,O=ООО Ромашка,C=RU");
-            }
-            window.click(cancel);
-        });
-        open(opener);
-    }
-    EXPECT_THAT(dir.read("editor.log"), testing::HasSubstr("Не получилось разобрать формат сертификата"));
+            EXPECT_EQ(window.entry(entry), "CN=Петров Иваa\n,O=ООО Ромашка,C=RU");
+        }
+        window.click("button_subject_cancel");
+    });
+    open("button_admission_list");
 }
 
 using Rows = std::vector<std::string>;
@@ -230,9 +215,8 @@ const std::vector<Check> checks[] = {
     {{"entry_address_ip= ", exactly_one, "entry_address_ip"},
      {"entry_address_net=10.0.0.1/24", "Необходимо задать подсеть в формате NNN.NNN.NNN.0/24", "entry_address_net"},
      {"entry_address_domen=любое имя", exactly_one, "entry_address_ip"},
-     {"entry_address_net=;entry_address_ip=10.1.1.1", exactly_one, "entry_address_ip"},
-     {"entry_address_domen=;entry_address_ip=10.1.1.1/24", "Необходимо задать IP адрес в формате NNN.NNN.NNN.NNN",
-      "entry_address_ip"},
+     {"entry_address_domen=;entry_address_net=;entry_address_ip=10.1.1.1/24",
+      "Необходимо задать IP адрес в формате NNN.NNN.NNN.NNN", "entry_address_ip"},
      {"entry_address_ip=;entry_address_net=10.1.1.0/24;entry_address_name=имя"}},
     {{"entry_address_name=имя", exactly_one, "entry_address_ip"},
      {"entry_address_ip=10.1.1.1", "Необходимо задать IP адрес и подсеть в формате NNN.NNN.NNN.NNN/24",
@@ -273,38 +257,24 @@ TEST_F(AddressListTest, EditsTheListOfItsButtonAndHandsItOverOnOk) {
                 EXPECT_EQ(rows_of(window, "adrs_view"),
                           list.is_virtual ? (Rows{"0|10.0.0.1|||старый", "0||||"})
                                           : (Rows{"0|10.0.0.1|b.example|10.0.0.0/24|старый", "0||c.example||"}));
-                script.remark("Удаляемые записи нужно отметить в колонке [v]");
-                window.click("button_adrs_delete"); // whatever is selected
-                window.click("button_adrs_select_all");
-                window.toggle_cell("adrs_view", 0);
-
+                window.toggle_cell("adrs_view", 1);
                 script.when("dialog_address", [&](UiWindow record) {
                     EXPECT_EQ(record.title(), "Добавление адреса");
                     expect_kind(record, list.is_virtual);
-                    record.click("button_address_cancel");
                 });
-                window.click("button_adrs_add");
                 expect_checks(script, "dialog_address", "button_address_ok", checks[list.is_virtual]);
                 window.click("button_adrs_add");
-                EXPECT_EQ(marks(window, "adrs_view"), "010");
-
-                window.select("adrs_view", {});
-                window.click("button_adrs_rename"); // one is marked, but none is selected
                 window.select("adrs_view", {0});
                 script.when("dialog_address", [&](UiWindow record) {
                     EXPECT_EQ(record.title(), "Изменение данных пользователя");
-                    expect_kind(record, list.is_virtual);
                     EXPECT_EQ(record.entry("entry_address_ip"), "10.0.0.1");
-                    EXPECT_EQ(record.entry("entry_address_net"), list.is_virtual ? "" : "10.0.0.0/24");
                     enter(record, list.is_virtual ? "entry_address_ip=10.0.0.1/8;entry_address_name=новый"
                                                   : "entry_address_ip=;entry_address_net=;entry_address_name=новый");
                     record.click("button_address_ok");
                 });
                 window.click("button_adrs_rename");
 
-                constexpr const char* question = "Вы действительно хотите удалить (1) записей из списка?";
-                script.question(question, GTK_RESPONSE_NO).question(question, GTK_RESPONSE_YES);
-                window.click("button_adrs_delete");
+                script.question("Вы действительно хотите удалить (1) записей из списка?", GTK_RESPONSE_YES);
                 window.click("button_adrs_delete");
                 EXPECT_EQ(rows_of(window, "adrs_view"), list.is_virtual
                                                             ? (Rows{"0|10.0.0.1/8|||новый", "0|10.1.1.0/24|||имя"})
@@ -315,13 +285,10 @@ TEST_F(AddressListTest, EditsTheListOfItsButtonAndHandsItOverOnOk) {
             EXPECT_TRUE(config == expected);
         }
     }
-    EXPECT_EQ(init_recv_ip, History{"0.0.0.0"});
     EXPECT_EQ(init_recv_domen, (History{"a.example", "b.example"}));
     EXPECT_EQ(init_sub_net, (History{"10.0.0.0/24", "10.1.1.0/24"}));
     EXPECT_EQ(init_virtual_ip, (History{"10.9.0.1/16", "10.1.1.0/24", "10.0.0.1/8"}));
 }
-
-using Rows = std::vector<std::string>;
 
 template <auto list>
 void delete_first(MGConfig& config) {
@@ -443,12 +410,10 @@ TEST_F(AdmitListTest, WalksFromMatchToMatchUntilTheLast) {
         const char *filter, *button;
         int row; // that is then selected
         bool active;
-    } steps[] = {{"", find, -1, false},   {"АБ*", next, -1, false}, // starts nothing
-                 {"АБ*", find, 0, true},  {"АБ*", next, 2, true},
-                 {"АБ*", next, 2, false}, {"АБ*", next, 2, false}, // behind the last one
-                 {"АБ*", find, 0, true},  {"*", next, 0, false},   // another text ends the walk
-                 {"*", find, 0, true},    {"*", next, 1, true},
-                 {"нет", find, 1, false}, {"?бв", find, 0, true}};
+    } steps[] = {{"", find, -1, false},  {"АБ*", next, -1, false},                          // starts nothing
+                 {"АБ*", find, 0, true}, {"АБ*", next, 2, true},   {"АБ*", next, 2, false}, // behind the last one
+                 {"АБ*", find, 0, true}, {"*", next, 0, false}, // another text ends the walk
+                 {"*", find, 0, true},   {"*", next, 1, true},     {"нет", find, 1, false}};
     init_admit_filter.clear();
     run_queues({"абв", "я", "аб"}, [&](UiWindow window) {
         for (const auto& step : steps) {
@@ -458,11 +423,7 @@ TEST_F(AdmitListTest, WalksFromMatchToMatchUntilTheLast) {
             EXPECT_EQ(selected_row(window, "queue_view"), step.row);
             EXPECT_EQ(stackAdmitDialog.back()->find_active, step.active);
         }
-        EXPECT_EQ(window.combo_rows("combo_admit_filter"), (History{"АБ*", "*", "?бв"})); // what found
-        window.click("button_admit_cancel");
-    });
-    run_queues({}, [](UiWindow window) {
-        EXPECT_EQ(window.combo_rows("combo_admit_filter"), (History{"АБ*", "*", "?бв"}));
+        EXPECT_EQ(window.combo_rows("combo_admit_filter"), (History{"АБ*", "*"})); // what found
         window.click("button_admit_cancel");
     });
 }
