@@ -18,6 +18,7 @@
 #include <iconv.h>
 #include <ifaddrs.h>
 #include <locale.h>
+#include <mutex>
 #include <net/if.h>
 #include <netdb.h>
 #include <new>
@@ -63,50 +64,31 @@ struct State {
 constinit thread_local State state;
 constinit size_t injected = 0;
 
-// The blocks that are allocated while one records, by address. No container: it is the allocator that asks.
+// The blocks that are allocated while one records; what came last mostly goes first. No container: it is the allocator
+// that asks.
 class Blocks {
 public:
     void add(void* block) {
         if (!block) return;
-        const Lock lock(busy_);
-        size_t at = place(block);
-        while (slots_[at] > freed) at = (at + 1) % slots_.size();
-        slots_[at] = reinterpret_cast<uintptr_t>(block);
-        if (++live_ * 2 > slots_.size()) std::abort();
+        const std::lock_guard lock(mutex_);
+        if (live_ == blocks_.size()) std::abort();
+        blocks_[live_++] = block;
     }
     void remove(void* block) {
-        const Lock lock(busy_);
-        for (size_t at = place(block); live_ > 0 && slots_[at] != 0; at = (at + 1) % slots_.size()) {
-            if (slots_[at] != reinterpret_cast<uintptr_t>(block)) continue;
-            slots_[at] = freed;
-            --live_;
+        const std::lock_guard lock(mutex_);
+        for (size_t at = live_; at-- > 0;) {
+            if (blocks_[at] != block) continue;
+            blocks_[at] = blocks_[--live_];
             return;
         }
     }
-    void clear() {
-        const Lock lock(busy_);
-        slots_.fill(0);
-        live_ = 0;
-    }
+    void clear() { live_ = 0; }
     size_t live() const { return live_; }
 
 private:
-    static constexpr uintptr_t freed = 1;
-
-    struct Lock {
-        explicit Lock(std::atomic_flag& flag) : flag_(flag) {
-            while (flag_.test_and_set(std::memory_order_acquire)) {
-            }
-        }
-        ~Lock() { flag_.clear(std::memory_order_release); }
-        std::atomic_flag& flag_;
-    };
-
-    static size_t place(void* block) { return reinterpret_cast<uintptr_t>(block) / 16 % (1 << 16); }
-
-    std::array<uintptr_t, 1 << 16> slots_{};
+    std::mutex mutex_;
+    std::array<void*, 1 << 16> blocks_{};
     std::atomic<size_t> live_ = 0;
-    std::atomic_flag busy_;
 };
 constinit Blocks blocks;
 
