@@ -22,9 +22,12 @@ constexpr size_t most_names = 100'000;
 constexpr size_t most_text = 16 << 20;
 constexpr size_t most_in_element = 64 << 10;
 
+constexpr const char* too_many_attributes = "Слишком много атрибутов в элементе";
+
 // Where the parser's bytes come from: a descriptor, or else a text.
 struct Source {
     XmlReports& reports;
+    xmlParserCtxt* parser = nullptr; // the one that it feeds
     int fd = -1;
     const char* text = nullptr;
     size_t left = 0;
@@ -36,8 +39,19 @@ Source& source_of(xmlParserCtxt* parser) {
     return *static_cast<Source*>(parser->_private);
 }
 
+// Whether the start tag that is being read has more attributes or name spaces than the hook would take. libxml2 holds
+// each of them against all others before it asks the hook. Its table of attributes has five places for each and grows
+// by doubling, so twice the room that the most would need is room for too many.
+bool is_crowded(const xmlParserCtxt* parser) {
+    return parser->maxatts > 2 * 5 * (most_attributes + 1) || parser->nsNr > 2 * most_attributes;
+}
+
 int next_bytes(void* data, char* buffer, int size) {
     auto& source = *static_cast<Source*>(data);
+    if (is_crowded(source.parser)) {
+        source.reports.refuse(too_many_attributes, xmlSAX2GetLineNumber(source.parser));
+        return -1;
+    }
     if (source.since_element > source.element_limit) {
         source.reports.refuse("Слишком длинный элемент");
         return -1;
@@ -71,7 +85,7 @@ void element(void* data, const xmlChar* name, const xmlChar* prefix, const xmlCh
     auto* parser = static_cast<xmlParserCtxt*>(data);
     source_of(parser).since_element = 0;
     if (attributes_size > most_attributes || namespaces_size > most_attributes)
-        return refuse(parser, "Слишком много атрибутов в элементе");
+        return refuse(parser, too_many_attributes);
     if (parser->nameNr >= most_depth) return refuse(parser, "Слишком глубокая вложенность элементов");
     xmlSAX2StartElementNs(data, name, prefix, uri, namespaces_size, namespaces, attributes_size, defaulted, attributes);
 }
@@ -81,6 +95,7 @@ void element(void* data, const xmlChar* name, const xmlChar* prefix, const xmlCh
 xmlDoc* parse(Source& source, int options) {
     const std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> parser(xmlNewParserCtxt(), xmlFreeParserCtxt);
     if (!parser) return nullptr;
+    source.parser = parser.get();
     parser->_private = &source;
     parser->sax->internalSubset = document_type;
     parser->sax->startElementNs = element;
