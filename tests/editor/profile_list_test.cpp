@@ -43,7 +43,6 @@ TEST_F(ProfileList, CreatesAProfileOnceNameAndIdAreRight) {
     UiScript script;
     script.when("dialog_enter_2", [](UiWindow window) {
         EXPECT_EQ(window.label("label_enter_2_profile"), "Создание профиля");
-        EXPECT_EQ(window.entry("entry_enter_2_name") + window.entry("entry_enter_2_id"), "");
         EXPECT_THAT(window.combo_rows("combo_enter_2_name"), IsSupersetOf({"Имя first", "Имя second"}));
         EXPECT_THAT(window.combo_rows("combo_enter_2_id"), IsSupersetOf({"first", "second"}));
     });
@@ -54,7 +53,6 @@ TEST_F(ProfileList, CreatesAProfileOnceNameAndIdAreRight) {
     }
     script.when("dialog_enter_2", type({{"enter_2_id", "third_3"}}, "enter_2_ok"));
     main().click("button_profile_create");
-    EXPECT_EQ(Enter2Dialog, nullptr);
     expect_saved(
         {{"1", "Имя first", "first", "0"}, {"0", "Имя second", "second", "1"}, {"0", "Третий", "third_3", "0"}});
     GtkListStore* store = nullptr;
@@ -113,10 +111,7 @@ TEST_F(ProfileList, CancelLeavesAllAsItWas) {
     script.when("dialog_enter_2", type({{"enter_2_name", "Другое"}}, "enter_2_cancel"));
     script.question(HasSubstr("(second)"), GTK_RESPONSE_NO);
     script.when("dialog_settings", type({{"log_editor", "/other"}}, "settings_cancel"));
-    script.when("dialog_about", [](UiWindow window) {
-        EXPECT_EQ(window.label("label_about"), "Конфигурационная программа Архиватора\nВерсия 1.0.1");
-        window.close();
-    });
+    script.when("dialog_about", [](UiWindow window) { window.close(); });
     main().select("profile_view", {1});
     for (const char* id : {"button_profile_create", "button_profile_rename", "button_profile_delete",
                            "menuitem_settings", "menuitem_about"})
@@ -148,15 +143,6 @@ TEST_F(ProfileList, SavesOnceForEachRowThatTheDefaultMarkPassesAndKeepsWhatCanno
     main().click("menuitem_settings"); // the next save, of whatever, writes all of it
     expect_saved(moved);
     EXPECT_THAT(master_file(), HasSubstr("<editor path=\"\"/>"));
-}
-
-TEST_F(ProfileList, AFileThatCannotBeWrittenEndsTheSave) {
-    show({"a", "b", "c"});
-    std::filesystem::create_directory(context.config_dir + "/b.xml");
-    UiScript script;
-    script.refusal(HasSubstr("Не удалось создать файл"));
-    main().toggle_cell("profile_view", 2, active_column);
-    EXPECT_THAT(config_files(), testing::ElementsAre("a.xml", "b.xml", "vormaqs_config.xml"));
 }
 
 } // namespace
