@@ -27,7 +27,8 @@ std::string quoted(const std::string& name) {
     return "«" + name + "»";
 }
 
-// `otherwise` is what helps where there is no reserve copy that can be read.
+// `otherwise` is what helps where there is no reserve copy that can be read. A name of a file ends its line: boxes cut
+// the middle of long lines.
 void advise(MGErr& err, const std::string& file, bool has_reserve, const std::string& otherwise) {
     if (err.GetDebugString().find(file) == std::string::npos) err.ext_3_param = file;
     std::string& text = err.err_description;
@@ -36,12 +37,13 @@ void advise(MGErr& err, const std::string& file, bool has_reserve, const std::st
     if (err.err_code == EACCES)
         text += "Проверьте права доступа к файлу " + quoted(file) + ".";
     else if (has_reserve)
-        text += "Файл " + quoted(file) + " прочесть нельзя, но цела его резервная копия " + reserve +
-                " с содержимым до последнего сохранения. Переименуйте файл, скопируйте копию на его место и запустите "
-                "программу снова.";
+        text +=
+            "Файл " + quoted(file) + " прочесть нельзя, но цела его резервная копия\n" + reserve +
+            "\nс содержимым до последнего сохранения.\nПереименуйте файл, скопируйте копию на его место и запустите "
+            "программу снова.";
     else
-        text += "Файл " + quoted(file) + " прочесть нельзя, и резервной копии " + reserve +
-                ", которую можно прочесть, нет. Восстановите файл из своего архива. " + otherwise;
+        text += "Файл " + quoted(file) + " прочесть нельзя, и резервной копии\n" + reserve +
+                ",\nкоторую можно прочесть, нет.\nВосстановите файл из своего архива.\n" + otherwise;
 }
 
 } // namespace
@@ -61,8 +63,8 @@ void advise_on_profile_file(MGErr& err, const MGContext& context, int index) {
         const MGProfile& profile = context.profiles.at(static_cast<size_t>(index));
         const std::string file = profile_file_name(context, profile);
         advise(err, file, can([&] { read_profile(context, profile.id, file + "~"); }),
-               "Если взять его негде, уберите профиль из списка: удалите в файле " + quoted(context.config_file) +
-                   " строку «<profile … id=\"" + profile.id + "\" …/>», поставьте там quantity=\"" +
+               "Если взять его негде, уберите профиль из списка: удалите в файле\n" + quoted(context.config_file) +
+                   "\nстроку «<profile … id=\"" + profile.id + "\" …/>», поставьте там quantity=\"" +
                    std::to_string(context.profiles.size() - 1) + "\" и запустите программу снова.");
     });
 }

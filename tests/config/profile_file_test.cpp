@@ -223,12 +223,12 @@ TEST(Recovery, NamesWhatHelps) {
     };
     for (const auto& [name, index] : {std::pair{"master.xml", -1}, {"one.xml", 0}}) {
         dir.write(name, "");
-        EXPECT_THAT(advice(index), testing::HasSubstr("цела его резервная копия «" + dir.path(name) + "~»"));
+        EXPECT_THAT(advice(index), testing::HasSubstr("цела его резервная копия\n«" + dir.path(name) + "~»"));
         dir.write(name + std::string("~"), "<a/>");
         EXPECT_THAT(advice(index), testing::HasSubstr("Восстановите файл из своего архива"));
     }
     EXPECT_THAT(advice(0),
-                testing::HasSubstr("удалите в файле «" + context.config_file + "» строку «<profile … id=\"one\""));
+                testing::HasSubstr("удалите в файле\n«" + context.config_file + "»\nстроку «<profile … id=\"one\""));
     MGErr denied;
     denied.err_code = EACCES;
     advise_on_config_file(denied, context);
