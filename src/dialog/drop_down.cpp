@@ -51,10 +51,11 @@ void turn_scroll_bar_on(GtkScrolledWindow* scrolled, gpointer) {
     gtk_scrolled_window_set_policy(scrolled, GTK_POLICY_NEVER, GTK_POLICY_AUTOMATIC);
 }
 
+// In one line, line ends shown as in the entry.
 void shorten_in_the_middle(GtkCellLayout* layout) {
     GList* cells = gtk_cell_layout_get_cells(layout);
     for (GList* cell = cells; cell; cell = cell->next)
-        g_object_set(cell->data, "ellipsize", PANGO_ELLIPSIZE_MIDDLE, nullptr);
+        g_object_set(cell->data, "ellipsize", PANGO_ELLIPSIZE_MIDDLE, "single-paragraph-mode", TRUE, nullptr);
     g_list_free(cells);
 }
 

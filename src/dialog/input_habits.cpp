@@ -162,9 +162,11 @@ void mend(GtkWidget* input, GtkWidget* window) {
 void mend_inputs(GtkBuilder* builder, GtkWidget* window) {
     g_signal_connect(window, "key-press-event", G_CALLBACK(press_icon_by_key), nullptr);
     GSList* objects = gtk_builder_get_objects(builder);
-    for (GSList* item = objects; item; item = item->next)
+    for (GSList* item = objects; item; item = item->next) {
+        if (GTK_IS_CELL_RENDERER_TEXT(item->data)) g_object_set(item->data, "single-paragraph-mode", TRUE, nullptr);
         if (GTK_IS_WIDGET(item->data) && gtk_widget_is_ancestor(GTK_WIDGET(item->data), window))
             mend(GTK_WIDGET(item->data), window);
+    }
     g_slist_free(objects);
 }
 
