@@ -1,6 +1,6 @@
 # What `cmake --install` puts where. Two components: the editor, and the runtime that the service is built on.
 # Libraries lie in Debian's folder of the architecture, below /usr/local too, where its tools look as well.
-if(CMAKE_LIBRARY_ARCHITECTURE)
+if(CMAKE_LIBRARY_ARCHITECTURE AND NOT DEFINED CMAKE_INSTALL_LIBDIR)
     set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE} CACHE PATH "")
 endif()
 include(GNUInstallDirs)
