@@ -78,6 +78,7 @@ XmlLibrary::~XmlLibrary() {
 }
 
 XmlReports::XmlReports() : earlier_(xmlStructuredError), earlier_data_(xmlStructuredErrorContext) {
+    *text_ = 0;
     // The parameter is a pointer to const in later versions.
     xmlSetStructuredErrorFunc(this, [](void* self, auto error) {
         auto& reports = *static_cast<XmlReports*>(self);

@@ -45,5 +45,5 @@ private:
     int code_ = 0;
     int line_ = 0;
     int column_ = 0;
-    char text_[512] = "";
+    char text_[512]; // ends at once while nothing was reported
 };
