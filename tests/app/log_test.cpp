@@ -14,7 +14,6 @@
 #include <map>
 #include <regex>
 #include <sstream>
-#include <stdexcept>
 #include <thread>
 
 namespace {
@@ -87,20 +86,6 @@ TEST_F(Log, EntriesHaveTheirForm) {
     const std::string text = "operation 100%s\nstep\nfile\n";
     const std::regex form("\n____ERROR____" + date + text + "\n____ERROR____" + date + "Профиль: mail\n" + text);
     EXPECT_TRUE(std::regex_match(dir.read("log"), form)) << dir.read("log");
-}
-
-TEST_F(Log, DebugErrorsAndTheSystemLogAreSwitchedOn) {
-    err.debug_only = true;
-    log.SetDebugLog(false, true);
-    log.PrintErrInLogFile(err);
-    EXPECT_EQ(dir.read("log"), "");
-    log.SetDebugLog(true, false);
-    log.SyslogTurnOn("vormaqs");
-    log.PrintErrInLogFile(err);
-    EXPECT_NE(dir.read("log"), "");
-    log.SyslogTurnOff();
-    log.PrintErrInLogFile(err);
-    EXPECT_EQ(syslog_lines, Lines({"3 operation 100%s step"}));
 }
 
 // One line for each entry that is lost, the caller goes on, and the mutex is free again.
@@ -201,28 +186,6 @@ TEST_F(Log, RepeatsAreWrittenThreeTimesWithinTheHour) {
     log.m_repeat_begin = time(nullptr) - 3601;
     EXPECT_EQ(written("a", 0), 5);
     EXPECT_EQ(log.m_repeat_errors.size(), 1U);
-}
-
-TEST(MGErr, TextHoldsWhatIsSetInItsOrder) {
-    MGErr err;
-    std::string MGErr::*const texts[] = {
-        &MGErr::mess_1,    &MGErr::mess_2,    &MGErr::func_1,      &MGErr::func_2,      &MGErr::str_param,
-        &MGErr::opt_param, &MGErr::ext_param, &MGErr::ext_2_param, &MGErr::ext_3_param, &MGErr::err_description};
-    for (size_t i = 0; i < std::size(texts); ++i) err.*texts[i] = static_cast<char>('a' + i);
-    err.num_param = -1;
-    err.uint32_param = 255;
-    err.err_code = -2;
-    EXPECT_EQ(err.GetString(), "a\nb\nc\nd\ne\nf\ng\nh\ni\n18446744073709551615\n255 [0x000000FF]\n-2\nj\n");
-}
-
-TEST(Edge, TurnsForeignExceptionsIntoErrors) {
-    const auto text_at_edge = [](auto body) {
-        return error_of([&] { vorma::at_edge("MGFile::X", body); }).GetString();
-    };
-    EXPECT_EQ(text_at_edge([] { throw std::bad_alloc(); }),
-              "Непонятная ошибка\nИсключение библиотеки STD\nMGFile::X\nstd::bad_alloc\n");
-    EXPECT_EQ(text_at_edge([] { throw 1; }), "Непонятная ошибка\nЛюбое исключение\nMGFile::X\n");
-    EXPECT_THROW(vorma::at_edge("X", [] { throw MGExit(-7); }), MGExit);
 }
 
 // The locales are made for the test: a machine seldom has them.

@@ -1,10 +1,8 @@
 #include "app/mg_context.h"
-#include "config/admit_lookup.h"
 #include "config/master_file.h"
 #include "config/mg_libxml.h"
 #include "config/profile_file.h"
 #include "config/recovery.h"
-#include "config/scrambling.h"
 #include "config/xml_tables.h"
 #include "support/faults.h"
 #include "support/temp_dir.h"
@@ -30,7 +28,6 @@ struct World {
     MGContext context;
     const std::string master = dir.path("vormaqs_config.xml"), profile = dir.path("one.xml");
     std::string text, odd = "б\xFF\x01 and all of this", document = "<a n='1'>&amp;<b t='&lt;'/></a>";
-    std::vector<MGAdmit> admit = std::vector<MGAdmit>(1);
     MGErr err;
 
     World() {
@@ -38,7 +35,7 @@ struct World {
         context.config_file = master;
         context.profiles.resize(1);
         context.profiles[0].id = "one";
-        context.profiles[0].config.admit = admit;
+        context.profiles[0].config.admit.resize(1);
     }
 };
 
@@ -88,12 +85,6 @@ TEST(ConfigFaults, LeaveFilesWholeAndNothingElse) {
         {"advise_on_config_file", [](World& w) { advise_on_config_file(w.err, w.context); }},
         {"advise_on_profile_file", [](World& w) { advise_on_profile_file(w.err, w.context, 0); }},
         {"storable_text", [](World& w) { storable_text(w.odd); }},
-        {"code_string", [](World& w) { decode_string(code_string(w.odd)); }},
-        {"find_subject_in_admit",
-         [](World& w) {
-             unsigned i;
-             find_subject_in_admit(w.admit, w.odd, i);
-         }},
     };
     World example;
     const Contents before = saved(example);

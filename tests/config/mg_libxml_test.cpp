@@ -5,21 +5,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <string>
 #include <sys/stat.h>
 #include <thread>
 #include <vector>
-
-TEST(MGLibxml, ReadsNumbersAsTheStandardTextConversionsDo) {
-    const MGLibxml xml("<a b=' \t+7' c='12abc' d='-2147483648' e='4294967295' f='' g='18446744073709551615'/>", 0);
-    xmlNode* root = xml.GetRoot();
-    for (const auto& [name, value] : {std::pair("b", 7), {"c", 12}, {"d", std::numeric_limits<int32_t>::min()}})
-        EXPECT_EQ(xml.GetNumberProp(root, name), value);
-    for (const char* name : {"e", "f"})
-        EXPECT_THAT(error_text([&] { xml.GetNumberProp(root, name); }), testing::HasSubstr("stoi")) << name;
-    EXPECT_EQ(xml.GetNumber64Prop(root, "g"), std::numeric_limits<uint64_t>::max());
-}
 
 namespace {
 

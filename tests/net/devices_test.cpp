@@ -13,10 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <filesystem>
 #include <iterator>
-#include <net/if.h>
-#include <netdb.h>
 #include <sched.h>
 #include <sstream>
 #include <unistd.h>
@@ -131,21 +128,6 @@ TEST(Interfaces, AgreeWithTheSystemsOwnTool) {
     EXPECT_THAT(ips, IsEmpty());
 }
 
-TEST(Interfaces, NamesResolveToIpv4Only) {
-    MGSocket sock;
-    Texts ips{"before"};
-    sock.GetIps("127.0.0.9", ips);
-    sock.GetIps("::1", ips);
-    EXPECT_THAT(ips, ElementsAre("before", "127.0.0.9"));
-    const MGErr err = error_of([&] { sock.GetIps(std::string(300, 'a'), ips); });
-    EXPECT_EQ(err.func_2 + " " + err.err_description, std::string("getaddrinfo ") + gai_strerror(err.err_code));
-}
-
-TEST(Interfaces, FailuresAreTold) {
-    EXPECT_EQ(error_of([] { MGSocket().GetMac("sixteen-letters-"); }).opt_param, "sixteen-letters-");
-    EXPECT_EQ(error_of([] { MGSocket().GetMac("fifteen-letters"); }).err_code, ENODEV);
-}
-
 using Bytes = std::vector<uint8_t>;
 
 constexpr uint16_t port = 7777;
@@ -248,17 +230,6 @@ TEST_F(TunRaw, RefusesWithNothingSent) {
     EXPECT_EQ(send(ip.m_buf), 0u);
     send(marker);
     EXPECT_EQ(read_tun().size(), marker.size());
-}
-
-TEST_F(TunRaw, FailuresLeaveNoDescriptorOpen) {
-    const auto descriptors = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); };
-    const auto before = descriptors();
-    near.InitRaw(IPPROTO_RAW);
-    near.OpenTun(nullptr);
-    EXPECT_EQ(descriptors(), before);
-    EXPECT_EQ(error_of([&] { near.OpenTun("a/b"); }).err_code, EINVAL);
-    EXPECT_EQ(error_of([&] { near.InitSocket(AF_INET, -1, 0); }).err_code, EINVAL);
-    EXPECT_EQ(descriptors(), before - 2);
 }
 
 } // namespace

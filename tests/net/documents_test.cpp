@@ -122,16 +122,13 @@ TEST(TransferDocuments, RefuseAndTellWhy) {
     const struct {
         std::string name; // of the document and, behind "read_", of its reader
         void (Received::*read)(const std::string&);
-        const char *root, *mark, *not_mark, *props;
+        const char *root, *props;
     } rows[] = {
-        {"file_header", &Received::file_header, "file", "VORQSHDR", "str != MARK_VORMA_HEADER", "name size buf_len"},
-        {"file_crc", &Received::file_crc, "file", "VORQSCRC", "str != MARK_VORMA_CRC", "crc32"},
-        {"file2_header", &Received::file2_header, "file2", "VORQSHD2", "str != MARK_VORMA_HEADER2",
-         "que name size buf_len"},
-        {"gw_client", &Received::gw_client, "gwc", "VORQSGWC", "str != MARK_VORMA_GWC",
-         "device is_router is_local local_adr virtual_adr quantity ip net"},
-        {"file_client", &Received::file_client, "fcp", "VORQSFCP", "str != MARK_VORMA_FCP",
-         "type login hash quantity id"},
+        {"file_header", &Received::file_header, "file", "name size buf_len"},
+        {"file_crc", &Received::file_crc, "file", "crc32"},
+        {"file2_header", &Received::file2_header, "file2", "que name size buf_len"},
+        {"gw_client", &Received::gw_client, "gwc", "device is_router is_local local_adr virtual_adr quantity ip net"},
+        {"file_client", &Received::file_client, "fcp", "type login hash quantity id"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -140,7 +137,7 @@ TEST(TransferDocuments, RefuseAndTellWhy) {
         };
         EXPECT_THAT(error("<(/?)" + std::string(row.root), "<$1root"),
                     HasSubstr("read_" + row.name + "\nGetRoot\n" + row.root));
-        EXPECT_THAT(error(row.mark, "VORQSCFG"), HasSubstr("read_" + row.name + "\n" + row.not_mark + "\nVORQSCFG\n"));
+        EXPECT_THAT(error("mark=\"[^\"]+", "mark=\"VORQSCFG"), HasSubstr("\nVORQSCFG\n"));
         EXPECT_THAT(error("header", "other"), HasSubstr("GetFirstChildren\nheader\n"));
         std::istringstream props(row.props + std::string(" mark"));
         for (std::string prop; props >> prop;)
@@ -151,8 +148,6 @@ TEST(TransferDocuments, RefuseAndTellWhy) {
     };
     EXPECT_THAT(of_list("quantity=\"2", "quantity=\"1"), HasSubstr("counter == quantity\n"));
     EXPECT_THAT(of_list("quantity=\"1", "quantity=\"2"), HasSubstr("counter != quantity\n"));
-    EXPECT_EQ(of_list("quantity=\"", "quantity=\"-"), "");
-    EXPECT_THAT(of_list("<(/?)virt", "<$1x"), HasSubstr("GetFirstChildren\nvirt\n"));
 }
 
 // Each text that a reader would not get as it was meant.
@@ -167,7 +162,6 @@ TEST(TransferDocuments, RefuseATextThatTheyWouldAlter) {
         {"name", [&](const std::string& value) { send.file = value, write_file_header(send, 1, document); }},
         {"net", [&](const std::string& value) { router.adrs[0].net = value, write_gw_client(router, document); }},
         {"id", [&](const std::string& value) { queue[0].id = value, write_file_client(queue, "", "", "", document); }},
-        {"name", [&](const std::string& value) { write_file_ticket("XML", value, 1, {}, document); }},
         {"que", [&](const std::string& value) { write_file2_header(value, "", 1, 1, document); }},
     };
     for (const auto& [attribute, write] : rows) {
@@ -179,13 +173,6 @@ TEST(TransferDocuments, RefuseATextThatTheyWouldAlter) {
     Received got;
     got.file2_header(document);
     EXPECT_EQ(got.que, fine);
-}
-
-TEST(TransferBlock, IsRefusedWithBothSums) {
-    const std::vector<uint8_t> data{'1', '2', '3', '4', '5', '6', '7', '8', '9'};
-    test_data_crc({}, 0);
-    test_data_crc(data, 0xCBF43926); // the published check value
-    EXPECT_EQ(error_of([&] { test_data_crc(data, 7); }).num_param, 3421780262);
 }
 
 TEST(Ticket, HasTwoForms) {
@@ -227,17 +214,6 @@ std::string report_of(const MGProfile& profile) {
     return dir.read("profile.result");
 }
 
-// What stands behind the labels of a device's report.
-std::string device_values(const MGDev& dev) {
-    MGInfo info;
-    print_info_dev(info, dev);
-    std::istringstream lines(info.GetString());
-    std::string all;
-    for (std::string line; std::getline(lines, line);)
-        if (const size_t at = line.find(": "); at != std::string::npos) all += line.substr(at + 2) + "|";
-    return all;
-}
-
 } // namespace
 
 // The whole is in golden/report.txt; the first four modes have actions.
@@ -261,17 +237,4 @@ TEST(ProfileReport, ListsTheModesThatAreOnInTheirOrder) {
         EXPECT_EQ(part.find("Действие: ") != std::string::npos, &mode - modes < 4) << part;
     }
     EXPECT_EQ(report_of(all), whole);
-}
-
-TEST(DeviceReport, TellsOnlyWhatIsInForce) {
-    const MGConfig config = the_profile().config;
-    EXPECT_EQ(device_values(config.gw_client),
-              "gw_client.internal_device|gw_client.device|Да|10.1.0.6|10.1.1.1/24|Да| igmp esp ah pmi sctp|");
-    MGDev router = config.gw_server;
-    router.adrs.push_back({.name = "пустой"});
-    router.virt[1].ip.clear();
-    EXPECT_EQ(device_values(router),
-              "gw_server.internal_device|gw_server.device|Да|address.gw_server_adrs0.name|address.gw_server_adrs0.ip|"
-              "address.gw_server_adrs0.domen|address.gw_server_adrs0.net|пустой|address.gw_server_virtual0.name|"
-              "address.gw_server_virtual0.ip|address.gw_server_virtual1.name|Да|");
 }

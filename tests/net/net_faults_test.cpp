@@ -1,4 +1,3 @@
-#include "config/scrambling.h"
 #include "net/address_syntax.h"
 #include "net/mg_ip.h"
 #include "net/mg_socket.h"
@@ -103,8 +102,6 @@ TEST(NetFaults, OfConnectionsLeaveNothing) {
         {"TlsSendData", [](World& w) { w.client.TlsSendData(w.no_tls, &w.signal, Ends(accepted).ours.get(), w.data); }},
         {"TlsRecvData",
          [](World& w) { w.client.TlsRecvData(w.no_tls, &w.signal, Ends(message).ours.get(), w.data, 0, 16); }},
-        {"RecvAll", [](World& w) { w.client.RecvAll(Ends(message).ours.get(), w.data, message.size(), 0); }},
-        {"RecvInVector", [](World& w) { MGSocket::RecvInVector(Ends(message).ours.get(), w.data, 8); }},
         {"RecvPollWait2",
          [](World& w) {
              const Ends one(message), other(message);
@@ -131,11 +128,6 @@ TEST(NetFaults, OfConnectionsLeaveNothing) {
              w.client.FindDevs(w.devs);
              w.client.GetMac(w.device);
              get_dev_ips(w.device, w.ips);
-         }},
-        {"convert_ip_to_net, sprintf_buf, code_string",
-         [](World& w) {
-             convert_ip_to_net("192.168.101.102/24", w.other);
-             w.text = decode_string(code_string(sprintf_buf(w.text.data(), 16)));
          }},
     };
     test(rows);
@@ -228,8 +220,6 @@ TEST(NetFaults, OfTheProviderLeaveNothing) {
              w.bridge.SignFileDetached(w.signed_file, w.signature, 20);
              w.bridge.VerifyFileDetached(w.signed_file, w.signature, 20, w.data);
          }},
-        {"conv_trelm_ansy1251_to_lower_utf8",
-         [](ProviderWorld& w) { MGTrelm::conv_trelm_ansy1251_to_lower_utf8(w.text.c_str(), w.other); }},
     };
     const ProviderTest provider;
     void* const pinned = dlopen(provider_library.c_str(), RTLD_LAZY);
