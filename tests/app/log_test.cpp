@@ -1,7 +1,6 @@
 #include "app/log.h"
 #include "app/mg_err.h"
 #include "runtime/mg_info.h"
-#include "support/error_of.h"
 #include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
