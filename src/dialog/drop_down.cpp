@@ -3,6 +3,7 @@
 
 #include "dialog/input_habits.h"
 #include "dialog/rows.h"
+#include "dialog/whole_cells.h"
 
 #include <cstring>
 
@@ -185,6 +186,7 @@ void prepare_drop_down(GtkComboBox* combo) {
     show_as_list(GTK_WIDGET(combo));
     shorten_in_the_middle(GTK_CELL_LAYOUT(combo));
     GtkWidget* scrolled = gtk_bin_get_child(GTK_BIN(pop_up_of(GTK_WIDGET(combo))));
+    show_whole_cells(GTK_TREE_VIEW(gtk_bin_get_child(GTK_BIN(scrolled))));
     turn_scroll_bar_on(GTK_SCROLLED_WINDOW(scrolled), nullptr);
     g_signal_connect(scrolled, "notify::vscrollbar-policy", G_CALLBACK(look_at_rows), nullptr);
     g_signal_connect(scrolled, "unmap", G_CALLBACK(turn_scroll_bar_on), nullptr);

@@ -2,6 +2,7 @@
 #include "dialog/input_habits.h"
 
 #include "dialog/drop_down.h"
+#include "dialog/whole_cells.h"
 
 #include <string>
 
@@ -144,7 +145,10 @@ void mend(GtkWidget* input, GtkWidget* window) {
             let_rows_shrink(GTK_CELL_LAYOUT(input));
     }
     if (GTK_IS_ENTRY(input)) g_signal_connect(input, "insert-text", G_CALLBACK(insert_one_line), nullptr);
-    if (GTK_IS_TREE_VIEW(input)) mend_double_clicks(input);
+    if (GTK_IS_TREE_VIEW(input)) {
+        mend_double_clicks(input);
+        show_whole_cells(GTK_TREE_VIEW(input));
+    }
     if (GTK_IS_RADIO_BUTTON(input)) {
         g_signal_connect(input, "focus", G_CALLBACK(enter_group_without_choice), nullptr);
         g_signal_connect_after(input, "clicked", G_CALLBACK(show_chosen), nullptr);

@@ -16,6 +16,7 @@
 // - a click after a box that another click has opened is no second half of a double click;
 // - a drop-down list can be narrower than its longest row;
 // - a cell of a list shows a text with line ends whole, in its one line, with a sign for each end as an entry has it;
+// - a tooltip gives the whole of what a list's cell shortens;
 // - a label is dimmed together with the input that it names.
 void mend_inputs(GtkBuilder* builder, GtkWidget* window);
 
