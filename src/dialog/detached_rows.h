@@ -6,19 +6,24 @@
 
 #include <vector>
 
+// All views of the dialog's window that show the store.
+inline std::vector<GtkTreeView*> views_of(const MGDialog& dialog, GtkListStore* store) {
+    std::vector<GtkTreeView*> views;
+    GSList* objects = gtk_builder_get_objects(dialog.builder);
+    for (GSList* item = objects; item; item = item->next)
+        if (GTK_IS_TREE_VIEW(item->data) && gtk_tree_view_get_model(GTK_TREE_VIEW(item->data)) == GTK_TREE_MODEL(store))
+            views.push_back(GTK_TREE_VIEW(item->data));
+    g_slist_free(objects);
+    return views;
+}
+
 class DetachedRows {
 public:
-    // All views of the dialog's window that show the store.
     DetachedRows(const MGDialog& dialog, GtkListStore* store) : store_(store) {
-        GSList* objects = gtk_builder_get_objects(dialog.builder);
-        for (GSList* item = objects; item; item = item->next) {
-            if (!GTK_IS_TREE_VIEW(item->data)) continue;
-            GtkTreeView* view = GTK_TREE_VIEW(item->data);
-            if (gtk_tree_view_get_model(view) != GTK_TREE_MODEL(store)) continue;
+        for (GtkTreeView* view : views_of(dialog, store)) {
             views_.push_back({view, gtk_tree_view_get_search_column(view)});
             gtk_tree_view_set_model(view, nullptr);
         }
-        g_slist_free(objects);
     }
     ~DetachedRows() {
         for (const View& view : views_) {

@@ -1,7 +1,10 @@
 // Members of MGDialog that work on the rows of a list store through the cursor.
+#include "dialog/detached_rows.h"
 #include "dialog/mg_dialog.h"
 #include "dialog/rows.h"
 #include "dialog/valid_text.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -10,6 +13,18 @@ std::vector<int32_t> indexes_of(const GList* paths) {
     for (const GList* item = paths; item; item = item->next)
         indexes.push_back(gtk_tree_path_get_indices(static_cast<GtkTreePath*>(item->data))[0]);
     return indexes;
+}
+
+// The rows where the views of the store have their cursors.
+std::vector<int32_t> cursors_on(const MGDialog& dialog, GtkListStore* store) {
+    std::vector<int32_t> rows;
+    for (GtkTreeView* view : views_of(dialog, store)) {
+        GtkTreePath* found = nullptr;
+        gtk_tree_view_get_cursor(view, &found, nullptr);
+        const GtkPath path(found);
+        if (path) rows.push_back(gtk_tree_path_get_indices(path.get())[0]);
+    }
+    return rows;
 }
 
 // What is selected, ascending: in multiple mode the selected rows, else the current one.
@@ -94,12 +109,19 @@ void MGDialog::ListStoreDeleteAll(GtkListStore* store) {
 void MGDialog::ListStoreDeleteSelection(GtkListStore* store) {
     if (selection_mode == GTK_SELECTION_NONE) return;
     if (selection_mode != GTK_SELECTION_MULTIPLE) return ListStoreDeleteIter(store);
-    const std::vector<int32_t> rows = indexes_of(selected_rows);
-    // From the last on, so that the numbers still to come stay right.
-    for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
-        GtkTreeIter iter;
-        if (find_child(GTK_TREE_MODEL(store), nullptr, *row, iter)) gtk_list_store_remove(store, &iter);
-    }
+    ListStoreDeleteRows(store, indexes_of(selected_rows));
+}
+
+void MGDialog::ListStoreDeleteRows(GtkListStore* store, const std::vector<int32_t>& rows) {
+    const std::vector<int32_t> cursors = cursors_on(*this, store);
+    std::vector<GtkTreeIter> at_cursor, others;
+    GtkTreeIter iter;
+    for (const int32_t row : rows)
+        if (find_child(GTK_TREE_MODEL(store), nullptr, row, iter))
+            (std::ranges::find(cursors, row) == cursors.end() ? others : at_cursor).push_back(iter);
+    // A view whose cursor loses its row chooses another: last, so that what it chooses stays.
+    for (std::vector<GtkTreeIter>* removed : {&others, &at_cursor})
+        for (auto row = removed->rbegin(); row != removed->rend(); ++row) gtk_list_store_remove(store, &*row);
 }
 
 void MGDialog::TreeModelGetString(int32_t column, char** text) const {

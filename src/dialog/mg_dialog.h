@@ -173,6 +173,8 @@ public:
     void ListStoreDeleteAll(GtkListStore* store);
     // Removes the rows that the last TreeViewGetSelection found.
     void ListStoreDeleteSelection(GtkListStore* store);
+    // Removes the rows of these numbers, ascending; a cursor on one of them goes to the next row that stays.
+    void ListStoreDeleteRows(GtkListStore* store, const std::vector<int32_t>& rows);
 
     // Move the rows that the last TreeViewGetSelection found. Several rows keep the gaps between them; nothing moves
     // if the first stands at the top already, or the last at the bottom. Whether rows moved. The row next to which

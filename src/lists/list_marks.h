@@ -31,11 +31,13 @@ void delete_marked_rows(MGDialog* dialog, GtkListStore* store, int column, std::
     if (!ask_yes_no(dialog, question.c_str())) return;
 
     std::vector<bool> marked(static_cast<size_t>(rows));
-    for (int row = rows - 1; row >= 0; --row) {
+    std::vector<int32_t> removed;
+    for (int row = 0; row < rows; ++row) {
         if (!row_is_marked(dialog, store, row, column)) continue;
         marked[static_cast<size_t>(row)] = true;
-        dialog->ListStoreDeleteIter(store);
+        removed.push_back(row);
     }
+    dialog->ListStoreDeleteRows(store, removed);
     // In one pass, since moving all that follows for each row would be quadratic.
     size_t index = 0;
     std::erase_if(list, [&](const Element&) { return marked[index++]; });
