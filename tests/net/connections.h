@@ -1,7 +1,7 @@
 // A connection over the loopback, on a port given by the kernel: the tested object at one end, a descriptor that a test
 // plays the peer with at the other. And time for tests of waits, so that limits of minutes pass at once and nothing
-// depends on how fast the machine is: while a VirtualClock lives, the waits of its thread (ppoll) and its time() run on
-// it; a wait that nothing ends takes its whole time-out of virtual time and none of the test's. Include it
+// depends on how fast the machine is: while a VirtualClock lives, the waits of its thread (ppoll, sleep) and its time()
+// run on it; a wait that nothing ends takes its whole time-out of virtual time and none of the test's. Include it
 // first, in one source of a program.
 #pragma once
 
@@ -98,10 +98,6 @@ std::string outcome(Body&& body) {
     }
 }
 
-inline int kernel_wait(pollfd* fds, nfds_t count, timespec timeout) {
-    return static_cast<int>(syscall(SYS_ppoll, fds, count, &timeout, nullptr, 0));
-}
-
 class VirtualClock {
 public:
     VirtualClock() { present = this; }
@@ -109,24 +105,34 @@ public:
 
     time_t now = 1'000'000'000;
     int timeouts = 0; // the waits that ended so
+    short hidden = 0; // events that waits don't see yet
     // Runs at the end of each such wait; true promises that it made something ready for the next one.
     std::function<bool()> at_timeout = [] { return false; };
+    // Takes the place of sleep.
+    std::function<unsigned(unsigned)> sleeper = [](unsigned) { return 0u; };
 
     static inline thread_local VirtualClock* present = nullptr;
 
-    int wait(pollfd* fds, nfds_t count, const timespec& timeout) {
-        const int ready = kernel_wait(fds, count, {promised_ ? 10 : 0, 0});
-        promised_ = false;
-        if (ready != 0) return ready;
-        now += timeout.tv_sec;
-        ++timeouts;
-        promised_ = at_timeout();
-        return 0;
-    }
+    int wait(pollfd* fds, nfds_t count, const timespec& timeout);
 
 private:
     bool promised_ = false;
 };
+
+inline int kernel_wait(pollfd* fds, nfds_t count, timespec timeout) {
+    return static_cast<int>(syscall(SYS_ppoll, fds, count, &timeout, nullptr, 0));
+}
+
+inline int VirtualClock::wait(pollfd* fds, nfds_t count, const timespec& timeout) {
+    const int ready = kernel_wait(fds, count, {promised_ ? 10 : 0, 0});
+    promised_ = false;
+    for (nfds_t i = 0; i < count; ++i) fds[i].revents &= static_cast<short>(~hidden);
+    if (ready != 0) return ready;
+    now += timeout.tv_sec;
+    ++timeouts;
+    promised_ = at_timeout();
+    return 0;
+}
 
 extern "C" {
 int ppoll(pollfd* fds, nfds_t count, const timespec* timeout, const sigset_t*) {
@@ -137,6 +143,10 @@ int ppoll(pollfd* fds, nfds_t count, const timespec* timeout, const sigset_t*) {
 // What an optimised build may call instead.
 int __ppoll_chk(pollfd* fds, nfds_t count, const timespec* timeout, const sigset_t* mask, size_t) {
     return ppoll(fds, count, timeout, mask);
+}
+
+unsigned sleep(unsigned seconds) {
+    return VirtualClock::present ? VirtualClock::present->sleeper(seconds) : 0;
 }
 
 time_t time(time_t* out) {

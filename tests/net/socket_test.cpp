@@ -2,6 +2,7 @@
 
 #include "net/mg_trelm.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <random>
 #include <sys/wait.h>
@@ -34,6 +35,39 @@ TEST(Socket, AcceptsOneConnectionAfterTheOther) {
     EXPECT_FALSE(pair.server.RecvAccept()) << "nobody has come";
     pair.server.Clear();
     EXPECT_EQ(fcntl(listening, F_GETFD) + fcntl(accepted, F_GETFD), -2);
+}
+
+// Two minutes for a port that is in use, in steps of ten seconds that no signal cuts short.
+TEST(Socket, BindWaitsForAPortThatIsInUse) {
+    for (const auto& [free_after, slept_in_all] : {std::pair{10u, 10u}, {111u, 120u}, {121u, 120u}}) {
+        SCOPED_TRACE(free_after);
+        MGSocket holder, restarted;
+        holder.Init();
+        holder.BindExt("127.0.0.1", 0, holder.m_sock);
+        const uint16_t port = port_of(holder.m_sock);
+        restarted.Init();
+        VirtualClock clock;
+        unsigned slept = 0;
+        clock.sleeper = [&](unsigned seconds) {
+            const unsigned now = std::min(seconds, 7u); // a signal every seven seconds
+            slept += now;
+            if (slept >= free_after) holder.Clear();
+            return seconds - now;
+        };
+        EXPECT_EQ(outcome([&] { restarted.BindExt("127.0.0.1", port, restarted.m_sock); }),
+                  free_after <= 120 ? "true" : "BindExt: bind, EADDRINUSE");
+        EXPECT_EQ(slept, slept_in_all);
+    }
+}
+
+TEST(Socket, TellsAtOnceWhatCannotBeWaitedFor) {
+    MGSocket plain;
+    bool is_close;
+    int ends[2];
+    ASSERT_FALSE(pipe(ends) || close(ends[0]));
+    const vorma::FileDescriptor broken(ends[1]);
+    EXPECT_EQ(outcome([&] { plain.RecvPoll(broken.get(), is_close); }), "RecvPoll: (m_fds[0].revents & POLLERR)");
+    EXPECT_EQ(outcome([&] { plain.RecvPoll(-1, is_close); }), "RecvPoll: (sock < 0)");
 }
 
 // What ends a wait at its third time-out, 45 seconds after its beginning. Each kind of wait has limits of its own.
@@ -72,6 +106,32 @@ TEST(Socket, WaitsThroughTimeoutsUntilSomethingEndsIt) {
                   row.ending);
         EXPECT_EQ(clock.timeouts, 3);
     }
+}
+
+TEST(Socket, CountsInactivityFromWhatCameLast) {
+    for (const bool as_code : {true, false}) {
+        TcpPair pair, quiet;
+        VirtualClock clock;
+        bool from_1, from_2;
+        MGSocket& server = pair.server;
+        const auto wait = [&] { server.RecvPollWait2(pair.sock, quiet.sock, nullptr, from_1, from_2, true, false); };
+        server.SetLimitInactive(40);
+        clock.at_timeout = [&] { return clock.timeouts == 2 && (pair.peer_sends(code(7)), true); };
+        as_code ? static_cast<void>(server.RecvCode(pair.sock)) : wait();
+        if (!as_code) recv(pair.sock, nullptr, 8, MSG_TRUNC);
+        EXPECT_EQ(outcome(wait), "exit 6");
+        EXPECT_EQ(clock.timeouts, 2 + 3);
+        pair.peer_sends("x"), server.RecvPoll(pair.sock, from_1);
+        EXPECT_EQ(server.m_begin_inactive, 0) << "only a test starts the clock";
+    }
+}
+
+TEST(Socket, AResetIsACloseBeforeItsHangUpShowsToo) {
+    TcpPair pair;
+    VirtualClock clock;
+    clock.hidden = POLLHUP | POLLRDHUP | POLLIN;
+    pair.peer_resets();
+    EXPECT_EQ(outcome([&] { return pair.server.RecvPollWait(pair.sock, nullptr, false, false); }), "exit 1");
 }
 
 // What came before the close is still there to be read.
@@ -131,6 +191,7 @@ TEST(FramedExchange, TwoProcessesTalkWithoutLoss) {
 
 // What the peer said is there from the beginning. The last rows are of the forms for TLS, with TLS off.
 TEST(FramedExchange, RefusesABrokenMessage) {
+    const char* const not_eight = "RecvCode: (in_data.size() != sizeof(uint64_t))";
     void (TcpPair::*const closes)() = &TcpPair::peer_closes;
     void (TcpPair::*const resets)() = &TcpPair::peer_resets;
     const struct {
@@ -141,7 +202,8 @@ TEST(FramedExchange, RefusesABrokenMessage) {
         std::string ending, heard;
         bool tls = false;
     } rows[] = {
-        {false, "", closes, 0, 0, "RecvCode: (in_data.size() != sizeof(uint64_t))", ""},
+        {false, "", closes, 0, 0, not_eight, ""},
+        {false, "", resets, 0, 0, not_eight, ""},
         {false, code(3).substr(0, 5), closes, 0, 0, "RecvAll: (last_equal > 0)", ""},
         {false, code(3) + "ab", closes, 0, 0, "RecvAll: (last_equal > 0)", code(0)},
         {false, code(0) + "a", nullptr, 0, 0, "RecvData: (data.size() > size)", code(0)},
@@ -150,7 +212,10 @@ TEST(FramedExchange, RefusesABrokenMessage) {
         {true, "", resets, 0, 0, "false", ""},
         {true, code(1), closes, 0, 0, "SendData: RecvCode 1", code(3)},
         {true, code(0) + code(1ull << 63), closes, 0, 0, "SendData: RecvCode 2", code(3) + "abc"},
+        {true, code(0) + code(0), nullptr, 0, 0, "true", code(3) + "abc", true},
+        {true, code(0), closes, 0, 0, "false", code(3) + "abc", true},
         {true, code(0) + code(7), nullptr, 0, 0, "TlsSendData: RecvCode 2", code(3) + "abc", true},
+        {false, code(4) + "body", nullptr, 0, 4, "true", code(0) + code(0), true},
         {false, code(3), closes, 0, 4, "exit 1", code(0), true},
         {false, code(5), nullptr, 0, 4, "TlsRecvData: ( recv_byte > less_then )", "", true},
     };
@@ -163,6 +228,7 @@ TEST(FramedExchange, RefusesABrokenMessage) {
         Bytes data{'a', 'b', 'c'};
         MGTrelm unused;
         pair.server.TurnOffTls(true);
+        EXPECT_TRUE(pair.server.TlsClientAuth(nullptr, unused, "", false));
         EXPECT_EQ(outcome([&] {
                       MGSocket& ours = pair.server;
                       if (row.sends)
@@ -172,9 +238,52 @@ TEST(FramedExchange, RefusesABrokenMessage) {
                                      : ours.RecvData(pair.sock, data, row.only_equal, row.less_then);
                   }),
                   row.ending);
-        EXPECT_EQ(text(data), row.sends ? "abc" : "");
+        EXPECT_EQ(text(data), row.sends ? "abc" : row.ending == "true" ? "body" : "");
         EXPECT_EQ(pair.peer_got(row.heard.size()), row.heard);
     }
+}
+
+TEST(FramedExchange, RecvAllEndsAtItsSizeItsLimitOrATimeout) {
+    const struct {
+        size_t sent;
+        bool closed;
+        uint64_t only_equal, less_then;
+        const char* ending;
+        size_t got; // behind the byte that was there before
+    } rows[] = {
+        {100, true, 0, 100, "true", 100},
+        {40000, false, 39999, 0, "true", 39999},
+        {99, false, 100, 0, "false", 99},
+        {101, true, 0, 100, "RecvAll: (read_all > less_then)", 101},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.sent << " of " << row.only_equal << " or up to " << row.less_then);
+        TcpPair pair;
+        const VirtualClock clock;
+        pair.peer_sends(std::string(row.sent, 'x'));
+        if (row.closed) pair.peer_closes();
+        Bytes data{'!'};
+        EXPECT_EQ(outcome([&] { return pair.server.RecvAll(pair.sock, data, row.only_equal, row.less_then); }),
+                  row.ending);
+        EXPECT_EQ(text(data), "!" + std::string(row.got, 'x'));
+    }
+}
+
+// A message that comes in pieces with time-outs between them; the last time-out ends the reading of the body.
+TEST(FramedExchange, GathersWhatTimeoutsPullApart) {
+    TcpPair pair;
+    VirtualClock clock;
+    const std::string pieces[] = {code(6).substr(0, 3), code(6).substr(3), "ab", "cd", "ef"};
+    clock.at_timeout = [&] {
+        if (clock.timeouts > 5) return false;
+        return pair.peer_sends(pieces[clock.timeouts - 1]), true;
+    };
+    pair.server.SetLimitInactive(30); // each part of the body begins it anew
+    Bytes data;
+    EXPECT_TRUE(pair.server.RecvData(pair.sock, data, 0, 6));
+    EXPECT_EQ(text(data), "abcdef");
+    EXPECT_EQ(clock.timeouts, 6);
+    EXPECT_EQ(pair.peer_got(16), std::string(16, '\0'));
 }
 
 TEST(FramedExchange, OnlyTheLimitOnInactivityEndsAWait) {
@@ -229,6 +338,7 @@ TEST(Peers, DoNoHarmByMisbehaving) {
     const auto receives = [&](MGSocket& socket, int sock, Bytes& data) {
         return socket.TlsRecvData(unused, nullptr, sock, data, 0, 16);
     };
+    const auto takes_all = [](MGSocket& socket, int sock, Bytes& data) { return socket.RecvAll(sock, data, 0, 16); };
     const auto takes_turns = [&](MGSocket& socket, int sock, Bytes& data) {
         return socket.TlsSendData(unused, nullptr, sock, {1, 2, 3}) && receives(socket, sock, data);
     };
@@ -251,6 +361,7 @@ TEST(Peers, DoNoHarmByMisbehaving) {
         {hurries, takes_turns, "true"},
         {says_nothing_and_floods, receives, "TlsRecvData: (data.size() > size)"},
         {says_little_and_floods, receives, "true"},
+        {says_little_and_floods, takes_all, "RecvAll: (read_all > less_then)"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.ending);

@@ -97,6 +97,10 @@ private:
     }
 };
 
+Bytes bytes(const std::string& text) {
+    return {text.begin(), text.end()};
+}
+
 std::string text(const Bytes& data) {
     return {data.begin(), data.end()};
 }
@@ -199,6 +203,34 @@ TEST(TlsTransport, AFailureOfTheProviderEndsTheConversation) {
     }
 }
 
+// The peer asks for a new handshake while the client waits for a message.
+TEST(TlsTransport, AWaitSitsThroughANewHandshake) {
+    Conversation talk;
+    talk.run(
+        [](MGSocket& socket, int sock, MGTrelm& trelm) {
+            Bytes data{'!'};
+            socket.TlsConnRecv(sock, nullptr, trelm, 5, data, true);
+            return data == Bytes{'!', 'n', 'e', 'w', 's'} && trelm.TlsComplete();
+        },
+        [](MGSocket& socket, int sock, MGTrelm& trelm) {
+            Bytes in, out;
+            provider_stand_in.renegotiate = true;
+            trelm.TlsWrite({}, out);
+            socket.ConnSend(sock, out);
+            for (bool begun = false; !begun || !trelm.TlsComplete();) {
+                socket.RecvAuth(sock, trelm, in, false);
+                EXPECT_FALSE(trelm.TlsRead(in, out, false));
+                trelm.TlsWrite({}, out);
+                socket.ConnSend(sock, out);
+                begun = begun || !trelm.TlsComplete();
+            }
+            socket.TlsConnSend(sock, trelm, {'n', 'e'});
+            socket.TlsConnSend(sock, trelm, {'w', 's'});
+            return true;
+        });
+    EXPECT_EQ(talk.client + " " + talk.server, "true true");
+}
+
 // The limits and the flag, against a peer that keeps silent.
 TEST(TlsTransport, OnlyLimitsAndTheFlagEndTheWaitForASilentPeer) {
     enum Where { in_handshake, in_message, without_tls };
@@ -209,9 +241,9 @@ TEST(TlsTransport, OnlyLimitsAndTheFlagEndTheWaitForASilentPeer) {
         const char* ending;
         time_t seconds;
     } rows[] = {
-        {in_handshake, 30, 0, 0, "exit 5", 45},
-        {in_message, 1, 0, 7, "exit 2", 105},
-        {without_tls, 0, 20, 0, "exit 6", 30},
+        {in_handshake, 30, 0, 0, "exit 5", 45}, {in_handshake, 0, 20, 7, "exit 2", 105},
+        {in_message, 0, 20, 0, "exit 6", 30},   {in_message, 1, 0, 7, "exit 2", 105},
+        {without_tls, 0, 20, 0, "exit 6", 30},  {without_tls, 30, 20, 1, "exit 2", 15},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << row.where << ": " << row.ending << " after " << row.seconds);
@@ -238,6 +270,32 @@ TEST(TlsTransport, OnlyLimitsAndTheFlagEndTheWaitForASilentPeer) {
         EXPECT_FALSE(trelm.session);
         EXPECT_EQ(data.empty(), row.where != in_handshake);
     }
+}
+
+TEST(TlsTransport, AClientWithoutAServerIsToldSo) {
+    const ProviderTest provider;
+    Trelm trelm;
+    MGSocket client, gone;
+    gone.Init();
+    gone.BindExt("127.0.0.1", 0, gone.m_sock);
+    client.Init();
+    client.Connect("127.0.0.1", port_of(gone.m_sock)); // nobody listens there
+    EXPECT_FALSE(client.TlsClientAuth(nullptr, trelm, "vorma.test", false));
+    EXPECT_FALSE(trelm.session);
+    EXPECT_EQ(client.m_connect_error, ECONNREFUSED);
+}
+
+TEST(TlsTransport, TheFirstErrorGoesOnAndTheSecondIsLogged) {
+    const ProviderTest provider;
+    const TempDir dir;
+    TcpPair pair;
+    Trelm trelm;
+    pair.server.SetLogFile(dir.path("log").c_str());
+    pair.peer_sends("no handshake");
+    pair.peer_closes();
+    provider_stand_in.fail_call = provider_stand_in.calls + 3; // a session is created, shakes hands and is destroyed
+    EXPECT_EQ(error_of([&] { pair.server.TlsServerAuth(nullptr, trelm, false); }).uint32_param, stand_in_trouble);
+    EXPECT_NE(dir.read("log").find("TRELM_TlsSessionDestroy"), std::string::npos);
 }
 
 namespace {
@@ -284,7 +342,7 @@ TEST(MGTrelm, EveryFailureOfTheProviderIsToldAndLeavesNothing) {
         Bytes out;
         server.TlsQuery(1, out);
         EXPECT_NE(text(out).find("vorma.test"), std::string::npos);
-        client.TlsWrite({'s', 'e', 'c', 'r', 'e', 't'}, out);
+        client.TlsWrite(bytes("secret"), out);
         EXPECT_EQ(text(out).find("secret"), std::string::npos);
         EXPECT_TRUE(server.TlsRead(out, out, false));
         EXPECT_EQ(text(out), "secret");
@@ -331,15 +389,29 @@ TEST(MGTrelm, SharedContextsLiveAsLongAsTheirLastHolder) {
             EXPECT_EQ(provider_stand_in.live.size(), 2u);
             shake_hands(copy, copy_of_copy);
         }
-        copy.TlsWrite({'!'}, out);
+        copy.TlsWrite(bytes("still there"), out);
         EXPECT_TRUE(copy_of_copy.TlsRead(out, out, false));
-        EXPECT_EQ(text(out), "!");
+        EXPECT_EQ(text(out), "still there");
         for (int again = 0; again < 2; ++again) copy.Initialize(); // on its own feet again; its session ends
         EXPECT_EQ(provider_stand_in.live.size(), 2u + 2u);
         copy_of_copy.TlsCreate("", false, false);
         copy_of_copy.UnInitLib(); // before its destructor
     }
     EXPECT_FALSE(dlopen(vorma::provider_library.c_str(), RTLD_LAZY | RTLD_NOLOAD));
+}
+
+TEST(MGTrelm, RefusesWhatLacksItsLibraryItsContextOrItsSession) {
+    const ProviderTest provider;
+    MGTrelm unloaded, loaded;
+    Trelm initialised;
+    loaded.InitLib();
+    Bytes out;
+    const auto missing = [](MGTrelm& trelm, const auto& call) { return error_of([&] { call(trelm); }).func_2; };
+    EXPECT_EQ(missing(unloaded, [](MGTrelm& t) { t.Initialize(); }), "(!library)");
+    EXPECT_EQ(missing(loaded, [](MGTrelm& t) { t.TlsCreate("", false, false); }), "(!context)");
+    EXPECT_EQ(missing(loaded, [](MGTrelm& t) { t.SignFileDetached("/dev/null", "/dev/null", 1); }), "(!context)");
+    EXPECT_EQ(missing(initialised, [&](MGTrelm& t) { t.TlsHandshake({}, out); }), "(!session)");
+    EXPECT_EQ(missing(initialised, [&](MGTrelm& t) { t.TlsRead({}, out, true); }), "(!session)");
 }
 
 TEST(MGTrelm, SignsAndVerifiesFiles) {
@@ -359,4 +431,21 @@ TEST(MGTrelm, SignsAndVerifiesFiles) {
     dir.write("file", "another content");
     EXPECT_EQ(error_of([&] { trelm.VerifyFileDetached(file, signature, 4, hash); }).uint32_param, stand_in_bad_digest);
     EXPECT_TRUE(hash.empty());
+    // Failures of the file system and of the caller, with the provider at work.
+    const std::string absent = dir.path("absent/file");
+    EXPECT_EQ(error_of([&] { trelm.SignFileDetached(file, absent, 4); }).func_1, "WriteFile");
+    EXPECT_EQ(error_of([&] { trelm.SignFileDetached(file, signature, 0); }).err_description, "buffer_size");
+    EXPECT_EQ(provider_stand_in.live.size(), 2u);
+}
+
+TEST(MGTrelm, ConvertsTexts) {
+    const char name[] = "\xCF\xF0\xEE\xF4\xE8\xEB\xFC No\xB9 1";
+    std::string out = "x";
+    MGTrelm::conv_trelm_ansy1251_to_lower_utf8(name, out);
+    EXPECT_EQ(out, "профиль no№ 1");
+    MGTrelm::conv_trelm_ansy1251_to_lower_utf8_len(name, 4, out);
+    EXPECT_EQ(out, "проф");
+    EXPECT_EQ(Utf8toAnsi1251("Профиль No№ 1"), name);
+    EXPECT_EQ(Utf8toAnsi1251("a漢b"), "a");                                  // as far as it can be converted
+    EXPECT_EQ(MGTrelm::MemBlkToString({3, const_cast<char*>(name)}), "Про"); // no zero byte behind it
 }

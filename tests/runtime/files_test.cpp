@@ -8,9 +8,11 @@
 
 #include <cerrno>
 #include <csignal>
+#include <dlfcn.h>
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <numeric>
 #include <set>
 #include <sstream>
 #include <sys/stat.h>
@@ -184,6 +186,8 @@ using Names = std::vector<std::string>;
 // The waits of the code under test: counted, not waited for. What happens meanwhile is up to a test.
 unsigned slept_microseconds;
 std::function<void()> meanwhile;
+std::vector<double> slept_seconds;
+timespec interrupted_after{}; // what a signal leaves of the next wait
 
 } // namespace
 
@@ -191,6 +195,13 @@ extern "C" int usleep(useconds_t microseconds) {
     slept_microseconds = microseconds;
     if (meanwhile) meanwhile();
     return 0;
+}
+
+extern "C" int nanosleep(const timespec* wanted, timespec* left) {
+    slept_seconds.push_back(static_cast<double>(wanted->tv_sec) + static_cast<double>(wanted->tv_nsec) / 1e9);
+    *left = std::exchange(interrupted_after, {});
+    errno = EINTR;
+    return left->tv_sec == 0 ? 0 : -1;
 }
 
 namespace {
@@ -238,6 +249,28 @@ TEST(Waiting, PicksFilesAtRest) {
     MGFile().GetListFilesFromDirTimeout(dir.path(), "*", true, list, 0, 5000);
     EXPECT_EQ(list, Names({"rests"}));
     EXPECT_EQ(slept_microseconds, 1000000U);
+}
+
+TEST(Waiting, SleepsItsTimeThroughSignals) {
+    meanwhile = nullptr;
+    interrupted_after = {1, 600000000};
+    MGFile::SleepTimeout(3, 2);
+    EXPECT_EQ(slept_seconds, (std::vector<double>{3, 1.6}));
+    EXPECT_EQ(slept_microseconds, 2000U);
+}
+
+TEST(MGInfo, PrintsOneLineForEachRow) {
+    MGInfo info;
+    info.AddRow("unsigned long", 18446744073709551615UL);
+    info.AddNumRow("\t", 7U, "Имя", "x");
+    for (size_t size : {16, 17}) {
+        std::vector<uint8_t> bytes(size);
+        std::iota(bytes.begin(), bytes.end(), uint8_t{0xF8});
+        info.AddRow("dump", bytes);
+    }
+    EXPECT_EQ(info.GetString(), "unsigned long: 18446744073709551615\n\t7 Имя: x\n"
+                                "dump: (16) [F8 F9 FA FB FC FD FE FF 00 01 02 03 04 05 06 07]\n"
+                                "dump: (17) [F8 F9 FA FB FC FD FE FF ... 01 02 03 04 05 06 07 08]\n");
 }
 
 TEST(Guard, IsHeldByOneAndFreeOnceItIsKilledThoughItsProgramLivesOn) {
@@ -310,6 +343,14 @@ TEST(Programs, StartWithoutWaitingAndLeaveNoZombie) {
     MGFile::RunExtenProgNoWait("/no/such/program", "");
     signal(SIGCHLD, SIG_DFL);
     EXPECT_EQ(waitpid(-1, nullptr, 0), -1); // a zombie would be given out
+}
+
+TEST(Library, IsLoadedOneAtATime) {
+    const char* first = "libBrokenLocale.so.1";
+    MGFile file;
+    file.LoadLib(first);
+    file.LoadLib("libm.so.6");
+    EXPECT_EQ(dlopen(first, RTLD_LAZY | RTLD_NOLOAD), nullptr);
 }
 
 } // namespace

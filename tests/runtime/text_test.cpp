@@ -79,7 +79,48 @@ TEST(Masks, AgreeWithTheCLibrary) {
     EXPECT_GT(matches, 5000);
 }
 
+TEST(Masks, CaseAndInvalidText) {
+    const struct {
+        std::string text, mask;
+        bool blind, exact;
+    } rows[] = {
+        {"Ёлка.TXT", "ё*.txt", true, false},
+        {"a\xFFz", "a*", true, true},
+        {"abc", "ab\xFF*", false, false}, // the mask is "ab"
+        {"\xD0", "?", false, false},      // half a character is none
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(MGFile::CompareMaskUtf8(row.text, row.mask, false), row.blind) << row.text << " " << row.mask;
+        EXPECT_EQ(MGFile::CompareMaskUtf8(row.text, row.mask, true), row.exact) << row.text << " " << row.mask;
+    }
+}
+
 using Texts = std::vector<std::string>;
+
+TEST(Numbers, AreReadAtTheStartOrRefused) {
+    const std::pair<const char*, int32_t> good[] = {
+        {nullptr, 0}, {" \r\n", 0}, {"12abc", 12}, {"\t -7 8", -7}, {"-2147483648", INT32_MIN}};
+    for (const auto& [text, number] : good) EXPECT_EQ(MGFile::StringToInt32(text), number) << text;
+    for (const char* text : {"abc", "- 1", "2147483648"})
+        EXPECT_EQ(error_of([&] { MGFile::StringToInt32(text); }).str_param, text);
+    EXPECT_EQ(error_of([] { MGFile::StringToInt64("9223372036854775808"); }).func_2, "stoll");
+    EXPECT_EQ(MGFile::GetUint32Format(7, "%0200u"), std::string(127, '0')); // the work area's limit
+}
+
+TEST(TextHelpers, SplitFromEitherEnd) {
+    const struct {
+        const char *text, *sep;
+        Texts left, right;
+    } rows[] = {{".1..2", ".", {"", "1", "", "2"}, {"2", "", "1"}},
+                {"a<|>b<|>", "<|>", {"a", "b", ""}, {"", "b", "a"}}};
+    for (const auto& row : rows) {
+        Texts left = {"old"}, right = {"old"};
+        MGFile::SplitStringLeft(row.text, row.sep, left);
+        MGFile::SplitStringRight(row.text, row.sep, right);
+        EXPECT_EQ(left, row.left) << row.text;
+        EXPECT_EQ(right, row.right) << row.text;
+    }
+}
 
 TEST(Paths, KeepNamesSafeAndShort) {
     const struct {
@@ -120,17 +161,47 @@ TEST(Arguments, MayBeResultsToo) {
     Texts list = {dir.path(), stem, ".txt"};
     file.GetListFilesFromDir(list[0], list[1], list[2], list);
     EXPECT_EQ(list, (Texts{plain, copy}));
+    list = {dir.path(), "the-stem-of-a-family?2*"};
+    file.GetListFilesFromDir(list[0], list[1], true, list);
+    EXPECT_EQ(list, Texts{copy});
     std::string text = stem;
     EXPECT_EQ(file.GetMaxNameNExtFromDir(dir.path(), text, ".txt", text), 2U);
     EXPECT_EQ(text, copy);
     file.CopySameFile(dir.path(), dir.path(), text, text, "ADD_NUM", false, false, 0, false, false, 0);
     EXPECT_EQ(text, stem + "~2~1.txt");
+    file.OpenFileBuf(dir.path(plain));
+    file.OpenFileBuf(file.m_file_name);
+    EXPECT_EQ(file.m_file_name, dir.path(plain));
+    file.CloseFileBuf();
     text = dir.path(plain);
     file.ReadFileStringEx(text, 5, text);
     EXPECT_EQ(text, "a text of its own");
+    EXPECT_TRUE(MGFile::StrReplaceSrcOnDstLeft(text, text, text + text) && MGFile::DelBeginMaskFromLeftStr(text, text));
     list = {" the first of two lines \nthe second\nthe rest"};
     MGFile::SplitBlockOnSubStrings(list[0], list, false);
     EXPECT_EQ(list, (Texts{"the first of two lines", "the second"}));
+    std::vector<MGFileNumExt> numbered = {{stem, 0}};
+    MGFile::CopyListFileToListNumFile({copy}, numbered[0].name, ".txt", numbered);
+    EXPECT_EQ(numbered.at(0).num, 2U);
+}
+
+TEST(TextHelpers, FindTextBetweenMarksOfOneLine) {
+    const struct {
+        std::string text, begin, end, found;
+        bool escape;
+    } rows[] = {
+        {"<a\n<b> <c>", "<", ">", "b c", false},
+        {"\\<a> <b\\>c>", "<", ">", "b\\>c", true},
+        {"[[a]] [[\n]] [[b]]", "[[", "]]", "a b", false},
+        {"a\nb.", "", ".", "b", false},
+        {"<<<\n>", "<", ">", "", false},
+    };
+    for (const auto& row : rows) {
+        std::string all, found;
+        for (size_t pos = 0; MGFile::FindSubString(row.text, pos, row.begin, row.end, found, row.escape);)
+            all += (all.empty() ? "" : " ") + found;
+        EXPECT_EQ(all, row.found) << row.text;
+    }
 }
 
 using Bytes = std::vector<uint8_t>;
@@ -161,6 +232,22 @@ TEST(Encodings, AreThoseOfZlibAndOfTheBase64Program) {
         Bytes data;
         MGFile::Base64ToData(text, data);
         EXPECT_EQ(std::string(data.begin(), data.end()), expected) << text;
+    }
+}
+
+TEST(Encodings, RefuseAndLeaveNothing) {
+    Bytes data;
+    std::string text;
+    MGFile::String2Binary("0D73d6Ff", data);
+    EXPECT_EQ(data, (Bytes{0x0D, 0x73, 0xD6, 0xFF}));
+    error_of([&] { MGFile::String2Binary("00g0", data); });
+    EXPECT_TRUE(data.empty());
+
+    MGFile::GetUtf8StringFromBinaryExt({0xD0, 0xAF, 'z', 0}, text);
+    EXPECT_EQ(text, "Яz");
+    for (const Bytes& refused : {Bytes(), Bytes{'a'}, Bytes{'a', 0, 0}, Bytes{0xD0, 0}}) {
+        error_of([&] { MGFile::GetUtf8StringFromBinaryExt(refused, text); });
+        EXPECT_EQ(text, "");
     }
 }
 

@@ -15,7 +15,8 @@ inline constexpr uint32_t stand_in_bad_digest = 0xe0700abe; // first cause of a 
 
 struct ProviderStandIn {
     // --- told by the test ---
-    int fail_call = 0; // the call of this number, from 1, fails; 0 for none
+    int fail_call = 0;        // the call of this number, from 1, fails; 0 for none
+    bool renegotiate = false; // the next write of a server asks for a new handshake
     // Name (CP1251), psp, lsp and ldap of each crypto profile; an empty text is a block without data.
     std::vector<std::vector<std::string>> profiles;
 

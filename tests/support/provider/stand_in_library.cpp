@@ -281,9 +281,15 @@ uint32_t TRELM_TlsSessionQuery(void* context, void* session, uint32_t what, mem_
     return 0;
 }
 
+// Writing nothing gives what a new handshake has to say.
 uint32_t TRELM_TlsSessionWrite(void* context, void* session, const mem_blk* in, mem_blk* out) {
     if (const uint32_t code = refusal(context, session)) return code;
     SSL* const ssl = static_cast<SSL*>(session);
+    if (SSL_is_server(ssl) && provider_stand_in.renegotiate) {
+        provider_stand_in.renegotiate = false;
+        SSL_renegotiate(ssl);
+        SSL_do_handshake(ssl);
+    }
     if (is_sound(in) && in->size != 0 && SSL_write(ssl, in->data, static_cast<int>(in->size)) <= 0)
         return stand_in_trouble;
     give_waiting(ssl, out);
