@@ -58,7 +58,7 @@ with Desktop() as desktop:
             shown = next(text for text in editor.texts(box, "label") if "\n" in text)
             editor.press(box, "OK")
         assert shown.splitlines()[1] == step and set(facts) <= set(shown.splitlines()), shown
-        assert str(files[master == MASTER]) in shown.splitlines(), shown  # the one that is bent
+        assert str(files[master == MASTER]) in shown, shown  # the one that is bent
         assert contents(config) == before, step
         entry = re.fullmatch(r"\n____ERROR____\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\n(.*)", log.read_text(), re.DOTALL)[1]
         # The box leaves out the middle of what is long, the log does not.
