@@ -190,16 +190,16 @@ TEST_F(Log, RepeatsAreWrittenThreeTimesWithinTheHour) {
 // The locales are made for the test: a machine seldom has them.
 TEST(MGErr, TextsOfTheSystemAreUtf8InEveryCharset) {
     const TempDir dir;
-    setenv("LOCPATH", dir.path().c_str(), 1);
     for (const std::string charset : {"KOI8-R", "ISO-8859-1"}) {
         const std::string locale = "ru_RU." + charset;
         const std::string make = "localedef -c -i ru_RU -f " + charset + " " + dir.path(locale) + " 2>/dev/null";
         [[maybe_unused]] const int warned = std::system(make.c_str());
+        setenv("LOCPATH", dir.path().c_str(), 1); // as long as it is set, newlocale loses memory
         ASSERT_TRUE(std::setlocale(LC_ALL, locale.c_str())) << locale;
+        unsetenv("LOCPATH");
         EXPECT_EQ(vorma::system_error_text(ENOENT), "Нет такого файла или каталога") << charset;
     }
     std::setlocale(LC_ALL, "C");
-    unsetenv("LOCPATH");
     EXPECT_EQ(vorma::system_error_text(ENOENT), "No such file or directory");
 }
 
