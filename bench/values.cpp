@@ -61,13 +61,11 @@ void cipher() {
     };
     compare(
         "1 MiB enciphered / libgcrypt", 1.0,
-        [&] { encrypt_buffer(initial.data(), data.data(), ours.data(), data.size()); },
-        theirs_by(gcry_cipher_encrypt));
+        [&] { encrypt_buffer(initial.data(), data.data(), ours.data(), data.size()); }, theirs_by(gcry_cipher_encrypt));
     if (ours != theirs) give_up("another cipher");
     compare(
         "1 MiB deciphered / libgcrypt", 1.0,
-        [&] { decrypt_buffer(initial.data(), data.data(), ours.data(), data.size()); },
-        theirs_by(gcry_cipher_decrypt));
+        [&] { decrypt_buffer(initial.data(), data.data(), ours.data(), data.size()); }, theirs_by(gcry_cipher_decrypt));
     if (ours != theirs) give_up("another cipher");
     gcry_cipher_close(handle);
 }

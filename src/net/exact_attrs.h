@@ -15,7 +15,7 @@ void write_exact_attrs(MGLibxml& xml, xmlNode* node, const Record& record, const
         if (text && storable_text(record.**text) != record.**text) {
             err.str_param = attr.name;
             vorma::fail(err, "Текст содержит символы, которые нельзя передать в документе XML",
-                 "(storable_text(text) != text)");
+                        "(storable_text(text) != text)");
         }
     }
     write_attrs(xml, node, record, attrs);

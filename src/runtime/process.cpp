@@ -83,7 +83,8 @@ private:
 
 } // namespace
 
-bool vorma::start_detached(std::vector<std::string> arguments, int (*execute)(const char* program, char* const arguments[])) {
+bool vorma::start_detached(std::vector<std::string> arguments,
+                           int (*execute)(const char* program, char* const arguments[])) {
     std::vector<char*> pointers; // made before the fork: the child of a process with threads must not allocate
     for (std::string& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);

@@ -32,7 +32,8 @@ struct Run {
 
 void loop(const std::string& name, const std::function<Run()>& prepare);
 
-// While one lives, its thread meets no faults: for what isn't ours to test, such as a library that stands in for another.
+// While one lives, its thread meets no faults: for what isn't ours to test, such as a library that stands in for
+// another.
 class Pause {
 public:
     Pause();
