@@ -279,16 +279,17 @@ TEST(MGCert, LeavesNothingBehindWhenCallsFail) {
     const TempDir dir;
     dir.write("cert", std::string(cert.begin(), cert.end()));
     const std::string file = dir.path("cert");
-    for_each_fault(
-        "get_subject_from_parsed_cert", [] { return 0; },
-        [&](int) { vorma::at_edge("argument", [&] { get_subject_from_parsed_cert(file); }); });
-    for_each_fault(
-        "Init, SkipReqR2c, ParsReq", [] { return std::make_unique<MGCert>(); },
-        [&](auto& object) {
-            object->Init(sealed.data(), size_of(sealed));
-            object->SkipReqR2c();
-            object->ParsReq();
-        });
+    const Fallible<MGCert> rows[] = {
+        {"get_subject_from_parsed_cert",
+         [&](MGCert&) { vorma::at_edge("argument", [&] { get_subject_from_parsed_cert(file); }); }},
+        {"Init, SkipReqR2c, ParsReq",
+         [&](MGCert& object) {
+             object.Init(sealed.data(), size_of(sealed));
+             object.SkipReqR2c();
+             object.ParsReq();
+         }},
+    };
+    for_each_fault(rows);
 }
 
 // What is no certificate's file is refused before it is read.

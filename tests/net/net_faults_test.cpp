@@ -13,7 +13,6 @@
 
 #include <csignal>
 #include <dlfcn.h>
-#include <span>
 #include <sys/socket.h>
 
 using namespace vorma;
@@ -65,17 +64,6 @@ struct World {
     }
 };
 
-struct Row {
-    const char* name;
-    void (*run)(World&);
-};
-
-void test(std::span<const Row> rows) {
-    for (const Row& row : rows)
-        for_each_fault(
-            row.name, [] { return std::make_unique<World>(); }, [&](auto& world) { row.run(*world); });
-}
-
 uint16_t port_of(int sock) {
     const faults::Pause pause;
     sockaddr_in address{};
@@ -88,7 +76,7 @@ uint16_t port_of(int sock) {
 
 TEST(NetFaults, OfConnectionsLeaveNothing) {
     std::signal(SIGPIPE, SIG_IGN);
-    const Row rows[] = {
+    const Fallible<World> rows[] = {
         {"Connect, RecvAccept",
          [](World& w) {
              w.server.Init();
@@ -130,11 +118,11 @@ TEST(NetFaults, OfConnectionsLeaveNothing) {
              get_dev_ips(w.device, w.ips);
          }},
     };
-    test(rows);
+    for_each_fault(rows);
 }
 
 TEST(NetFaults, OfDocumentsLeaveNothing) {
-    const Row rows[] = {
+    const Fallible<World> rows[] = {
         {"file_header", [](World& w) { write_file_header(w.send, 1, w.text), read_file_header(w.text, w.file); }},
         {"file_crc", [](World& w) { write_file_crc(1, w.text), read_file_crc(w.text, w.file); }},
         {"file2_header",
@@ -154,7 +142,7 @@ TEST(NetFaults, OfDocumentsLeaveNothing) {
              write_file_ticket("TXT", w.send.file, 1, w.data, w.text);
          }},
     };
-    test(rows);
+    for_each_fault(rows);
 }
 
 namespace {
@@ -193,10 +181,9 @@ struct ProviderWorld : World {
 } // namespace
 
 TEST(NetFaults, OfTheProviderLeaveNothing) {
-    const struct {
-        const char* name;
-        void (*run)(ProviderWorld&);
-    } rows[] = {
+    const ProviderTest provider;
+    void* const pinned = dlopen(provider_library.c_str(), RTLD_LAZY);
+    const Fallible<ProviderWorld> rows[] = {
         {"InitLib, Initialize, CopyTrelm", [](ProviderWorld& w) { w.start(w.bridge), w.bridge.CopyTrelm(w.copy); }},
         {"Tls",
          [](ProviderWorld& w) {
@@ -221,10 +208,6 @@ TEST(NetFaults, OfTheProviderLeaveNothing) {
              w.bridge.VerifyFileDetached(w.signed_file, w.signature, 20, w.data);
          }},
     };
-    const ProviderTest provider;
-    void* const pinned = dlopen(provider_library.c_str(), RTLD_LAZY);
-    for (const auto& row : rows)
-        for_each_fault(
-            row.name, [] { return std::make_unique<ProviderWorld>(); }, [&](auto& w) { row.run(*w); });
+    for_each_fault(rows);
     dlclose(pinned);
 }

@@ -9,9 +9,10 @@
 #include <gtest/gtest.h>
 
 #include <set>
-#include <string_view>
 
 namespace {
+
+using namespace std::string_literals;
 
 const std::string content = "delivered", old = "what was there before";
 
@@ -59,74 +60,66 @@ struct World {
     }
 };
 
-struct Row {
-    const char* name;
-    void (*run)(World&);
-};
-
-// For arguments that are taken by value: making them is the caller's affair.
-#define OF_VALUES(...)                                                                                                 \
-    {                                                                                                                  \
-#__VA_ARGS__, [](World & w) { vorma::at_edge("arguments", [&] { __VA_ARGS__; }); }                             \
-    }
+using Row = Fallible<World>;
 #define OF(...)                                                                                                        \
-    {                                                                                                                  \
+    Row {                                                                                                              \
 #__VA_ARGS__, [](World & w) { __VA_ARGS__; }                                                                   \
     }
+// For arguments that are taken by value: making them is the caller's affair.
+#define OF_VALUES(...)                                                                                                 \
+    Row {                                                                                                              \
+#__VA_ARGS__, [](World & w) { vorma::at_edge("arguments", [&] { __VA_ARGS__; }); }                             \
+    }
 
-const char* row_name;     // of the row at work
 size_t failed_closes = 0; // that an operation told
 
-void each_fault(const Row& row, void (*check)(World&, bool)) {
-    row_name = row.name;
-    for_each_fault(
-        row.name, [] { return std::make_unique<World>(); }, [&](auto& w) { row.run(*w); },
-        [&](auto& w, bool done) { check(*w, done); });
+// The source and the old copy are there under some name.
+void expect_nothing_lost(World& w, bool done) {
+    const auto all = w.contents();
+    EXPECT_TRUE(all.contains(content) && all.contains(old) && all.contains("older"));
+    failed_closes += !done && faults::last_point().starts_with("close");
+    const std::string renamed = w.target + ".tmp";
+    const bool told = w.dir.read("log").find(renamed + "\n" + w.target + "\n") != std::string::npos;
+    EXPECT_TRUE(told || !std::filesystem::exists(renamed));
+    if (!done) w.file.CloseFileBuf();
 }
 
-// Whatever fails, the source and the old copy are there under some name, and no stump is.
 TEST(Delivery, LosesNothingWhateverFails) {
-    const Row rows[] = {
+    const Row moves[] = {
         OF(w.file.CopyLongFile(w.source, w.other)),
         OF(w.file.MoveLongFile(w.source, w.other)),
         OF(w.file.MoveFile(w.source, w.other)),
         OF(w.file.CopyFile(w.source, w.other)),
-        OF_VALUES(w.file.CopySameFile(w.from, w.to, w.file_name, w.result, w.mode_add, true, true, content.size(),
-                                      false, false, 0)),
-        OF_VALUES(w.file.CopySameFile(w.from, w.to, w.file_name, w.result, w.mode_add, true, true, content.size(),
-                                      false, true, 9)),
-        OF_VALUES(w.file.WriteSameFile(w.target, w.bytes(), 3, w.mode_add, false)),
         OF(w.file.RenameFile(w.target.c_str(), w.other.c_str())),
         OF(w.file.IsRenamedFile(w.target)),
         OF(w.file.ReadFileString(w.source, w.result)),
         OF_VALUES(w.file.ReadFileVectorEx(w.source, 4, w.data)),
         OF_VALUES(w.file.OpenFileBuf(w.source); w.file.ReadFileBuf(4, w.data); w.file.CloseFileBuf()),
     };
-    for (const Row& row : rows)
-        each_fault(row, [](World& w, bool done) {
-            const auto all = w.contents();
-            EXPECT_TRUE(all.contains(content) && all.contains(old) && all.contains("older"));
-            failed_closes += !done && faults::last_point().starts_with("close");
-            const bool delivers = std::string_view(row_name).find("SameFile") != std::string_view::npos;
-            const std::multiset<std::string> before = {content, "signature", old, "older"};
-            EXPECT_TRUE(all == before || done || !delivers) << "a stump";
-            const std::string renamed = w.target + ".tmp";
-            const bool told = w.dir.read("log").find(renamed + "\n" + w.target + "\n") != std::string::npos;
-            EXPECT_TRUE(told || !std::filesystem::exists(renamed));
-            if (!done) w.file.CloseFileBuf();
-        });
+    const Row deliveries[] = {
+        OF_VALUES(w.file.CopySameFile(w.from, w.to, w.file_name, w.result, w.mode_add, true, true, content.size(),
+                                      false, false, 0)),
+        OF_VALUES(w.file.CopySameFile(w.from, w.to, w.file_name, w.result, w.mode_add, true, true, content.size(),
+                                      false, true, 9)),
+        OF_VALUES(w.file.WriteSameFile(w.target, w.bytes(), 3, w.mode_add, false)),
+    };
+    for_each_fault(moves, expect_nothing_lost);
+    for_each_fault(deliveries, [](World& w, bool done) {
+        expect_nothing_lost(w, done);
+        EXPECT_TRUE(done || w.contents() == std::multiset({content, "signature"s, old, "older"s})) << "a stump";
+    });
     EXPECT_EQ(failed_closes, 9U); // one for each file that is written above
 }
 
 // Until the bytes themselves are written, the old ones stand.
 TEST(Overwriting, KeepsTheOldContentOnAFullDisk) {
-    const Row row = {"overwrite_file", [](World& w) {
-                         const auto* data = reinterpret_cast<const uint8_t*>(content.data());
-                         MGErr err = vorma::error_of("overwrite_file", "");
-                         const char* failed = vorma::overwrite_file(w.target.c_str(), data, content.size());
-                         if (failed) vorma::fail_errno(err, "", failed);
-                     }};
-    each_fault(row, [](World& w, bool done) {
+    const Row rows[] = {{"overwrite_file", [](World& w) {
+                             const auto* data = reinterpret_cast<const uint8_t*>(content.data());
+                             MGErr err = vorma::error_of("overwrite_file", "");
+                             const char* failed = vorma::overwrite_file(w.target.c_str(), data, content.size());
+                             if (failed) vorma::fail_errno(err, "", failed);
+                         }}};
+    for_each_fault(rows, [](World& w, bool done) {
         const std::string point = faults::last_point();
         const bool begun = point.starts_with("write") || point.starts_with("ftruncate") || point.starts_with("close");
         EXPECT_TRUE(w.dir.read("to/file.txt") == (done ? content : old) || (begun && !done)) << point;
@@ -174,8 +167,17 @@ TEST(FilesAndText, LeaveNothingBehindWhateverFails) {
         OF(w.file.GetCurrentDateTimeStr(w.result, w.result, w.result, w.result)),
         OF_VALUES(w.file.SplitFileNameToNameAndExt(w.text, w.result, w.second)),
     };
-    for (const Row& row : rows) each_fault(row, [](World&, bool) {});
+    for_each_fault(rows);
 }
+
+struct FullLog : World {
+    FullLog() {
+        dir.write("log", std::string(1025, 'x'));
+        file.SetLogMaxSize(1);
+        file.SetProtectRepeat(true);
+        file.SetProgVersion("version\n");
+    }
+};
 
 // The caller goes on, whatever fails.
 TEST(Log, ThrowsNothingWhateverFails) {
@@ -184,23 +186,13 @@ TEST(Log, ThrowsNothingWhateverFails) {
         OF(w.file.PrintInfoInLogFile(w.info)),
         OF(w.file.SetDebugLog(true, true); w.file.PrintDebugLogFileInput(w.info, true)),
     };
-    for (const Row& row : rows) each_fault(row, [](World&, bool done) { EXPECT_TRUE(done); });
-    for_each_fault(
-        "rotation",
-        [] {
-            auto w = std::make_unique<World>();
-            w->dir.write("log", std::string(1025, 'x'));
-            w->file.SetLogMaxSize(1);
-            w->file.SetProtectRepeat(true);
-            w->file.SetProgVersion("version\n");
-            return w;
-        },
-        [](auto& w) { w->file.PrintErrInLogFile(w->err); },
-        [](auto& w, bool done) {
-            EXPECT_TRUE(done);
-            const std::string full(1025, 'x');
-            EXPECT_TRUE(w->dir.read("log").starts_with(full) != (w->dir.read("log~1") == full)) << "lost";
-        });
+    for_each_fault(rows, [](World&, bool done) { EXPECT_TRUE(done); });
+    const Fallible<FullLog> rotation[] = {{"rotation", [](World& w) { w.file.PrintErrInLogFile(w.err); }}};
+    for_each_fault(rotation, [](World& w, bool done) {
+        EXPECT_TRUE(done);
+        const std::string full(1025, 'x');
+        EXPECT_TRUE(w.dir.read("log").starts_with(full) != (w.dir.read("log~1") == full)) << "lost";
+    });
 }
 
 } // namespace

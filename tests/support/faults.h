@@ -2,27 +2,23 @@
 // allocator behind stand-ins, which pass everything on until a loop over faults is at work in their thread:
 //
 //     struct World { TempDir dir; std::string file = dir.path("file"), text; };
-//     const struct { const char* name; void (*run)(World&); } rows[] = {
-//         {"ReadFileString", [](World& w) { MGFile::ReadFileString(w.file, w.text); }}, ...
-//     for (const auto& row : rows)
-//         for_each_fault(row.name, [] { return World(); }, row.run, [](World& w, bool done) { EXPECT_...; });
+//     const Fallible<World> rows[] = {{"ReadFileString", [](World& w) { MGFile::ReadFileString(w.file, w.text); }}};
+//     for_each_fault(rows, [](World& w, bool done) { EXPECT_...; });
 //
-// What a row's lambda itself allocates is a point too, and no MGErr: make arguments and results in the setup. A test
-// program may define a call itself, if it has a use of its own for it: ours gives way and counts nothing there.
+// What an operation's lambda itself allocates is a point too, and no MGErr: make arguments and results in the world.
 #pragma once
 
 #include <functional>
 #include <memory>
 #include <string>
 
-namespace faults {
-
-// How a point fails. Errors are EIO, ENOSPC where bytes are written, ENOMEM for allocations.
-enum class Kind {
-    once,        // the n-th call or allocation
-    no_memory,   // the n-th allocation and all behind it
-    short_write, // the n-th writing call moves half of its bytes, and the next one none
+template <class World>
+struct Fallible {
+    const char* name;
+    std::function<void(World&)> run;
 };
+
+namespace faults {
 
 // One run of an operation: what it works on, made anew for each fault and gone after it.
 struct Run {
@@ -30,10 +26,10 @@ struct Run {
     std::function<void(bool done)> check;
 };
 
-void loop(const std::string& name, const std::function<Run()>& prepare);
+void loop(const char* name, const std::function<Run()>& prepare);
 
-// While one lives, its thread meets no faults: for what isn't ours to test, such as a library that stands in for
-// another.
+// While one lives, its thread meets no faults and the leak check looks away: for what isn't ours to test, such as a
+// library that stands in for another.
 class Pause {
 public:
     Pause();
@@ -42,7 +38,7 @@ public:
     Pause& operator=(const Pause&) = delete;
 
 private:
-    bool armed_, recording_;
+    bool armed_;
 };
 
 // The name and the number of the point that failed last, "write 7"; for a trace of one's own.
@@ -50,22 +46,21 @@ std::string last_point();
 
 } // namespace faults
 
-// Runs operation(world) with its first fallible point failing, then with its second, until it passes untouched, in each
-// of the three kinds. `setup` gives the world for each run, by value or as an owner. Each time nothing but MGErr and
-// MGExit may come out; check(world, done) is asked, done being false after a failure; the operation must then work, and
-// check is asked once more; and with the world gone no descriptor is open and no byte allocated that was not before.
-// The number of faults is printed when the program ends.
-template <class Setup, class Operation, class Check>
-void for_each_fault(const std::string& name, Setup setup, Operation operation, Check check) {
-    faults::loop(name, [&] {
-        using World = decltype(setup());
-        const std::shared_ptr<World> world(new World(setup()));
-        return faults::Run{[world, &operation] { operation(*world); },
-                           [world, &check](bool done) { check(*world, done); }};
-    });
+// Runs each operation with its first fallible point failing, then with its second, until it passes untouched: only that
+// point, that allocation and all behind it, or a write of half its bytes with none behind it. Each time nothing but
+// MGErr and MGExit may come out; check(world, done) is asked, done being false after a failure; the operation must then
+// work, and check is asked once more; and with the world gone no descriptor is open and no block allocated that was not
+// before.
+template <class World, size_t size, class Check>
+void for_each_fault(const Fallible<World> (&rows)[size], Check check) {
+    for (const Fallible<World>& row : rows)
+        faults::loop(row.name, [&] {
+            const auto world = std::make_shared<World>();
+            return faults::Run{[world, &row] { row.run(*world); }, [world, check](bool done) { check(*world, done); }};
+        });
 }
 
-template <class Setup, class Operation>
-void for_each_fault(const std::string& name, Setup setup, Operation operation) {
-    for_each_fault(name, setup, operation, [](auto&, bool) {});
+template <class World, size_t size>
+void for_each_fault(const Fallible<World> (&rows)[size]) {
+    for_each_fault(rows, [](World&, bool) {});
 }
