@@ -3,7 +3,6 @@
 #include "cert/der_reader.h"
 #include "cert/mg_cert.h"
 #include "cert/oid_table.h"
-#include "cert/openssl_maker.h"
 #include "support/error_of.h"
 #include "support/faults.h"
 #include "support/temp_dir.h"
@@ -12,13 +11,38 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <memory>
 #include <openssl/objects.h>
 #include <openssl/pem.h>
+#include <openssl/x509v3.h>
 #include <set>
 #include <string>
 #include <sys/stat.h>
 
 namespace {
+
+using Bytes = std::vector<uint8_t>;
+using X509Owner = std::unique_ptr<X509, std::integral_constant<decltype(&X509_free), X509_free>>;
+
+// "30 05 ab" or "3005ab".
+Bytes hex(const std::string& digits) {
+    Bytes bytes(digits.size());
+    size_t size = 0;
+    OPENSSL_hexstr2buf_ex(bytes.data(), bytes.size(), &size, digits.c_str(), ' ');
+    bytes.resize(size);
+    return bytes;
+}
+
+// What OpenSSL made; `openssl asn1parse -inform DER -i -in golden/...` shows it.
+Bytes golden(const std::string& name) {
+    const std::string der = read_file(CERTIFICATES + name + ".der");
+    return {der.begin(), der.end()};
+}
+
+Bytes with_zero_behind(Bytes bytes) {
+    bytes.push_back(0);
+    return bytes;
+}
 
 uint32_t size_of(const Bytes& bytes) {
     return static_cast<uint32_t>(bytes.size());
@@ -77,7 +101,7 @@ TEST(DerReader, KindsOfValues) {
         return parse_der_struct(&record, value.data(), size_of(value), kind);
     };
     EXPECT_EQ(read(DER_S_KEY_USAGE(), der_kind_key_usage, hex("03 06 00 01 02 03 04 05")), 0xeeee000f);
-    EXPECT_EQ(read(DER_S_KEY_PERIOD(), der_kind_key_period, item(0x80, text("202101:1235959Z"))), 0xeeee000a);
+    EXPECT_EQ(read(DER_S_KEY_PERIOD(), der_kind_key_period, hex("80 0f 3230323130313a313233353935395a")), 0xeeee000a);
     EXPECT_EQ(read(DER_S_EXTENSION_LIST(), der_kind_extensions, hex("06 01 55 05 00")), 0xeeee001f);
     EXPECT_EQ(read(DER_S_PREV_CERT_LINK(), der_kind_prev_cert_link, hex("a1 02 a4 00")), 0xeeee002c);
     const Bytes bmp = hex("31 0b 30 09 06 03 550403 1e 02 6162");
@@ -154,8 +178,13 @@ std::string time_text(const DER_S_UTC_TIME& t) {
     return text;
 }
 
-int i2d_tbs(const X509* cert, uint8_t** encoded) {
-    return i2d_re_X509_tbs(const_cast<X509*>(cert), encoded);
+template <class Encode>
+Bytes der_of(X509* cert, Encode encode) {
+    uint8_t* encoded = nullptr;
+    const int size = encode(cert, &encoded);
+    const Bytes bytes(encoded, encoded + size);
+    OPENSSL_free(encoded);
+    return bytes;
 }
 
 void expect_same(const Bytes& der, X509* cert) {
@@ -188,7 +217,7 @@ void expect_same(const Bytes& der, X509* cert) {
     Bytes reversed = bytes_of(sign);
     std::reverse(reversed.begin(), reversed.end());
     expect_bytes(&MGCert::GetSign, reversed);
-    expect_bytes(&MGCert::GetSignedData, der_of(cert, i2d_tbs));
+    expect_bytes(&MGCert::GetSignedData, der_of(cert, i2d_re_X509_tbs));
     const ASN1_OCTET_STRING* key_id = X509_get0_subject_key_id(cert);
     expect_bytes(&MGCert::GetSubjKeyId, key_id ? bytes_of(key_id) : Bytes());
 
@@ -209,9 +238,9 @@ constexpr const char* full_name =
     "CN=Иванов,1.2.3.4.5=x,OGRN=1027700132195,Email=a@example.org,O=ООО \"Омега\", склад,OU=Отдел,C=RU";
 
 TEST(MGCert, ReadsNamesAndExtensions) {
-    const X509Owner made = make_cert(fill_all);
-    const Bytes der = der_of(made.get(), i2d_X509);
-    expect_same(der, made.get());
+    const Bytes der = golden("certificate");
+    const uint8_t* start = der.data();
+    expect_same(der, X509Owner(d2i_X509(nullptr, &start, size_of(der))).get());
     MGCert cert(der.data(), size_of(der));
     ASSERT_EQ(cert.ParsCert(), der_ok);
     std::string_view text, skip, oid;
@@ -240,7 +269,7 @@ TEST(MGCert, ReadsNamesAndExtensions) {
 
 // Every byte changed: whatever the result, nothing outside of the input is touched (sanitizers watch).
 TEST(MGCert, DamagedInputDoesNoHarm) {
-    Bytes der = der_of(make_cert(fill_all).get(), i2d_X509);
+    Bytes der = golden("certificate");
     for (uint8_t& byte : der)
         for (uint8_t value : {0x00, 0x30, 0x7f, 0x84, 0xff}) {
             const uint8_t good = std::exchange(byte, value);
@@ -252,33 +281,9 @@ TEST(MGCert, DamagedInputDoesNoHarm) {
         }
 }
 
-// A signed request with both attributes that are read.
-Bytes make_request() {
-    const Owner<X509_REQ, X509_REQ_free> request(X509_REQ_new());
-    fill_name(X509_REQ_get_subject_name(request.get()));
-    X509_REQ_set_pubkey(request.get(), test_key());
-    X509V3_CTX context;
-    X509V3_set_ctx(&context, nullptr, nullptr, request.get(), nullptr, 0);
-    X509V3_EXT_REQ_add_nconf(notation(), &context, "request_extensions", request.get());
-    X509_REQ_add1_attr_by_NID(request.get(), NID_pkcs9_signingTime, V_ASN1_UTCTIME,
-                              reinterpret_cast<const uint8_t*>("210131235958Z"), 13);
-    X509_REQ_sign(request.get(), test_key(), EVP_sha256());
-    return der_of(request.get(), i2d_X509_REQ);
-}
-
-// PKCS #7 signed data around the content.
-Bytes envelope(const Bytes& content) {
-    const X509Owner cert = make_cert([](X509*) {});
-    const Owner<BIO, BIO_free> data(BIO_new_mem_buf(content.data(), static_cast<int>(content.size())));
-    const Owner<PKCS7, PKCS7_free> signed_data(PKCS7_sign(cert.get(), test_key(), nullptr, data.get(), PKCS7_BINARY));
-    return der_of(signed_data.get(), i2d_PKCS7);
-}
-
 TEST(MGCert, LeavesNothingBehindWhenCallsFail) {
-    const Bytes cert = der_of(make_cert(fill_all).get(), i2d_X509), sealed = envelope(make_request());
-    const TempDir dir;
-    dir.write("cert", std::string(cert.begin(), cert.end()));
-    const std::string file = dir.path("cert");
+    const Bytes sealed = golden("sealed");
+    const std::string file = CERTIFICATES "certificate.der";
     const Fallible<MGCert> rows[] = {
         {"get_subject_from_parsed_cert",
          [&](MGCert&) { vorma::at_edge("argument", [&] { get_subject_from_parsed_cert(file); }); }},
@@ -322,13 +327,12 @@ TEST(MGCert, AuthoritiesOfTheSystemAgreeWithOpenssl) {
 }
 
 TEST(MGCertRequest, BareAndInBothEnvelopes) {
-    const Bytes request = make_request();
-    const Bytes plain = envelope(request);
-    const Bytes wrapped = envelope(item(0x30, join({item(0x81, hex("00")), item(0x82, request)})));
+    const Bytes request = golden("request");
     using Skip = uint32_t (MGCert::*)();
-    for (const auto& [input, skip] : {std::pair<const Bytes&, Skip>(request, nullptr),
-                                      {plain, &MGCert::SkipReqR2c},
-                                      {wrapped, &MGCert::SkipReqPse}}) {
+    for (const auto& [name, skip] : {std::pair<const char*, Skip>("request", nullptr),
+                                     {"sealed", &MGCert::SkipReqR2c},
+                                     {"wrapped", &MGCert::SkipReqPse}}) {
+        const Bytes input = golden(name);
         MGCert cert(input.data(), size_of(input));
         EXPECT_EQ(cert.IsReqPse(), skip != nullptr);
         EXPECT_EQ(skip ? (cert.*skip)() : der_ok, der_ok);
@@ -338,24 +342,17 @@ TEST(MGCertRequest, BareAndInBothEnvelopes) {
         ASSERT_EQ(Bytes(data, data + length), request);
         ASSERT_EQ(cert.ParsReq(), der_ok);
 
-        std::string_view name, other;
-        EXPECT_TRUE(cert.GetSubjectFullName(name) && name == full_name);
+        std::string_view text, other;
+        EXPECT_TRUE(cert.GetSubjectFullName(text) && text == full_name);
         const DER_S_UTC_TIME* time = nullptr;
         EXPECT_TRUE(cert.GetSigningTime(time) && time->year == 2021 && time->second == 58);
-        EXPECT_TRUE(cert.GetKeyUsage(2, name, other, other) && !cert.GetKeyUsage(0, name, other, other));
+        EXPECT_TRUE(cert.GetKeyUsage(2, text, other, other) && !cert.GetKeyUsage(0, text, other, other));
         EXPECT_TRUE(cert.GetNumberExtKeyUsage(length) && length == 1);
     }
 }
 
 TEST(MGCert, RefusesWithTheCode) {
-    const auto made = [](void (*modify)(X509*)) { return der_of(make_cert(modify).get(), i2d_X509); };
-    const Bytes cert = made(fill_all);
-    const Bytes late = made([](X509* x) {
-        fill_all(x);
-        ASN1_TIME_set_string(X509_getm_notAfter(x), "20510131235958Z");
-    });
-    const Bytes request = make_request(), sealed = envelope(request);
-    const Bytes type = hex("06 09 2a864886f70d010702"), data = hex("06 09 2a864886f70d010701");
+    const std::string signed_data = "06092a864886f70d010702", data = "06092a864886f70d010701";
     const struct {
         const char* what;
         Bytes input;
@@ -363,23 +360,23 @@ TEST(MGCert, RefusesWithTheCode) {
         uint32_t code;
     } rows[] = {
         {"nothing", {}, &MGCert::ParsCert, 0xeeee0015},
-        {"PEM", text("-----BEGIN CERTIFICATE-----\n"), &MGCert::ParsCert, 0xeeee0010},
-        {"a byte too much", join({cert, {0}}), &MGCert::ParsCert, 0xeeee0012},
+        {"PEM", hex("2d2d2d2d2d 424547494e"), &MGCert::ParsCert, 0xeeee0010},
+        {"a byte too much", with_zero_behind(golden("certificate")), &MGCert::ParsCert, 0xeeee0012},
         {"nothing inside", hex("30 00"), &MGCert::ParsCert, 0xeeee0016},
         {"signature with unused bits", hex("30 0a 30 02 05 00 30 00 03 02 01 80"), &MGCert::ParsCert, 0xeeee0014},
-        {"ends in GeneralizedTime", late, &MGCert::ParsCert, 0xeeee000d},
-        {"envelope: a byte too much", join({sealed, {0}}), &MGCert::SkipReqR2c, 0xeeee0022},
-        {"envelope: other type", item(0x30, data), &MGCert::SkipReqPse, 0xeeee0024},
-        {"envelope: no content", item(0x30, join({type, data, hex("05 00")})), &MGCert::SkipReqR2c, 0xeeee0026},
-        {"envelope: no item 2 in the content", sealed, &MGCert::SkipReqPse, 0xeeee0026},
-        {"request: a byte too much", join({request, {0}}), &MGCert::ParsReq, 0xeeee0028},
+        {"ends in GeneralizedTime", golden("late"), &MGCert::ParsCert, 0xeeee000d},
+        {"envelope: a byte too much", with_zero_behind(golden("sealed")), &MGCert::SkipReqR2c, 0xeeee0022},
+        {"envelope: other type", hex("300b" + data), &MGCert::SkipReqPse, 0xeeee0024},
+        {"envelope: no content", hex("3018" + signed_data + data + "0500"), &MGCert::SkipReqR2c, 0xeeee0026},
+        {"envelope: no item 2 in the content", golden("sealed"), &MGCert::SkipReqPse, 0xeeee0026},
+        {"request: a byte too much", with_zero_behind(golden("request")), &MGCert::ParsReq, 0xeeee0028},
         {"request: the signed part is all", hex("30 04 30 02 05 00"), &MGCert::ParsReq, 0xeeee0013},
     };
     for (const auto& row : rows) {
         MGCert object(row.input.data(), size_of(row.input));
         EXPECT_EQ((object.*row.step)(), row.code) << row.what;
     }
-    for (const Bytes& der : {made([](X509*) {}), Bytes()}) // the first has no subject
+    for (const Bytes& der : {golden("nameless"), Bytes()})
         EXPECT_NE(error_text([&] { get_subject_from_der_cert(der); }), "");
 }
 

@@ -88,8 +88,7 @@ std::string replaced(std::string text, const std::string& what, const std::strin
 
 // A file that states every attribute. No two fields of a record have the same number or text, and none its default.
 const std::string every_field = [] {
-    std::ifstream file(GOLDEN "/profile.xml", std::ios::binary);
-    std::string text(std::istreambuf_iterator<char>(file), {});
+    std::string text = read_file(GOLDEN "/profile.xml");
     for (const auto& [what, with] : {std::pair{"version=\"1\" release=\"1\"", "version=\"3\" release=\"4\""},
                                      {"exist0.content", "a &lt; &quot;b&quot; &amp; д&#10;"}})
         text = replaced(text, what, with);

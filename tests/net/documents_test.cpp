@@ -14,11 +14,8 @@
 
 namespace {
 
-// A file that holds what is written, whole.
 std::string golden(const std::string& name) {
-    std::ifstream file(GOLDEN "/" + name, std::ios::binary);
-    EXPECT_TRUE(file) << name;
-    return {std::istreambuf_iterator<char>(file), {}};
+    return read_file(GOLDEN "/" + name);
 }
 
 using testing::HasSubstr;

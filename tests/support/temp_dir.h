@@ -1,4 +1,4 @@
-// A directory of its own for one test, removed with all that it holds.
+// Files of tests, and a directory of its own for one test, removed with all that it holds.
 #pragma once
 
 #include <cstdlib>
@@ -7,6 +7,11 @@
 #include <iterator>
 #include <stdexcept>
 #include <string>
+
+inline std::string read_file(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
 
 class TempDir {
 public:
@@ -29,10 +34,7 @@ public:
     void write(const std::string& name, const std::string& content) const {
         std::ofstream(path(name), std::ios::binary) << content;
     }
-    std::string read(const std::string& name) const {
-        std::ifstream file(path(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    std::string read(const std::string& name) const { return read_file(path(name)); }
 
 private:
     std::string path_;
