@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <limits>
 #include <syslog.h>
 
 using namespace vorma;
@@ -77,18 +78,21 @@ std::string MGFile::SameFileName(const std::string& name, unsigned num) {
     });
 }
 
-// Doubles the number until one is free, then halves the gap: few probes where numbers are used without gaps.
+// Doubles the number until one is free, then halves the gap: few probes where numbers are used without gaps. A peer may
+// send files by the very names that it looks at.
 std::string MGFile::MaxSameFileName(const std::string& dir, const std::string& name) {
     return at_edge("MGFile::MaxSameFileName", [&] {
         MGErr err = error_of("MaxSameFileName", "Ошибка поиска свободного имени файла");
         const auto taken = [&](unsigned num) {
             return is_surely_file(err, JoinDirAndFileName(dir, SameFileName(name, num).c_str()));
         };
+        constexpr unsigned highest = std::numeric_limits<unsigned>::max();
         unsigned hi = 1;
         unsigned lo = 0;
         while (taken(hi)) {
+            if (hi == highest) fail(err, "Нет свободного номера", "(hi == highest)");
             lo = hi;
-            hi *= 2;
+            hi = hi > highest / 2 ? highest : hi * 2;
         }
         while (hi - 1 != lo) {
             const unsigned mid = lo + (hi - lo) / 2;

@@ -18,7 +18,7 @@ namespace {
 
 constexpr int most_depth = 64;
 constexpr int most_attributes = 256;
-constexpr size_t most_names = 100'000;
+constexpr size_t most_names = 100'000; // bytes of the dictionary, whose blocks grow fourfold
 constexpr size_t most_text = 16 << 20;
 constexpr size_t most_in_element = 64 << 10;
 
@@ -46,14 +46,19 @@ bool is_crowded(const xmlParserCtxt* parser) {
     return parser->maxatts > 2 * 5 * (most_attributes + 1) || parser->nsNr > 2 * most_attributes;
 }
 
+// Which bound what was handed out so far oversteps; null for none. At its own limit the dictionary would pass for a want
+// of memory.
+const char* overstepped(const Source& source) {
+    if (is_crowded(source.parser)) return too_many_attributes;
+    if (source.since_element > source.element_limit) return "Слишком длинный элемент";
+    if (xmlDictGetUsage(source.parser->dict) > most_names) return "Слишком много разных имён элементов и атрибутов";
+    return nullptr;
+}
+
 int next_bytes(void* data, char* buffer, int size) {
     auto& source = *static_cast<Source*>(data);
-    if (is_crowded(source.parser)) {
-        source.reports.refuse(too_many_attributes, xmlSAX2GetLineNumber(source.parser));
-        return -1;
-    }
-    if (source.since_element > source.element_limit) {
-        source.reports.refuse("Слишком длинный элемент");
+    if (const char* why = overstepped(source)) {
+        source.reports.refuse(why, xmlSAX2GetLineNumber(source.parser));
         return -1;
     }
     ssize_t got = 0;
@@ -99,7 +104,6 @@ xmlDoc* parse(Source& source, int options) {
     parser->_private = &source;
     parser->sax->internalSubset = document_type;
     parser->sax->startElementNs = element;
-    xmlDictSetLimit(parser->dict, most_names);
     xmlDoc* document = xmlCtxtReadIO(parser.get(), next_bytes, nullptr, &source, nullptr, nullptr, options);
     if (!source.reports.spoilt()) return document;
     xmlFreeDoc(document);

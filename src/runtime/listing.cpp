@@ -95,8 +95,8 @@ void MGFile::OpenFileBuf(std::string file) {
         MGErr err = error_of("OpenFileBuf", "Ошибка открытия файла для чтения данных");
         err.str_param = file;
         CloseFileBuf();
-        m_file_handle = open(file.c_str(), O_RDONLY | O_CLOEXEC);
-        if (m_file_handle < 0) fail_errno(err, "Ошибка выполнения открытия файла", "open", "O_RDONLY");
+        m_file_handle =
+            open_regular(err, file.c_str(), "Ошибка выполнения открытия файла", "open", "O_RDONLY").release();
         m_file_name = std::move(file);
     });
 }
@@ -134,13 +134,8 @@ void MGFile::CloseFileBuf() {
 void MGFile::ReadFileVectorEx(std::string file, size_t piece, std::vector<uint8_t>& data) {
     at_edge("MGFile::ReadFileVectorEx", [&] {
         data.clear();
-        MGErr err = error_of("OpenFileBuf", "Ошибка открытия файла для чтения данных");
-        err.str_param = file;
-        CloseFileBuf();
-        m_file_handle =
-            open_regular(err, file.c_str(), "Ошибка выполнения открытия файла", "open", "O_RDONLY").release();
+        OpenFileBuf(std::move(file));
         const Closing<&MGFile::CloseFileBuf> closing(*this);
-        m_file_name = std::move(file);
         std::vector<uint8_t> buffer(piece);
         std::vector<uint8_t> whole;
         while (const size_t got = ReadFileBufEx(buffer.data(), piece))

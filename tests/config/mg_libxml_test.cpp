@@ -24,6 +24,12 @@ std::string numbered_attributes(int count) {
     return all;
 }
 
+std::string numbered_elements(int count) {
+    std::string all;
+    for (int i = 0; i < count; ++i) all += "<a" + std::to_string(i) + "/>\n";
+    return all;
+}
+
 // Each entity calls the one before it twice; without a refusal, none of it ends.
 std::string nested_entities() {
     std::string text = "<!DOCTYPE a [<!ENTITY % e0 ' '>";
@@ -57,6 +63,7 @@ TEST(MGLibxml, RefusesHostileDocumentsAtOnceAndTellsWhy) {
         {repeated(65, "<a>") + repeated(65, "</a>"), "глубокая вложенность", "глубокая вложенность"},
         {"<a" + numbered_attributes(257) + "/>", "много атрибутов", "много атрибутов"},
         {"<a" + numbered_attributes(20000) + "/>", "много атрибутов в элементе (строка 1)", "элементе (строка 1)"},
+        {"<a>" + numbered_elements(50000) + "</a>", "много разных имён", "много разных имён"},
         {"<a b='" + std::string(11 << 20, 'x') + "'/>", "AttValue length too long", "длинный элемент"},
         {"<a>" + repeated(5 << 20, "<b/>") + "</b>", "mismatch", "длинный документ"},
         {"<a>\n<b></a>", "mismatch: b line 2 and a (строка 2, столбец 8)", "mismatch"},

@@ -121,9 +121,11 @@ TEST(SameName, IsDecidedByTheModeOrByRotation) {
 // And what is no regular file is refused without waiting for who would write to it.
 TEST(SameName, RenamesNothingForWhatCannotBeDelivered) {
     const TempDir from, to;
-    const std::string before = "a.txt=0 fifo=0 none=0 signless=0 ";
     put_files(from, "a.txt=new signless=new");
-    put_files(to, before);
+    put_files(to, "a.txt=0 fifo=0 none=0 signless=0 w~4294967295=0");
+    for (unsigned number = 1; number != 0; number *= 2) // what a search for a free number looks at
+        put_files(to, MGFile::GetNameNExt("w", number, "=0"));
+    const std::string before = files_of(to);
     const std::string fifo = from.path("fifo"), copy = to.path("copy");
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     std::filesystem::create_symlink(to.path("a.txt"), from.path("link"));
@@ -140,6 +142,7 @@ TEST(SameName, RenamesNothingForWhatCannotBeDelivered) {
         [&] { deliver(from, "signless", true, 3); },
         [&] { deliver(from, "a.txt", false, 4); }, // of another size
         [&] { deliver(to, "a.txt", false, 1); },
+        [&] { MGFile::MaxSameFileName(to.path(), "w"); },
         [&] { file.CopyFile(fifo, copy); },
         [&] { file.MoveFile(fifo, copy); },
         [&] { file.MoveLongFile(fifo, copy); },
