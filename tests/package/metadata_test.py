@@ -37,13 +37,3 @@ versions[metainfo] = ElementTree.parse(metainfo).find("releases/release").get("v
 versions["debian/changelog"] = re.match(r"vormaqscfg \((.+)\)", (ROOT / "debian/changelog").read_text())[1]
 versions["about box"] = re.search(r"Версия ([\d.]+)", (ROOT / "src/editor/settings.cpp").read_text())[1]
 assert set(versions.values()) == {VERSION}, versions
-
-# The guide names each refusal as the program does, and shows no picture that is not there.
-guide = (ROOT / "docs/ru/guide.md").read_text()
-sources = "".join(path.read_text() for path in (ROOT / "src").rglob("*.[ch]*"))
-sources = re.sub(r'"\s*"', "", sources).replace("\\n", "\n")
-refusals = re.findall(r"^\| ([^|]+?) \| ", guide[guide.index("## Что означает каждый отказ"):], re.M)
-assert len(refusals) > 30, refusals
-missing = [text for text in refusals if text != "Сообщение" and text not in sources]
-missing += [name for name in re.findall(r"!\[.*?\]\((.*?)\)", guide) if not (ROOT / "docs/ru" / name).is_file()]
-assert missing == [], missing
