@@ -13,20 +13,24 @@ using namespace vorma;
 
 namespace {
 
-// Runs a step whose failure is the user's to know and nobody's to handle.
+bool last_save_failed = false;
+
+// Runs a step whose failure is the user's to know; whether it succeeded.
 template <class Step>
-void told_over(MGDialog* dialog, const char* function, Step&& step) {
+bool told_over(MGDialog* dialog, const char* function, Step&& step) {
     try {
         at_edge(function, step);
+        return true;
     } catch (MGErr& err) {
         show_error(dialog, err);
+        return false;
     }
 }
 
 } // namespace
 
 void save_all_config_data(MGDialog* dialog) {
-    told_over(dialog, "save_all_config_data", [] {
+    last_save_failed = !told_over(dialog, "save_all_config_data", [] {
         const Busy busy;
         write_config_file(Context);
         const int count = static_cast<int>(Context->profiles.size());
@@ -35,6 +39,10 @@ void save_all_config_data(MGDialog* dialog) {
             write_profile_file(Context, index);
         }
     });
+}
+
+bool save_failed() {
+    return last_save_failed;
 }
 
 void make_vorma_catalog(MGDialog* dialog, const std::string& path) {

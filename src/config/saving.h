@@ -10,5 +10,8 @@ class MGDialog;
 // ends the save and is shown over `dialog`; memory keeps the change, and the next save writes everything again.
 void save_all_config_data(MGDialog* dialog);
 
+// Whether the last save failed: memory holds what the disk lacks.
+bool save_failed();
+
 // Makes a catalog with its missing parents; a failure is shown over `dialog`.
 void make_vorma_catalog(MGDialog* dialog, const std::string& path);

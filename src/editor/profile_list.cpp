@@ -128,6 +128,14 @@ bool id_is_taken(MGDialog* dialog) {
     return true;
 }
 
+// Nothing is unsaved, and nothing is asked, but after a save that failed: that is tried once more.
+void leave() {
+    if (save_failed()) save_all_config_data(ProfileDialog);
+    if (!save_failed() ||
+        ask_yes_no(ProfileDialog, "Последние изменения не записаны на диск и будут потеряны.\nВыйти без сохранения?"))
+        ProfileDialog->Quit();
+}
+
 } // namespace
 
 void init_profile_dialog() {
@@ -168,12 +176,12 @@ bool id_already_exist(const MGContext* context, const std::string& id, const int
 extern "C" {
 
 gboolean window_delete_event(GtkWidget*, GdkEvent*, gpointer) {
-    ProfileDialog->Quit();
+    at_handler(ProfileDialog, leave);
     return TRUE; // main destroys the window after the main loop
 }
 
 void programm_exit(GtkMenuItem*, gpointer) {
-    ProfileDialog->Quit();
+    at_handler(ProfileDialog, leave);
 }
 
 void profile_create(GtkButton*, gpointer store) {

@@ -145,4 +145,28 @@ TEST_F(ProfileList, SavesOnceForEachRowThatTheDefaultMarkPassesAndKeepsWhatCanno
     EXPECT_THAT(master_file(), HasSubstr("<editor path=\"\"/>"));
 }
 
+TEST_F(ProfileList, AsksBeforeItLeavesOnlyIfWhatFailedToBeSavedFailsAgain) {
+    show({"a"});
+    const std::string obstacle = context.config_dir + "/vormaqs_config.xml";
+    std::filesystem::create_directory(obstacle);
+    const auto leave = [](UiWindow window) { window.click("menuitem_quit"); };
+    UiScript script;
+    script.refusal(HasSubstr("vormaqs_config.xml"));
+    main().toggle_cell("profile_view", 0, active_column);
+    script.when("window_profile", [](UiWindow window) { window.close(); });
+    for (const int answer : {GTK_RESPONSE_NO, GTK_RESPONSE_YES})
+        script.refusal(HasSubstr("vormaqs_config.xml"))
+            .question(HasSubstr("Выйти без сохранения?"), answer)
+            .when("window_profile", [&, answer](UiWindow window) {
+                if (answer == GTK_RESPONSE_YES) std::filesystem::remove(obstacle);
+                leave(window);
+            });
+    gtk_main();
+    EXPECT_TRUE(std::filesystem::is_directory(obstacle)) << "nothing is saved";
+    gtk_main();
+    expect_saved({{"1", "Имя a", "a", "1"}});
+    script.when("window_profile", leave); // all is saved
+    gtk_main();
+}
+
 } // namespace
