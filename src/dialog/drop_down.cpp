@@ -3,6 +3,7 @@
 
 #include "dialog/input_habits.h"
 #include "dialog/rows.h"
+#include "dialog/text_search.h"
 #include "dialog/whole_cells.h"
 
 #include <cstring>
@@ -63,18 +64,6 @@ void shorten_in_the_middle(GtkCellLayout* layout) {
 // Who finds his text among so many types on.
 constexpr int most_matches = 1000;
 constexpr const char* row_was_picked = "row-was-picked"; // of a completion: by a key, since the last typing
-
-// Text as it is compared: what looks alike is alike, whatever its case.
-GtkText folded(const char* text) {
-    const GtkText normalized(g_utf8_normalize(text, -1, G_NORMALIZE_ALL));
-    return GtkText(normalized ? g_utf8_casefold(normalized.get(), -1) : nullptr);
-}
-
-bool contains(const char* text, const char* key) {
-    if (g_str_is_ascii(text)) return strcasestr(text, key); // most rows, and much faster
-    const GtkText folded_text = folded(text);
-    return folded_text && std::strstr(folded_text.get(), key);
-}
 
 GtkListStorePtr rows_with(GtkTreeModel* rows, const char* typed) {
     GtkListStorePtr matches(gtk_list_store_new(1, G_TYPE_STRING));

@@ -2,7 +2,8 @@
 #include "dialog/input_habits.h"
 
 #include "dialog/drop_down.h"
-#include "dialog/whole_cells.h"
+#include "dialog/list_habits.h"
+#include "dialog/number_habits.h"
 
 #include <string>
 
@@ -32,37 +33,6 @@ void insert_one_line(GtkEditable* entry, const char* text, int length, gpointer 
     gtk_editable_insert_text(entry, kept.c_str(), static_cast<int>(kept.size()), static_cast<int*>(position));
 }
 
-constexpr const char* click_counter = "vorma-click-counter";
-constexpr const char* click_was_cut_short = "vorma-click-cut-short";
-
-// Called for each click that the toolkit counts; there is no other way to the counter of a list's rows.
-gboolean remember_counter(GSignalInvocationHint*, guint, const GValue* values, gpointer) {
-    GtkEventController* counter = GTK_EVENT_CONTROLLER(g_value_get_object(values));
-    GtkWidget* widget = gtk_event_controller_get_widget(counter);
-    const bool of_rows = gtk_event_controller_get_propagation_phase(counter) == GTK_PHASE_BUBBLE; // not of the headings
-    if (of_rows && GTK_IS_TREE_VIEW(widget)) g_object_set_data(G_OBJECT(widget), click_counter, counter);
-    return TRUE;
-}
-
-// A box takes the input away. The counter of a click that opened it has lost its time limit.
-void note_cut_short(GtkWidget* view, gboolean has_input, gpointer) {
-    if (!has_input) g_object_set_data(G_OBJECT(view), click_was_cut_short, view);
-}
-
-gboolean count_clicks_anew(GtkWidget* view, GdkEvent*, gpointer) {
-    gpointer counter = g_object_get_data(G_OBJECT(view), click_counter);
-    if (counter && g_object_steal_data(G_OBJECT(view), click_was_cut_short))
-        gtk_event_controller_reset(GTK_EVENT_CONTROLLER(counter));
-    return FALSE;
-}
-
-void mend_double_clicks(GtkWidget* view) {
-    [[maybe_unused]] static const gulong hook = g_signal_add_emission_hook(
-        g_signal_lookup("pressed", GTK_TYPE_GESTURE_MULTI_PRESS), 0, remember_counter, nullptr, nullptr);
-    g_signal_connect(view, "grab-notify", G_CALLBACK(note_cut_short), nullptr);
-    g_signal_connect(view, "button-press-event", G_CALLBACK(count_clicks_anew), nullptr);
-}
-
 // Without its own handler the toolkit takes the event to the parent. Else scrolling past a value would change it
 // unseen.
 gboolean leave_wheel_to_page(GtkWidget* input, GdkEvent*, gpointer window) {
@@ -77,24 +47,6 @@ gboolean leave_page_keys_to_notebook(GtkWidget* input, GdkEventKey* key, gpointe
     const bool page = key->keyval == GDK_KEY_Page_Up || key->keyval == GDK_KEY_Page_Down;
     if (page && key->state & GDK_CONTROL_MASK) g_signal_stop_emission_by_name(input, "key-press-event");
     return FALSE;
-}
-
-bool is_plain_key(const GdkEventKey* key) {
-    return (key->state & gtk_accelerator_get_default_mod_mask()) == 0;
-}
-
-// The view would flip the mark in the cell at the cursor.
-gboolean open_row_by_enter(GtkWidget* widget, GdkEventKey* key, gpointer) {
-    if (!is_plain_key(key) || (key->keyval != GDK_KEY_Return && key->keyval != GDK_KEY_KP_Enter)) return FALSE;
-    GtkTreeView* view = GTK_TREE_VIEW(widget);
-    GtkTreePath* cursor = nullptr;
-    gtk_tree_view_get_cursor(view, &cursor, nullptr);
-    if (cursor) {
-        gtk_tree_view_set_cursor(view, cursor, nullptr, FALSE); // selects the row and no other
-        gtk_tree_view_row_activated(view, cursor, gtk_tree_view_get_column(view, 0));
-        gtk_tree_path_free(cursor);
-    }
-    return TRUE;
 }
 
 // The toolkit gives icons to the mouse alone.
@@ -133,7 +85,7 @@ void let_rows_shrink(GtkCellLayout* combo) {
     g_list_free(cells);
 }
 
-void mend(GtkWidget* input, GtkWidget* window) {
+void mend(GtkWidget* input, GtkWidget* window, GtkBuilder* builder) {
     if (GTK_IS_SPIN_BUTTON(input) || GTK_IS_COMBO_BOX(input))
         g_signal_connect(input, "scroll-event", G_CALLBACK(leave_wheel_to_page), window);
     if ((GTK_IS_SPIN_BUTTON(input) || GTK_IS_TREE_VIEW(input)) && gtk_widget_get_ancestor(input, GTK_TYPE_NOTEBOOK))
@@ -145,17 +97,12 @@ void mend(GtkWidget* input, GtkWidget* window) {
             let_rows_shrink(GTK_CELL_LAYOUT(input));
     }
     if (GTK_IS_ENTRY(input)) g_signal_connect(input, "insert-text", G_CALLBACK(insert_one_line), nullptr);
-    if (GTK_IS_TREE_VIEW(input)) {
-        mend_double_clicks(input);
-        show_whole_cells(GTK_TREE_VIEW(input));
-    }
+    if (GTK_IS_TREE_VIEW(input)) mend_list(GTK_TREE_VIEW(input), builder);
+    if (GTK_IS_SPIN_BUTTON(input)) mend_number(GTK_SPIN_BUTTON(input));
     if (GTK_IS_RADIO_BUTTON(input)) {
         g_signal_connect(input, "focus", G_CALLBACK(enter_group_without_choice), nullptr);
         g_signal_connect_after(input, "clicked", G_CALLBACK(show_chosen), nullptr);
     }
-    if (GTK_IS_TREE_VIEW(input) &&
-        g_signal_has_handler_pending(input, g_signal_lookup("row-activated", GTK_TYPE_TREE_VIEW), 0, FALSE))
-        g_signal_connect(input, "key-press-event", G_CALLBACK(open_row_by_enter), nullptr);
     if (!GTK_IS_LABEL(input)) return;
     if (GtkWidget* named = gtk_label_get_mnemonic_widget(GTK_LABEL(input)))
         g_object_bind_property(named, "sensitive", input, "sensitive", G_BINDING_SYNC_CREATE);
@@ -169,7 +116,7 @@ void mend_inputs(GtkBuilder* builder, GtkWidget* window) {
     for (GSList* item = objects; item; item = item->next) {
         if (GTK_IS_CELL_RENDERER_TEXT(item->data)) g_object_set(item->data, "single-paragraph-mode", TRUE, nullptr);
         if (GTK_IS_WIDGET(item->data) && gtk_widget_is_ancestor(GTK_WIDGET(item->data), window))
-            mend(GTK_WIDGET(item->data), window);
+            mend(GTK_WIDGET(item->data), window, builder);
     }
     g_slist_free(objects);
 }

@@ -3,6 +3,7 @@
 
 #include "app/log.h"
 #include "dialog/handlers.h"
+#include "dialog/number_habits.h"
 
 MGDialog* make_dialog(const char* object_id) {
     return new MGDialog("/selunara/vorma", "vormacfg.glade", object_id);
@@ -49,7 +50,7 @@ void show_error(MGDialog* dialog, MGErr& err) {
 }
 
 void respond_ok(gpointer dialog) {
-    gtk_dialog_response(GTK_DIALOG(dialog), GTK_RESPONSE_OK);
+    if (!shows_corrected_number(GTK_WINDOW(dialog))) gtk_dialog_response(GTK_DIALOG(dialog), GTK_RESPONSE_OK);
 }
 
 void button_ok(GtkWidget*, gpointer dialog) {

@@ -38,7 +38,8 @@ private:
 void show_message(MGDialog* dialog, const char* text); // "Сообщение": a remark about the user's input
 void show_refusal(MGDialog* dialog, const char* text); // "Ошибка": a value that is refused; not logged
 bool ask_yes_no(MGDialog* dialog, const char* text);   // "Вопрос": whether the answer was yes
-// Ends the run of a dialog, given as the toolkit hands it to handlers, with GTK_RESPONSE_OK.
+// Ends the run of a dialog, given as the toolkit hands it to handlers, with GTK_RESPONSE_OK. Where a number is shown
+// that differs from the one that was typed, the dialog stays, and the number has the focus (number_habits.h).
 void respond_ok(gpointer dialog);
 // Writes the error to the log and shows it in a box titled "Ошибка".
 void show_error(MGDialog* dialog, MGErr& err);

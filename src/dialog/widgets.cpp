@@ -1,40 +1,9 @@
 // Members of MGDialog that reach one widget by its id.
 #include "dialog/input_habits.h"
+#include "dialog/into_view.h"
 #include "dialog/kept_value.h"
 #include "dialog/mg_dialog.h"
 #include "dialog/valid_text.h"
-
-namespace {
-
-// The choice in the title of a closed frame, which opens the widgets in it; null if there is none.
-GtkWidget* opener_of(GtkWidget* widget) {
-    for (GtkWidget* parent = widget; parent; parent = gtk_widget_get_parent(parent)) {
-        GtkWidget* title = GTK_IS_FRAME(parent) ? gtk_frame_get_label_widget(GTK_FRAME(parent)) : nullptr;
-        if (GTK_IS_TOGGLE_BUTTON(title) && gtk_widget_is_sensitive(title)) return title;
-    }
-    return nullptr;
-}
-
-void show_page_of(GtkWidget* widget) {
-    GtkWidget* page = widget;
-    for (GtkWidget* parent = gtk_widget_get_parent(page); parent; parent = gtk_widget_get_parent(page)) {
-        if (GTK_IS_NOTEBOOK(parent))
-            gtk_notebook_set_current_page(GTK_NOTEBOOK(parent), gtk_notebook_page_num(GTK_NOTEBOOK(parent), page));
-        page = parent;
-    }
-}
-
-// The toolkit itself scrolls only to what can have the focus.
-void scroll_to(GtkWidget* widget) {
-    GtkWidget* viewport = gtk_widget_get_ancestor(widget, GTK_TYPE_VIEWPORT);
-    int top = 0; // below the upper edge of what is shown
-    if (!viewport || !gtk_widget_translate_coordinates(widget, viewport, 0, 0, nullptr, &top)) return;
-    GtkAdjustment* scrolled = gtk_scrollable_get_vadjustment(GTK_SCROLLABLE(viewport));
-    const double from = top + gtk_adjustment_get_value(scrolled);
-    gtk_adjustment_clamp_page(scrolled, from, from + gtk_widget_get_allocated_height(widget));
-}
-
-} // namespace
 
 // --- Labels, entries ---
 
@@ -81,12 +50,7 @@ bool MGDialog::ToggleButtonGet(const char* id) const {
 }
 
 void MGDialog::SetFocusToProblemWidget(const char* id) {
-    if (!id) return;
-    GtkWidget* widget = GTK_WIDGET(GetObject(id));
-    GtkWidget* opener = widget && !gtk_widget_is_sensitive(widget) ? opener_of(widget) : nullptr;
-    if (widget) show_page_of(widget); // a widget on a hidden page can have the focus, but the user would not see it
-    gtk_widget_grab_focus(opener ? opener : widget);
-    if (widget) scroll_to(widget);
+    if (id) focus_problem(GTK_WIDGET(GetObject(id)));
 }
 
 void MGDialog::SpinSetMax(const char* id, double value) {

@@ -177,6 +177,7 @@ void active_add_and_insert(GtkListStore* store, bool insert, int index) {
     else
         ConfigDialog->ListStoreAppend(store);
     active_save_data(store, action);
+    ConfigDialog->TreeViewSetCursor(GTK_TREE_VIEW(ConfigDialog->GetObject("active_view")));
     Actions& actions = working_actions();
     actions.insert(insert ? actions.begin() + index : actions.end(), action);
     add_string_to_vector(action.name, init_action_name);

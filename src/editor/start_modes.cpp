@@ -1,6 +1,7 @@
 // The pages of the start modes: what each frame holds, and which of them is open.
 #include "editor/start_modes.h"
 
+#include "dialog/into_view.h"
 #include "dialog/make_dialog.h"
 #include "dialog/open_dialogs.h"
 #include "editor/choosers.h"
@@ -183,6 +184,37 @@ const StartMode& mode_of(std::string_view radio) {
     return *std::ranges::find(start_modes, radio, &StartMode::radio);
 }
 
+GtkNotebook* pages() {
+    return GTK_NOTEBOOK(ConfigDialog->GetObject("notebook_config"));
+}
+
+const StartMode* chosen_mode() {
+    const auto is_chosen = [](const StartMode& mode) { return ConfigDialog->ToggleButtonGet(mode.radio); };
+    return std::ranges::find_if(start_modes, is_chosen);
+}
+
+bool holds(GtkWidget* page, const StartMode* mode) {
+    return gtk_widget_is_ancestor(GTK_WIDGET(ConfigDialog->GetObject(mode->radio)), page);
+}
+
+// Only one of the four pages has the chosen mode: its tab is bold, so that nobody has to look for it.
+void mark_tab_of_chosen() {
+    for (int number = 0; number < gtk_notebook_get_n_pages(pages()); ++number) {
+        GtkWidget* page = gtk_notebook_get_nth_page(pages(), number);
+        PangoAttrList* look = pango_attr_list_new();
+        pango_attr_list_insert(
+            look, pango_attr_weight_new(holds(page, chosen_mode()) ? PANGO_WEIGHT_BOLD : PANGO_WEIGHT_NORMAL));
+        gtk_label_set_attributes(GTK_LABEL(gtk_notebook_get_tab_label(pages(), page)), look);
+        pango_attr_list_unref(look);
+    }
+}
+
+// The frame of the chosen mode may be the last on its page.
+void show_chosen_on(GtkNotebook*, GtkWidget* page, guint, gpointer) {
+    GtkWidget* radio = GTK_WIDGET(ConfigDialog->GetObject(chosen_mode()->radio));
+    if (holds(page, chosen_mode())) scroll_into_view(gtk_widget_get_parent(radio));
+}
+
 // Opens the frame of the mode whose radio button became active; the button that lost the mark calls it too.
 void choose(const char* radio) {
     if (!ConfigDialog->ToggleButtonGet(radio)) return;
@@ -191,6 +223,7 @@ void choose(const char* radio) {
     if (mode.chosen) mode.chosen();
     for (const StartMode& other : start_modes)
         if (&other != &mode) set_sensitive_init(ConfigDialog, other.page, false);
+    mark_tab_of_chosen();
 }
 
 } // namespace
@@ -215,6 +248,8 @@ void fill_start_modes(MGDialog& dialog, const MGConfig& config) {
         fill(dialog, config, mode.rest);
         if (mode.filled) mode.filled(config);
     }
+    mark_tab_of_chosen();
+    g_signal_connect_after(pages(), "switch-page", G_CALLBACK(show_chosen_on), nullptr);
 }
 
 void read_start_modes(MGDialog& dialog, MGConfig& config) {

@@ -71,6 +71,7 @@ void add_address(GtkListStore* store) {
     assign_adrs_address(address, list_is_virtual());
     AdrsDialog->ListStoreAppend(store);
     fill_adrs_address(store, true, address, list_is_virtual());
+    AdrsDialog->TreeViewSetCursor(GTK_TREE_VIEW(AdrsDialog->GetObject("adrs_view")));
     edited_list().push_back(std::move(address));
 }
 

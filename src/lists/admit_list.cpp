@@ -199,6 +199,7 @@ void add_record(MGDialog* dialog, std::vector<Element>& list) {
     GtkListStore* store = get_admit_list_store(dialog, mode);
     dialog->ListStoreAppend(store);
     of_type<Element>.fill_row(dialog, store, true, element, mode);
+    dialog->TreeViewSetCursor(get_admit_tree_view(dialog, mode));
     list.push_back(std::move(element));
 }
 
