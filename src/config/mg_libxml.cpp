@@ -8,6 +8,8 @@
 
 #include <libxml/xmlsave.h>
 
+#include <charconv>
+#include <cstring>
 #include <stdexcept>
 
 using namespace vorma;
@@ -20,6 +22,11 @@ const xmlChar* xml(const char* text) {
 
 const char* plain(const xmlChar* text) {
     return reinterpret_cast<const char*>(text);
+}
+
+// xmlStrEqual of two names that are there, by the C library: libxml2 takes byte by byte.
+bool is_name(const xmlChar* is, const char* name) {
+    return std::strcmp(plain(is), name) == 0;
 }
 
 // An operation of this class, as its errors name it.
@@ -52,7 +59,7 @@ struct ReportingOperation {
 // The first node from `node` on, along its siblings, that is an element of that name; any element where it is null.
 xmlNode* element_from(xmlNode* node, const char* name) {
     for (; node; node = node->next)
-        if (node->type == XML_ELEMENT_NODE && (!name || xmlStrEqual(node->name, xml(name)))) return node;
+        if (node->type == XML_ELEMENT_NODE && (!name || is_name(node->name, name))) return node;
     return nullptr;
 }
 
@@ -279,10 +286,16 @@ private:
     const char* text_;
 };
 
+// Digits with nothing ahead of them, as every number that we write, need no locale. std::stoi takes blanks and a plus
+// too.
+bool is_plain_number(const char* text, int32_t& value) {
+    return std::from_chars(text, text + std::strlen(text), value).ec == std::errc();
+}
+
 } // namespace
 
 const xmlAttr* MGLibxml::find_prop(const xmlNode* node, const char* name) const {
-    const bool is_next = next_prop_ && next_prop_->parent == node && xmlStrEqual(next_prop_->name, xml(name));
+    const bool is_next = next_prop_ && next_prop_->parent == node && is_name(next_prop_->name, name);
     const xmlAttr* found = is_next ? next_prop_ : xmlHasProp(node, xml(name));
     next_prop_ = found ? found->next : nullptr;
     return found;
@@ -324,7 +337,7 @@ void MGLibxml::GetNumberPropExt(const xmlNode* node, const char* name, void* val
         try {
             if (is_64)
                 *static_cast<uint64_t*>(value) = std::stoul(text.text());
-            else
+            else if (!is_plain_number(text.text(), *static_cast<int32_t*>(value)))
                 *static_cast<int32_t*>(value) = std::stoi(text.text());
         } catch (const std::logic_error&) { // what both throw: no digits, or out of range
             operation.fails("Свойства не содержит числовое значение", is_64 ? "stolu" : "stoi", name, text.text());

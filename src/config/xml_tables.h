@@ -9,6 +9,7 @@
 #include "config/scrambling.h"
 #include "runtime/mg_file.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <type_traits>
@@ -105,6 +106,8 @@ template <class Row, class ReadRow>
 void read_rows(const MGLibxml& xml, const xmlNode* list, const char* name, int32_t quantity, MGErr& err,
                std::vector<Row>& rows, ReadRow&& read_row) {
     if (quantity < 1) return;
+    constexpr int32_t most_believed = 1000; // a file may claim any number
+    rows.reserve(rows.size() + static_cast<size_t>(std::min(quantity, most_believed)));
     int32_t counter = 0;
     for (xmlNode* node = xml.GetFirstChildren(list, name); node; node = xml.GetNextNode(node, name)) {
         if_counter_eq_quantity_throw_err(err, counter, quantity, name);

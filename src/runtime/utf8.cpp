@@ -13,12 +13,22 @@ size_t end_of_characters(const std::string& text, size_t n) {
     return pos + len;
 }
 
-std::string text_in_case(std::string text, bool to_upper) {
-    for (size_t pos = 0, len = 0; MGFile::NextUtf8(text, pos, len);) {
-        if (len > 2) continue;
-        const char32_t c = in_case(&text[pos], len, to_upper);
-        text[pos + len - 1] = static_cast<char>(len == 1 ? c : 0x80 | (c & 0x3F));
-        if (len == 2) text[pos] = static_cast<char>(0xC0 | c >> 6);
+// The two alphabets go by bytes of their own: they are what nearly all texts consist of.
+template <bool to_upper>
+std::string text_in_case(std::string text) {
+    for (char *at = text.data(), *end = at + text.size(); at != end;) {
+        const auto first = static_cast<unsigned char>(*at);
+        if (first > 0 && first < 0x80) {
+            *at++ = static_cast<char>(change_case(first, latin, to_upper));
+        } else if ((first & 0xE0) == 0xC0 && end - at > 1 && (at[1] & 0xC0) == 0x80) {
+            const char32_t c = in_case(at, 2, to_upper);
+            *at++ = static_cast<char>(0xC0 | c >> 6);
+            *at++ = static_cast<char>(0x80 | (c & 0x3F));
+        } else {
+            const size_t length = character_at({at, end}, 0);
+            if (length == 0) break;
+            at += length;
+        }
     }
     return text;
 }
@@ -61,11 +71,11 @@ void MGFile::CuttingEndIfMoreUtf8(std::string& text, size_t n) {
 }
 
 std::string MGFile::UpperUtf8(const std::string& text) {
-    return at_edge("MGFile::UpperUtf8", [&] { return text_in_case(text, true); });
+    return at_edge("MGFile::UpperUtf8", [&] { return text_in_case<true>(text); });
 }
 
 std::string MGFile::LowerUtf8(const std::string& text) {
-    return at_edge("MGFile::LowerUtf8", [&] { return text_in_case(text, false); });
+    return at_edge("MGFile::LowerUtf8", [&] { return text_in_case<false>(text); });
 }
 
 bool MGFile::CompareUtf8(const std::string& a, const std::string& b, bool case_sensitive) {
