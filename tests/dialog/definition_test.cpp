@@ -73,20 +73,6 @@ TEST_F(Definition, ConnectsEveryControlThatActs) {
     }
 }
 
-// The texts that a screen reader says before the input, joined.
-std::string spoken_label(GtkWidget* input) {
-    std::unique_ptr<AtkRelationSet, Unref> relations(atk_object_ref_relation_set(gtk_widget_get_accessible(input)));
-    AtkRelation* relation = atk_relation_set_get_relation_by_type(relations.get(), ATK_RELATION_LABELLED_BY);
-    std::string text;
-    if (!relation) return text;
-    GPtrArray* targets = atk_relation_get_target(relation);
-    for (guint i = 0; i < targets->len; i++) {
-        const char* name = atk_object_get_name(ATK_OBJECT(targets->pdata[i]));
-        if (name) text += name;
-    }
-    return text;
-}
-
 // What is typed into a list is looked for in the column of the search.
 TEST_F(Definition, NamesEveryInputForAssistiveTechnologyAndSearchesListsByText) {
     for (GObject* object : objects_) {

@@ -6,18 +6,17 @@
 
 #include <algorithm>
 #include <numeric>
-#include <random>
 
 namespace {
 
 using testing::HasSubstr;
 using Selection = std::vector<int>;
 
-MGAction action(int type, const std::string& name) {
+MGAction action(const std::string& type, const std::string& name) {
     MGAction made;
     made.active = true;
-    made.type = action_types[type].token;
-    made.name = name;
+    made.type = type;
+    made.name = made.console.prog = name; // the latter goes where its row goes
     return made;
 }
 
@@ -29,99 +28,83 @@ protected:
         dialog->Show();
     }
     UiWindow window() const { return UiWindow(dialog->window); }
-    void show_rows(int count) {
-        for (int row = 0; row < count; ++row) {
-            working.actions.push_back(action(row % 5, "строка " + std::to_string(row)));
-            working.actions.back().console.prog = "prog " + std::to_string(row); // goes where its row goes
-        }
+    void show_rows(const std::string& names) {
+        for (const char name : names) working.actions.push_back(action("COPYFILE", {name}));
         show_actions(*dialog, working.actions);
     }
     void press(const std::string& button, const Selection& selected) const {
         window().select("active_view", selected);
         window().click("button_active_" + button);
     }
-    // Presses a button that opens dialog_active, and answers that.
-    void answer(const std::string& button, const Selection& selected, const char* title, const MGAction& given,
-                bool confirm) const {
-        UiScript script;
-        script.when("dialog_active", [&](UiWindow active) {
-            EXPECT_EQ(active.title(), title);
-            active.set_combo("combo_active_type", given.type);
-            active.set_entry("entry_active_name", given.name);
-            active.click(confirm ? "button_active_ok" : "button_active_cancel");
-        });
-        press(button, selected);
-    }
 
     MGConfig working;
     OpenDialog dialog{ConfigDialog, "dialog_config", ""};
 };
 
-// Moves the selected elements one after the other, as the list is told to move its rows.
-void move_in_model(std::vector<MGAction>& model, Selection selected, const std::string& button) {
-    if (selected.empty()) return;
-    const int top = -selected.front(), bottom = static_cast<int>(model.size()) - 1 - selected.back();
-    const bool up = button == "top" || button == "up";
-    if ((up ? top : bottom) == 0) return;
-    const int step = button == "top" ? top : button == "up" ? -1 : button == "down" ? 1 : bottom;
-    if (!up) std::ranges::reverse(selected);
-    for (const int row : selected) {
-        const MGAction moved = model[static_cast<size_t>(row)];
-        model.erase(model.begin() + row);
-        model.insert(model.begin() + row + step, moved);
-    }
-}
-
-TEST_F(ActionList, StoreAndVectorFollowAPlainModel) {
-    std::mt19937 random(20240607);
-    const auto below = [&](size_t limit) { return static_cast<int>(random() % limit); };
-    const char* const moves[] = {"top", "up", "down", "bottom"};
-    show_rows(9);
-    std::vector<MGAction> model = working.actions;
-    for (int operation = 0; operation < 240; ++operation) {
-        const int kind = below(30);
+// The actions have names of one letter; of a replaced one the parameters stay.
+TEST_F(ActionList, StoreAndVectorFollowEachButton) {
+    const struct {
+        const char* button;
         Selection selected;
-        for (int row = 0, part = below(6); row < static_cast<int>(model.size()); ++row)
-            if (below(6) < part) selected.push_back(row);
-        if (kind < 4 && !selected.empty()) selected.resize(1);
-        const auto first = model.begin() + (selected.empty() ? 0 : selected[0]);
-        const bool confirm = below(4) != 0;
-        const MGAction given = action(below(std::size(action_types)), "действие " + std::to_string(operation));
-        SCOPED_TRACE("operation " + std::to_string(operation) + " of kind " + std::to_string(kind));
-        if (kind == 0 || (kind < 3 && selected.empty())) {
-            answer(kind == 0 ? "add" : "insert", selected, "Окно добавления нового действия", given, confirm);
-            if (confirm) model.push_back(given);
-        } else if (kind < 3) {
-            answer("insert", selected, "Окно вставки нового действия", given, confirm);
-            if (confirm) model.insert(first, given);
-        } else if (kind == 3 && !selected.empty()) {
-            answer("replace", selected, "Окно изменение существующего действия", given, confirm);
-            if (confirm) first->type = given.type, first->name = given.name;
-        } else if (kind == 4 && model.size() > 6 && !selected.empty()) {
-            UiScript script;
-            script.question(HasSubstr("удалить"), confirm ? GTK_RESPONSE_YES : GTK_RESPONSE_NO);
-            press("delete", selected);
-            for (auto row = selected.rbegin(); confirm && row != selected.rend(); ++row)
-                model.erase(model.begin() + *row);
-        } else if (kind < 10) {
-            const int row = below(model.size());
-            window().toggle_cell("active_view", row);
-            model[static_cast<size_t>(row)].active ^= true;
-        } else {
-            press(moves[kind % 4], selected);
-            move_in_model(model, selected, moves[kind % 4]);
-        }
+        const char* after;
+        const char* title = nullptr; // of the dialog that asks for the action
+        const char* name = "";
+        const char* answer = "button_active_ok";
+    } steps[] = {
+        {"down", {0, 2}, "1032456"},
+        {"up", {1, 3}, "0123456"},
+        {"top", {2, 4, 5}, "2045136"},
+        {"bottom", {1, 3}, "2413065"},
+        {"top", {0, 3}, "2413065"},
+        {"up", {0, 3}, "2413065"},
+        {"down", {2, 6}, "2413065"},
+        {"bottom", {2, 6}, "2413065"},
+        {"add", {0}, "2413065a", "Окно добавления нового действия", "a"},
+        {"insert", {1}, "2b413065a", "Окно вставки нового действия", "b"},
+        {"insert", {}, "2b413065ac", "Окно добавления нового действия", "c"},
+        {"replace", {3}, "2b4d3065ac", "Окно изменение существующего действия", "d"},
+        {"add", {}, "2b4d3065ac", "Окно добавления нового действия", "e", "button_active_cancel"},
+        {"replace", {0}, "2b4d3065ac", "Окно изменение существующего действия", "f", "button_active_cancel"},
+    };
+    show_rows("0123456");
+    const auto expect_rows = [&](const std::string& names) {
         Rows rows;
-        for (const MGAction& row : model)
+        for (const MGAction& row : working.actions)
             rows.push_back({row.active ? "1" : "0", get_action_txt_type(row.type), row.name});
-        ASSERT_EQ(working.actions, model);
-        ASSERT_EQ(window().table("active_view"), rows);
-        ASSERT_FALSE(rows.empty());
+        EXPECT_EQ(window().table("active_view"), rows);
+        std::string shown;
+        for (const auto& row : rows) shown += row[2];
+        EXPECT_EQ(shown, names);
+    };
+    for (const auto& step : steps) {
+        SCOPED_TRACE(testing::Message() << &step - steps);
+        UiScript script;
+        if (step.title)
+            script.when("dialog_active", [&](UiWindow active) {
+                EXPECT_EQ(active.title(), step.title);
+                active.set_combo("combo_active_type", "SENDFILE");
+                active.set_entry("entry_active_name", step.name);
+                active.click(step.answer);
+            });
+        press(step.button, step.selected);
+        expect_rows(step.after);
     }
+    for (const int answer : {GTK_RESPONSE_NO, GTK_RESPONSE_YES}) {
+        UiScript script;
+        script.question(HasSubstr("удалить"), answer);
+        press("delete", {0, 4, 9});
+        expect_rows(answer == GTK_RESPONSE_NO ? "2b4d3065ac" : "b4d065a");
+    }
+    window().toggle_cell("active_view", 2);
+    EXPECT_EQ(window().table("active_view")[2], (Rows::value_type{"0", "Отправка файла", "d"}));
+    std::string kept;
+    for (const MGAction& row : working.actions) kept += row.console.prog.empty() ? "-" : row.console.prog;
+    EXPECT_EQ(kept, "-41065-");
+    EXPECT_EQ(std::ranges::count(working.actions, true, &MGAction::active), 6);
 }
 
 TEST_F(ActionList, AsksAndTellsByTheNumberOfSelectedRows) {
-    show_rows(21);
+    show_rows("abcdefghijklmnopqrstu");
     const Rows rows = window().table("active_view");
     Selection selected;
     for (const auto& [count, question] : {std::pair(1, "это 1 выбранное правило?"),
@@ -142,8 +125,7 @@ TEST_F(ActionList, AsksAndTellsByTheNumberOfSelectedRows) {
 }
 
 TEST_F(ActionList, AnActionNeedsATypeAndAName) {
-    working.actions = {action(0, "")};
-    working.actions[0].type = "none";
+    working.actions = {action("none", "")};
     show_actions(*dialog, working.actions);
     UiScript script;
     script.when("dialog_active", type({}, "active_customize"));
@@ -179,7 +161,7 @@ TEST_F(ActionLevels, CancelDropsWhatItsLevelAndThoseBelowConfirmed) {
     show({"own"});
     for (const auto& row : table) {
         const std::string file = "new " + std::to_string(&row - table);
-        config().actions = {action(2, "имя")};
+        config().actions = {action("COPYFILE", "имя")};
         config().actions[0].send.file = "kept";
         UiScript script;
         script.when("dialog_config", [](UiWindow window) { window.activate_row("active_view", 0); });

@@ -15,8 +15,6 @@
 
 #include <set>
 
-using Rows = std::vector<std::vector<std::string>>;
-
 // What a window is answered with: these texts in its entries, then a press on the button.
 inline std::function<void(UiWindow)> type(std::vector<std::pair<std::string, std::string>> entries,
                                           std::string button) {

@@ -1,5 +1,5 @@
-// The editor of a profile: what its widgets show and its drop-down lists offer, what "Сохранить" checks and commits,
-// and what it makes on disk.
+// The editor of a profile: what its drop-down lists offer, what "Сохранить" checks and commits, and what it makes on
+// disk.
 #include "app/mg_context.h"
 #include "config/profile_file.h"
 #include "editor/histories.h"
@@ -8,31 +8,17 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <array>
 #include <ctime>
 #include <map>
-#include <sstream>
 
 namespace {
 
-using testing::Contains;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::IsSupersetOf;
-using testing::Not;
 
 using ProfileEditor = EditorTest;
 using Histories = EditorTest;
 constexpr const char *ok = "button_config_ok", *cancel = "button_config_cancel";
-
-std::string shown(UiWindow window, const std::string& id) {
-    GtkWidget* widget = window.find(id);
-    if (GTK_IS_SPIN_BUTTON(widget)) return std::to_string(static_cast<int>(window.spin(id)));
-    if (GTK_IS_ENTRY(widget)) return window.entry(id);
-    if (GTK_IS_COMBO_BOX(widget)) return window.combo(id);
-    if (GTK_IS_LABEL(widget)) return window.label(id);
-    return window.toggle(id) ? "1" : "0";
-}
 
 std::string front_page(UiWindow window) {
     GtkNotebook* notebook = GTK_NOTEBOOK(window.find("notebook_config"));
@@ -46,47 +32,6 @@ bool is_in_view(UiWindow window, const std::string& id) {
     int top = -1;
     gtk_widget_translate_coordinates(widget, viewport, 0, 0, nullptr, &top);
     return top >= 0 && top + gtk_widget_get_allocated_height(widget) <= gtk_widget_get_allocated_height(viewport);
-}
-
-// What some widgets show of golden/profile.xml, whose values tell where they stand in the file; all are read back.
-constexpr const char* some_widgets = R"(
-    config_profile_id=profile spin_timeout_inactivity=86400 spin_sleep_second=102 spin_sleep_millisecond=1000
-    entry_catalog_log=log.catalog check_ext_debug_log=1 entry_error_file=error.file entry_psp=crypto.psp
-    spin_tls_limit_inactive=107 entry_catalog_archive_in=catalog_archive_in combo_mode_same_file=ERROR
-    combo_ticket_type=TXT spin_time_hour=21 spin_period_minute=60 entry_mask_file=file.mask_file entry_recv_ip=10.1.0.1
-    entry_modify_catalog=modify.catalog entry_client_recv_ip=10.1.0.2 entry_client_send_ip=10.1.0.3
-    entry_server_send_domen=server.send_domen spin_server_send_port=20128 entry_gw_client_send_dev=gw_client.device
-    radio_gw_client_local=1 radio_gw_client_ip_select=1 entry_gw_client_local_adr=10.1.0.6
-    entry_gw_server_virtual_adr=10.1.2.1/24 entry_fc_login=fc.login entry_fc_password=init_fc.пароль radio_init_fs=1
-    entry_fs_ip=10.1.0.11 spin_fs_port=20134)";
-
-TEST_F(ProfileEditor, ShowsEveryFieldInItsWidgetAndReadsItBack) {
-    std::filesystem::copy_file(GOLDEN "/profile.xml", context.config_dir + "/profile.xml");
-    show({"profile"});
-    read_profile_file(Context, 0);
-    const MGConfig stored = config();
-    configure([&](UiWindow window) {
-        std::istringstream table(some_widgets);
-        for (std::string row; table >> row;)
-            EXPECT_EQ(row.substr(0, row.find('=') + 1) + shown(window, row.substr(0, row.find('='))), row);
-        EXPECT_EQ(window.table("active_view"), (Rows{{"1", "Отправка файла", "action0.name"}}));
-        // From here on the widgets alone know the plain values; lists stay in the working copy.
-        MGConfig& working = *static_cast<MGConfig*>(ConfigDialog->user_data);
-        MGConfig lists;
-        lists.actions = working.actions;
-        lists.admit = working.admit;
-        lists.gw_admit = working.gw_admit;
-        lists.fc_queue = working.fc_queue;
-        lists.fs_allow = working.fs_allow;
-        for (MGDev MGConfig::*side : {&MGConfig::gw_client, &MGConfig::gw_server}) {
-            (lists.*side).adrs = (working.*side).adrs;
-            (lists.*side).virt = (working.*side).virt;
-        }
-        working = lists;
-        window.click(ok);
-    });
-    EXPECT_EQ(config(), stored);
-    EXPECT_EQ(on_disk(), context.profiles);
 }
 
 TEST_F(ProfileEditor, ProposesCatalogsOfItsOwnWhichExistFromThenOn) {
@@ -116,35 +61,6 @@ TEST_F(ProfileEditor, CancelDropsAllAndTheFirstSaveFillsEmptyChoices) {
     EXPECT_EQ(config().ticket_type, "XML");
     EXPECT_EQ(config().sub_dir, "%%YYYY%%/%%MM%%/%%DD%%/%%LOGIN%%/%%QUEUE%%/%%TIME%%/");
     EXPECT_EQ(config().error_file, "");
-}
-
-TEST_F(ProfileEditor, WidgetsFollowTheirCheck) {
-    const struct {
-        const char* check;
-        bool MGConfig::*flag;
-        std::vector<const char*> followers;
-    } table[] = {
-        {"check_debug_log", &MGConfig::debug_log, {"check_ext_debug_log"}},
-        {"check_error_save", &MGConfig::need_save, {"entry_error_catalog", "entry_error_file"}},
-        {"check_crypto_init",
-         &MGConfig::crypto_init,
-         {"button_store_fill", "entry_crypto_profile", "entry_ldap", "check_preloading_key"}},
-    };
-    show({"own"});
-    for (const bool stored : {false, true}) {
-        for (const auto& row : table) config().*row.flag = stored;
-        configure([&](UiWindow window) {
-            for (const auto& row : table)
-                for (const bool on : {stored, !stored, stored}) {
-                    window.set_toggle(row.check, on);
-                    for (const char* id : row.followers) EXPECT_EQ(window.sensitive(id), on) << id << stored << on;
-                }
-            for (const char* check : {"check_ext_debug_log", "check_debug_log"}) window.set_toggle(check, true);
-            for (const bool on : {false, true}) window.set_toggle("check_debug_log", on);
-            EXPECT_FALSE(window.toggle("check_ext_debug_log")) << "went off with the other";
-            window.click(cancel);
-        });
-    }
 }
 
 TEST_F(ProfileEditor, RefusesThirteenAddressesOneAfterTheOther) {
@@ -192,12 +108,6 @@ TEST_F(ProfileEditor, RefusesThirteenAddressesOneAfterTheOther) {
     script.when("dialog_config", type({}, "config_ok"));
     configure();
     EXPECT_EQ(on_disk().at(0).config.recv_ip, "   ");
-    configure([](UiWindow window) { // what was confirmed is offered from now on
-        EXPECT_THAT(window.combo_rows("combo_fs_ip"), IsSupersetOf({"10.0.0.255", "   "}));
-        EXPECT_THAT(window.combo_rows("combo_fc_ip"), Not(Contains("10.0.0.255")));
-        EXPECT_THAT(window.combo_rows("combo_gw_client_internal_dev"), Not(Contains("dev200")));
-        window.click(cancel);
-    });
 }
 
 // Values that no input shows as they are.
@@ -265,8 +175,6 @@ TEST_F(ProfileEditor, ChoosesACatalogAndAFileThatKeepsItsBareName) {
     configure();
 }
 
-} // namespace
-
 GtkWidget* list_on_top() {
     GtkWidget* grabbing = gtk_grab_get_current();
     return GTK_IS_WINDOW(grabbing) && gtk_window_get_window_type(GTK_WINDOW(grabbing)) == GTK_WINDOW_POPUP ? grabbing
@@ -333,122 +241,53 @@ TEST_F(Histories, GatherEachTextOnceInTheOrderOfTheProfiles) {
     }
 }
 
-namespace {
-
-enum Mode : size_t { timer, file, recv, modify, client, server, gw_client, gw_server, fc, fs };
-
-const struct StartModeRow {
-    const char* name;
-    bool MGConfig::*flag;
-
-    std::string radio() const { return std::string("radio_init_") + name; }
-    std::string frame() const { return std::string("frame_init_") + name; }
-} modes[] = {
-    {"timer", &MGConfig::timer_radio},
-    {"file", &MGConfig::file_radio},
-    {"recv", &MGConfig::recv_radio},
-    {"modify", &MGConfig::modify_radio},
-    {"client", &MGConfig::client_radio},
-    {"server", &MGConfig::server_radio},
-    {"gw_client", &MGConfig::gw_client_radio},
-    {"gw_server", &MGConfig::gw_server_radio},
-    {"fc", &MGConfig::fc_radio},
-    {"fs", &MGConfig::fs_radio},
-};
-
-// Adds the inputs and buttons within a container, but for the radio buttons that choose a mode.
-void collect_controls(GtkWidget* widget, gpointer controls) {
-    if (id_of(widget).starts_with("radio_init_")) return;
-    if (GTK_IS_ENTRY(widget) || GTK_IS_COMBO_BOX(widget) || GTK_IS_BUTTON(widget))
-        static_cast<std::vector<GtkWidget*>*>(controls)->push_back(widget);
-    if (GTK_IS_CONTAINER(widget)) gtk_container_foreach(GTK_CONTAINER(widget), collect_controls, controls);
-}
-std::vector<GtkWidget*> controls_of(UiWindow window, const StartModeRow& mode) {
-    std::vector<GtkWidget*> controls;
-    collect_controls(window.find(mode.frame()), &controls);
-    return controls;
-}
-
-using Stored = std::array<bool, 3>; // recv_tls, server_need_cert, server_use_list
-
-class StartModes : public EditorTest {
-protected:
-    // Opens the editor on a profile with these modes and dependants, and confirms it.
-    void edit(const std::set<size_t>& flags, const Stored& stored, const std::function<void(UiWindow)>& act) {
-        if (context.profiles.empty()) show({"own"});
-        for (size_t mode = 0; mode < std::size(modes); ++mode) config().*modes[mode].flag = flags.count(mode);
-        config().recv_tls = stored[0];
-        config().server_need_cert = stored[1];
-        config().server_use_list = stored[2];
-        configure([&](UiWindow window) {
-            act(window);
-            window.click("button_config_ok");
-        });
-    }
-};
-
-// need_cert of the network frame; use_admission_list, its button and everyone of the server's frame.
-std::string dependants(UiWindow window) {
-    std::string open;
-    for (const char* id :
-         {"check_need_cert", "check_use_admission_list", "button_admission_list", "check_admit_everyone"})
-        open += window.sensitive(id) ? '1' : '0';
-    return open;
-}
-
-TEST_F(StartModes, ChoosingAModeOpensItsFrameAlone) {
-    edit({fc}, {true, true, true}, [&](UiWindow window) {
-        for (const auto& chosen : modes) {
-            window.set_toggle(chosen.radio(), true);
-            for (const auto& mode : modes)
-                for (GtkWidget* control : controls_of(window, mode))
-                    EXPECT_EQ(gtk_widget_is_sensitive(control), &mode == &chosen)
-                        << id_of(control) << " in " << chosen.name;
-        }
-    });
-}
-
-TEST_F(StartModes, OpensByTheStoredFlagsAndStoresTheOneActiveMode) {
+// Until a mode is clicked the stored flags alone decide in the frames behind that of the stored mode.
+TEST_F(ProfileEditor, OpensByTheStoredFlagsAndStoresTheOneActiveMode) {
+    const std::pair<std::string, bool MGConfig::*> modes[] = {
+        {"timer", &MGConfig::timer_radio},
+        {"file", &MGConfig::file_radio},
+        {"recv", &MGConfig::recv_radio},
+        {"modify", &MGConfig::modify_radio},
+        {"client", &MGConfig::client_radio},
+        {"server", &MGConfig::server_radio},
+        {"gw_client", &MGConfig::gw_client_radio},
+        {"gw_server", &MGConfig::gw_server_radio},
+        {"fc", &MGConfig::fc_radio},
+        {"fs", &MGConfig::fs_radio},
+    };
     const struct {
-        std::set<size_t> flags;
-        Stored stored;
-        const char* open;
-        size_t active;
+        std::set<std::string> stored;
+        bool recv_tls, need_cert, use_list;
+        const char* open; // of the dependants
+        std::string active;
     } table[] = {
-        // Until a mode is clicked the stored flags alone decide in the frames behind that of the stored mode.
-        {{timer}, {true, false, true}, "1000", timer}, {{file}, {true, true, false}, "1100", file},
-        {{recv}, {false, true, true}, "0111", recv},   {{server}, {true, true, true}, "0111", server},
-        {{fs}, {true, true, true}, "0000", fs},        {{file, gw_client}, {}, "0000", gw_client},
-        {{}, {true, true, true}, "1111", timer},
+        {{"timer"}, true, false, true, "1000", "timer"},
+        {{"file"}, true, true, false, "1100", "file"},
+        {{"recv"}, false, true, true, "0111", "recv"},
+        {{"server"}, true, true, true, "0111", "server"},
+        {{"fs"}, true, true, true, "0000", "fs"},
+        {{"file", "gw_client"}, false, false, false, "0000", "gw_client"},
+        {{}, true, true, true, "1111", "timer"},
     };
+    const char* const dependants[] = {"check_need_cert", "check_use_admission_list", "button_admission_list",
+                                      "check_admit_everyone"};
+    show({"own"});
     for (const auto& row : table) {
-        edit(row.flags, row.stored, [&](UiWindow window) {
-            EXPECT_TRUE(window.toggle(modes[row.active].radio())) << row.active;
-            EXPECT_EQ(gtk_widget_is_sensitive(controls_of(window, modes[row.active]).front()), !row.flags.empty());
-            EXPECT_EQ(dependants(window), row.open) << row.active;
+        for (const auto& [name, flag] : modes) config().*flag = row.stored.contains(name);
+        config().recv_tls = row.recv_tls;
+        config().server_need_cert = row.need_cert;
+        config().server_use_list = row.use_list;
+        configure([&](UiWindow window) {
+            std::string open;
+            for (const char* id : dependants) open += window.sensitive(id) ? '1' : '0';
+            EXPECT_EQ(open, row.open) << row.active;
+            EXPECT_TRUE(window.toggle("radio_init_" + row.active));
+            EXPECT_EQ(window.sensitive("spin_time_hour"), row.stored.contains("timer"));
+            window.click(ok);
         });
-        for (size_t mode = 0; mode < std::size(modes); ++mode)
-            EXPECT_EQ(on_disk().at(0).config.*modes[mode].flag, mode == row.active) << modes[mode].name << row.active;
+        for (const auto& [name, flag] : modes)
+            EXPECT_EQ(on_disk().at(0).config.*flag, name == row.active) << name << " of " << row.active;
     }
-}
-
-TEST_F(StartModes, DependantsFollowTheirChecksAsTheUserClicks) {
-    const struct {
-        const char* id;
-        bool on;
-        const char* open;
-    } clicks[] = {
-        {"radio_init_recv", true, "0000"},          {"check_tls_recv", true, "1000"},
-        {"radio_init_server", true, "0000"},        {"check_server_need_cert", true, "0100"},
-        {"check_use_admission_list", true, "0111"}, {"radio_init_fs", true, "0000"},
-        {"radio_init_server", true, "0111"},        {"check_use_admission_list", false, "0100"},
-    };
-    edit({timer}, {}, [&](UiWindow window) {
-        for (const auto& click : clicks) {
-            window.set_toggle(click.id, click.on);
-            EXPECT_EQ(dependants(window), click.open) << click.id << click.on;
-        }
-    });
 }
 
 } // namespace

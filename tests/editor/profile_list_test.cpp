@@ -17,7 +17,7 @@ protected:
         EXPECT_EQ(on_disk(), context.profiles);
         Rows memory;
         for (const MGProfile& profile : context.profiles)
-            memory.push_back({profile.is_default ? "1" : "0", profile.name, profile.id, profile.active ? "1" : "0"});
+            memory.push_back({profile.is_default ? "1" : "0", profile.active ? "1" : "0", profile.name, profile.id});
         EXPECT_EQ(memory, expected);
     }
     std::string master_file(const char* reserve = "") const {
@@ -54,7 +54,7 @@ TEST_F(ProfileList, CreatesAProfileOnceNameAndIdAreRight) {
     script.when("dialog_enter_2", type({{"enter_2_id", "third_3"}}, "enter_2_ok"));
     main().click("button_profile_create");
     expect_saved(
-        {{"1", "Имя first", "first", "0"}, {"0", "Имя second", "second", "1"}, {"0", "Третий", "third_3", "0"}});
+        {{"1", "0", "Имя first", "first"}, {"0", "1", "Имя second", "second"}, {"0", "0", "Третий", "third_3"}});
     GtkListStore* store = nullptr;
     EXPECT_TRUE(ProfileDialog->TreeViewGetSelection(GTK_TREE_VIEW(main().find("profile_view")), &store));
     EXPECT_EQ(ProfileDialog->TreeModelGetIndex(), 2) << "what is new is at hand";
@@ -75,18 +75,18 @@ TEST_F(ProfileList, RenamesWithoutTouchingTheId) {
     script.when("dialog_enter_2", type({{"enter_2_name", "<Другой & новый>"}}, "enter_2_ok"));
     main().select("profile_view", {1});
     main().click("button_profile_rename");
-    expect_saved({{"1", "Имя first", "first", "0"}, {"0", "<Другой & новый>", long_id, "0"}});
+    expect_saved({{"1", "0", "Имя first", "first"}, {"0", "0", "<Другой & новый>", long_id}});
 }
 
 TEST_F(ProfileList, DeletesAfterAQuestionAndPassesTheDefaultMarkOn) {
     show({"a", "b", "c"});
     const std::pair<int, Rows> deletions[] = {// the row, and what is left
-                                              {1, {{"1", "Имя a", "a", "0"}, {"0", "Имя c", "c", "0"}}},
-                                              {0, {{"1", "Имя c", "c", "0"}}},
+                                              {1, {{"1", "0", "Имя a", "a"}, {"0", "0", "Имя c", "c"}}},
+                                              {0, {{"1", "0", "Имя c", "c"}}},
                                               {0, {}}};
     for (const auto& [row, left] : deletions) {
         UiScript script;
-        script.question("Вы действительно хотите удалить этот профиль (" + rows().at(static_cast<size_t>(row))[2] +
+        script.question("Вы действительно хотите удалить этот профиль (" + rows().at(static_cast<size_t>(row))[3] +
                             ")?",
                         GTK_RESPONSE_YES);
         main().select("profile_view", {row});
@@ -99,7 +99,7 @@ TEST_F(ProfileList, DeletesAfterAQuestionAndPassesTheDefaultMarkOn) {
     UiScript script;
     script.when("dialog_enter_2", type({{"enter_2_name", "Новый"}, {"enter_2_id", "d"}}, "enter_2_ok"));
     main().click("button_profile_create");
-    expect_saved({{"1", "Новый", "d", "0"}});
+    expect_saved({{"1", "0", "Новый", "d"}});
 }
 
 TEST_F(ProfileList, CancelLeavesAllAsItWas) {
@@ -125,7 +125,7 @@ TEST_F(ProfileList, CancelLeavesAllAsItWas) {
 
 TEST_F(ProfileList, SavesOnceForEachRowThatTheDefaultMarkPassesAndKeepsWhatCannotBeSaved) {
     show({"a", "b", "c"});
-    const Rows moved = {{"0", "Имя a", "a", "0"}, {"0", "Имя b", "b", "0"}, {"1", "Имя c", "c", "0"}};
+    const Rows moved = {{"0", "0", "Имя a", "a"}, {"0", "0", "Имя b", "b"}, {"1", "0", "Имя c", "c"}};
     {
         const std::string obstacle = context.config_dir + "/vormaqs_config.xml";
         std::filesystem::create_directory(obstacle);

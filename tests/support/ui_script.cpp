@@ -2,6 +2,8 @@
 // it starts the toolkit, whose warnings fail tests, then GoogleTest.
 #include "support/ui_script.h"
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -67,25 +69,41 @@ void offer_file(GtkFileChooser* chooser, const std::string& path) {
     }
 }
 
-std::string cell_text(GtkTreeModel* model, GtkTreeIter* row, int column) {
-    GValue value = G_VALUE_INIT;
-    gtk_tree_model_get_value(model, row, column, &value);
-    const std::string text = G_VALUE_HOLDS_STRING(&value) ? text_or_empty(g_value_get_string(&value))
-                                                          : std::to_string(g_value_get_boolean(&value));
-    g_value_unset(&value);
-    return text;
+// The column's cell of the row that its renderers were last given.
+std::string cell_text(GtkTreeViewColumn* column) {
+    GList* cells = gtk_cell_layout_get_cells(GTK_CELL_LAYOUT(column));
+    gboolean on = FALSE;
+    char* text = nullptr;
+    const bool is_flag = GTK_IS_CELL_RENDERER_TOGGLE(cells->data);
+    is_flag ? g_object_get(cells->data, "active", &on, nullptr) : g_object_get(cells->data, "text", &text, nullptr);
+    g_list_free(cells);
+    return is_flag ? std::to_string(on) : taken(text);
 }
 
-std::vector<std::vector<std::string>> cells_of(GtkTreeModel* model) {
-    std::vector<std::vector<std::string>> rows;
+Rows cells_of(GtkTreeView* view) {
+    Rows rows;
+    GtkTreeModel* model = gtk_tree_view_get_model(view);
     GtkTreeIter row;
     for (gboolean more = gtk_tree_model_get_iter_first(model, &row); more;
          more = gtk_tree_model_iter_next(model, &row)) {
         rows.emplace_back();
-        for (int column = 0; column < gtk_tree_model_get_n_columns(model); ++column)
-            rows.back().push_back(cell_text(model, &row, column));
+        for (int at = 0; GtkTreeViewColumn* column = gtk_tree_view_get_column(view, at); ++at) {
+            gtk_tree_view_column_cell_set_cell_data(column, model, &row, FALSE, FALSE);
+            rows.back().push_back(cell_text(column));
+        }
     }
     return rows;
+}
+
+// Adds the inputs, buttons and views within a widget, on all pages of a notebook but only on the page in front of a
+// stack.
+void collect_controls(GtkWidget* widget, gpointer controls) {
+    if (GTK_IS_ENTRY(widget) || GTK_IS_COMBO_BOX(widget) || GTK_IS_BUTTON(widget) || GTK_IS_TREE_VIEW(widget))
+        static_cast<std::vector<GtkWidget*>*>(controls)->push_back(widget);
+    if (GTK_IS_STACK(widget))
+        collect_controls(gtk_stack_get_visible_child(GTK_STACK(widget)), controls);
+    else if (GTK_IS_CONTAINER(widget))
+        gtk_container_foreach(GTK_CONTAINER(widget), collect_controls, controls);
 }
 
 } // namespace
@@ -126,7 +144,14 @@ std::string UiWindow::combo(const std::string& id) const {
 
 std::vector<std::string> UiWindow::combo_rows(const std::string& id) const {
     std::vector<std::string> rows;
-    for (const auto& cells : cells_of(gtk_combo_box_get_model(GTK_COMBO_BOX(find(id))))) rows.push_back(cells[0]);
+    GtkTreeModel* model = gtk_combo_box_get_model(GTK_COMBO_BOX(find(id)));
+    GtkTreeIter row;
+    for (gboolean more = gtk_tree_model_get_iter_first(model, &row); more;
+         more = gtk_tree_model_iter_next(model, &row)) {
+        char* text = nullptr;
+        gtk_tree_model_get(model, &row, 0, &text, -1);
+        rows.push_back(taken(text));
+    }
     return rows;
 }
 
@@ -158,8 +183,38 @@ void UiWindow::toggle_cell(const std::string& view_id, int row, int view_column)
     g_list_free(cells);
 }
 
-std::vector<std::vector<std::string>> UiWindow::table(const std::string& view_id) const {
-    return cells_of(gtk_tree_view_get_model(GTK_TREE_VIEW(find(view_id))));
+Rows UiWindow::table(const std::string& view_id) const {
+    return cells_of(GTK_TREE_VIEW(find(view_id)));
+}
+
+Rows UiWindow::screen() const {
+    Rows rows;
+    std::vector<GtkWidget*> controls;
+    collect_controls(window_, &controls);
+    for (GtkWidget* control : controls) {
+        const auto add = [&](const std::string& label, const std::string& value) {
+            rows.push_back({label, value, gtk_widget_is_sensitive(control) ? "open" : "closed"});
+        };
+        if (GTK_IS_TREE_VIEW(control)) {
+            rows.emplace_back();
+            for (int at = 0; GtkTreeViewColumn* column = gtk_tree_view_get_column(GTK_TREE_VIEW(control), at); ++at)
+                rows.back().push_back(gtk_tree_view_column_get_title(column));
+            std::ranges::copy(cells_of(GTK_TREE_VIEW(control)), std::back_inserter(rows));
+        } else if (GTK_IS_TOGGLE_BUTTON(control)) {
+            add(gtk_button_get_label(GTK_BUTTON(control)), std::to_string(toggle(id_of(control))));
+        } else if (GTK_IS_BUTTON(control)) {
+            add(text_or_empty(gtk_button_get_label(GTK_BUTTON(control))), id_of(control));
+        } else if (GTK_IS_ENTRY(control)) {
+            add(spoken_label(control), entry(id_of(control)));
+        } else if (gtk_combo_box_get_has_entry(GTK_COMBO_BOX(control))) {
+            std::string offered;
+            for (const std::string& row : combo_rows(id_of(control))) offered += "[" + row + "]";
+            add(spoken_label(control), offered);
+        } else {
+            add(spoken_label(control), combo(id_of(control)));
+        }
+    }
+    return rows;
 }
 
 // --- UiScript: what to wait for ---
@@ -281,6 +336,17 @@ GtkWidget* modal_window() {
 std::string id_of(gpointer object) {
     const char* id = GTK_IS_BUILDABLE(object) ? gtk_buildable_get_name(GTK_BUILDABLE(object)) : nullptr;
     return id ? id : G_OBJECT_TYPE_NAME(object);
+}
+
+std::string spoken_label(GtkWidget* input) {
+    AtkRelationSet* relations = atk_object_ref_relation_set(gtk_widget_get_accessible(input));
+    AtkRelation* relation = atk_relation_set_get_relation_by_type(relations, ATK_RELATION_LABELLED_BY);
+    GPtrArray* targets = relation ? atk_relation_get_target(relation) : nullptr;
+    std::string text;
+    for (guint i = 0; targets && i < targets->len; i++)
+        text += text_or_empty(atk_object_get_name(ATK_OBJECT(targets->pdata[i])));
+    g_object_unref(relations);
+    return text;
 }
 
 void settle() {

@@ -22,6 +22,8 @@
 #include <string>
 #include <vector>
 
+using Rows = std::vector<std::vector<std::string>>;
+
 // A window and what a user can do to it; widgets are named by their ids in the interface definition.
 class UiWindow {
 public:
@@ -62,8 +64,11 @@ public:
     void select(const std::string& view_id, const std::vector<int>& rows) const; // these and no others
     void activate_row(const std::string& view_id, int row) const;                // a double click
     void toggle_cell(const std::string& view_id, int row, int view_column = 0) const;
-    // All cells of the view's model as text, flags as "0" and "1".
-    std::vector<std::vector<std::string>> table(const std::string& view_id) const;
+    // The cells of the view as they are shown, flags as "0" and "1".
+    Rows table(const std::string& view_id) const;
+    // All that the window shows on all its pages: of an input its label, its value or the rows of its list, and whether
+    // it is open; of a view its titles and its cells.
+    Rows screen() const;
 
 private:
     GtkWidget* window_;
@@ -108,6 +113,8 @@ private:
     guint watchdog_ = 0;
 };
 
+// The texts that a screen reader says before the input, joined.
+std::string spoken_label(GtkWidget* input);
 // The modal window that takes the input; null if there is none.
 GtkWidget* modal_window();
 std::string id_of(gpointer object); // in the interface definition; the name of its type where it has none
