@@ -164,7 +164,7 @@ TEST_F(ProfileList, AsksBeforeItLeavesOnlyIfWhatFailedToBeSavedFailsAgain) {
     gtk_main();
     EXPECT_TRUE(std::filesystem::is_directory(obstacle)) << "nothing is saved";
     gtk_main();
-    expect_saved({{"1", "Имя a", "a", "1"}});
+    expect_saved({{"1", "1", "Имя a", "a"}});
     script.when("window_profile", leave); // all is saved
     gtk_main();
 }

@@ -2,7 +2,6 @@
 // input offers, which inputs are open, and what opens and closes them.
 #include "editor/action_list.h"
 #include "editor_fixture.h"
-#include "support/golden.h"
 
 #include <algorithm>
 #include <map>
@@ -76,7 +75,7 @@ protected:
 
     // The golden profile with the flags of this bit; the names of the flags.
     std::vector<std::string> load(unsigned bit) {
-        std::string file = golden("profile.xml");
+        std::string file = read_file(GOLDEN "/profile.xml");
         const std::vector<std::string> flags = number_flags(file, bit);
         home.write(".selunara/vormaqs/config/profile.xml", file);
         config() = {};
@@ -179,7 +178,7 @@ TEST_F(Windows, ShowEveryFieldBehindItsLabelAndReadItBack) {
     dialog->Show();
     look_at_lists(UiWindow(dialog->window));
     look_at_actions(UiWindow(dialog->window));
-    EXPECT_EQ(seen, golden("windows.txt"));
+    EXPECT_EQ(seen, read_file(GOLDEN "/windows.txt"));
 }
 
 // Each of them is turned, and a mode chosen; then follows what that changes.
@@ -228,7 +227,7 @@ TEST_F(Windows, OpenAndCloseInputsAsTheUserClicks) {
         }
         window.click("button_config_cancel");
     });
-    EXPECT_EQ(seen, golden("clicks.txt"));
+    EXPECT_EQ(seen, read_file(GOLDEN "/clicks.txt"));
 }
 
 } // namespace

@@ -6,7 +6,6 @@
 #include "lists/reports.h"
 #include "net/provider.h"
 #include "support/error_of.h"
-#include "support/golden.h"
 #include "support/provider/stand_in.h"
 
 #include <csignal>
@@ -73,7 +72,7 @@ TEST_F(ReportsTest, WritesEachListAnewAndTellsWhereItLies) {
             });
         });
     const std::regex date("(Дата и время создания): \\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d");
-    EXPECT_EQ(std::regex_replace(seen, date, "$1"), golden("lists.txt"));
+    EXPECT_EQ(std::regex_replace(seen, date, "$1"), read_file(GOLDEN "/lists.txt"));
 }
 
 TEST_F(ReportsTest, TellsWhenTheFileCannotBeWritten) {
