@@ -27,12 +27,13 @@ struct World {
                       stem = "file", mask = "*", mode_add = "ADD_NUM", mode_replace = "REPLACE", missing = to + "/a/b",
                       text = "text of the test, long enough to be allocated", log = dir.path("log"),
                       program = "/no/such/program", words = "a<|>b", guard = "vorma-test-" + dir.path(),
-                      date = "2024-12-31 23:59:59";
+                      date = "2024-12-31 23:59:59",
+                      block = "a line that is long\n== a header [that is long too]\nand what follows, long as well\n";
     std::string result, second;
     std::vector<uint8_t> data = {0x41, 0x42, 0};
     std::vector<std::string> names = {"file.txt", "none.txt"};
     std::vector<MGFileAndSize> sizes;
-    std::vector<MGFileNumExt> numbered;
+    std::vector<MGFileNumExt> numbered = {{file_name, 1}};
 
     World() {
         for (const std::string& name : {from, to}) std::filesystem::create_directory(name);
@@ -126,6 +127,11 @@ TEST(FilesAndText, LeaveNothingBehindWhateverFails) {
         OF(w.file.AddFile(w.other.c_str(), w.bytes(), 3)),
         OF(w.file.IfNotExistMakeDirRecursive(w.missing)),
         OF(w.file.IfIsFileDelIt(w.other)),
+        OF(w.file.MakeDir(w.other.c_str()); w.file.RemoveDir(w.other.c_str())),
+        OF_VALUES(w.file.GetEnv("PATH", w.result)),
+        OF_VALUES(w.file.WriteFile(w.other.c_str(), w.bytes(), 3); w.file.ReadFileStringEx(w.other, 2, w.result)),
+        OF(w.file.GetNumProc(w.source)),
+        OF(w.file.DelFilesFromDirExt(w.to, w.numbered)),
         OF(w.file.TestDirOnReadAndWriteAccess(w.to)),
         OF_VALUES(w.file.GetListFilesFromDirExt2(w.to, w.mask, false, w.sizes, true)),
         OF_VALUES(w.file.GetListFilesFromDir(w.to, w.stem, w.ext, w.names)),
@@ -144,7 +150,8 @@ TEST(FilesAndText, LeaveNothingBehindWhateverFails) {
         OF(w.file.WriteSignal(w.text)),
         OF(w.file.WritePid(); w.file.DeletePid()),
         OF(w.file.SetSignalFile(w.log.c_str(), w.log.c_str()); w.file.SetPidFile(w.log.c_str())),
-        OF_VALUES(w.file.ProtectionReloading(w.guard, true)),
+        OF_VALUES(w.file.ProtectionReloading(w.guard, true); is_run_program(w.guard)),
+        OF(w.file.GetInputSignalFile(); w.file.GetOutputSignalFile(); w.file.GetResultFile()),
         OF_VALUES(w.file.RunExtenProgAndWaitExitCode("exit 3", false)),
         OF_VALUES(w.file.RunExtenProgNoWait(w.program, w.words)),
         OF(w.file.LoadLib("libm.so.6"); w.file.GetLibFunc("cos"); w.file.UnloadLib()),
@@ -152,13 +159,24 @@ TEST(FilesAndText, LeaveNothingBehindWhateverFails) {
         OF(w.file.CompareMaskUtf8(w.text, w.mask, false); w.file.CompareMaskUtf8(w.text, w.file_name, false)),
         OF_VALUES(w.file.SplitStringLeft(w.text, " ", w.names); w.file.SplitStringRight(w.text, " ", w.names)),
         OF_VALUES(w.file.SplitBlockOnSubStrings(w.text + "\n", w.names, true)),
+        OF_VALUES(w.second = w.block; w.file.GetInfoBlockFromEnd(w.second, "==", w.result, w.result)),
+        OF_VALUES(size_t pos = 0; w.file.FindSubString(w.block, pos, "[", "]", w.result, true)),
+        OF_VALUES(size_t pos = 0; w.file.FindNextLine(w.block, pos, w.result)),
+        OF_VALUES(w.second = w.text; w.file.StrReplaceSrcOnDstLeft(w.second, "of", w.block)),
+        OF_VALUES(w.file.SplitSubStringLeft(w.block, "==", w.result, w.second)),
+        OF_VALUES(w.file.DelAllSimbolsFromString(w.text, 'e'); w.file.InsertSepToString(w.text, "long", 2)),
+        OF(w.file.DelBeginMaskFromLeftStr(w.text.c_str(), w.result);
+           w.file.ConvertStringWithNullToBinary(w.text, w.data)),
         OF(w.file.DataToBase64(w.data, w.result); w.file.Base64ToData(w.text, w.data)),
         OF(w.file.BinToHex(w.data, w.result); w.file.String2Binary(w.result, w.data)),
         OF(w.file.GetUtf8StringFromBinaryExt(w.data, w.result)),
         OF(w.file.StringToInt32("77"); w.file.GetUint32Format(7, "%030u"); w.file.Int64toString(1L << 60)),
         OF_VALUES(w.file.StringToTime(w.date)),
         OF(w.file.GetDateAndTimeForFile(1); w.file.AddYearMonDayToDir(w.result, true, true, true)),
-        OF(w.file.GetCurrentDateTimeStr(w.result, w.result, w.result, w.result)),
+        OF(w.file.GetCurrentDateTimeStr(w.result, w.result, w.result, w.result); w.file.GetCurrentYear()),
+        OF(w.file.DirAddArchiveDate(w.result, 1)),
+        OF(w.file.SetLogFileInput(w.log.c_str()); w.file.SetDebugLogFileOutput(w.log.c_str())),
+        OF(w.file.SetProfileId(w.text)),
         OF_VALUES(w.file.SplitFileNameToNameAndExt(w.text, w.result, w.second)),
     };
     for_each_fault(rows);
