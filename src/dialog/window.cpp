@@ -2,6 +2,7 @@
 #include "dialog/gtk_owner.h"
 #include "dialog/input_habits.h"
 #include "dialog/mg_dialog.h"
+#include "dialog/small_screens.h"
 
 std::stack<GtkWidget*> g_dialog_stack;
 
@@ -79,7 +80,9 @@ void MGDialog::DestroyHiddenWindows() {
 }
 
 void MGDialog::Show() {
-    if (window) gtk_widget_show(window);
+    if (!window) return;
+    fit_to_screen(builder, window);
+    gtk_widget_show(window);
 }
 
 int32_t MGDialog::Run() {

@@ -1,5 +1,5 @@
 // The interface definition as a whole: it leaves no control without its handler and no input without a name for
-// assistive technology; every window fits a small screen, with a doubled font too, and is read by keyboard and wheel
+// assistive technology; every window fits a small screen, with a large font too, and is read by keyboard and wheel
 // without harm. That each handler exists is told by the toolkit, whenever a window is made.
 #include "dialog/make_dialog.h"
 #include "support/ui_script.h"
@@ -134,26 +134,31 @@ TEST_F(Definition, FitsASmallScreenAndIsReadInOrderByTab) {
     }
 }
 
-TEST_F(Definition, KeepsTheAnswersInSightWithADoubledFont) {
+// The font is to the display as one of 20 points to a screen of 800 x 640.
+TEST_F(Definition, KeepsTheAnswersInSightWithALargeFont) {
     GtkSettings* settings = gtk_settings_get_default();
-    gint usual = 0;
-    g_object_get(settings, "gtk-xft-dpi", &usual, nullptr);
-    g_object_set(settings, "gtk-xft-dpi", 2 * 96 * 1024, nullptr);
+    char* usual = nullptr;
+    g_object_get(settings, "gtk-font-name", &usual, nullptr);
+    g_object_set(settings, "gtk-font-name", "Sans 32", nullptr);
     for (GtkWidget* window : windows_) {
-        gtk_window_resize(GTK_WINDOW(window), 1024, 768);
-        gtk_widget_show(window);
+        const std::unique_ptr<MGDialog> dialog(make_dialog(id_of(window).c_str()));
+        gtk_window_resize(GTK_WINDOW(dialog->window), 1280, 1024);
+        dialog->Show();
+        settle();
+        for (GObject* object : objects_) {
+            const std::string id = id_of(object);
+            if (!GTK_IS_BUTTON(object) || !gtk_widget_is_ancestor(GTK_WIDGET(object), window) ||
+                (id.find("_ok") == id.npos && id.find("_cancel") == id.npos))
+                continue;
+            const GdkRectangle place = place_in(dialog->window, GTK_WIDGET(dialog->GetObject(id.c_str())));
+            EXPECT_GE(std::min(place.x, place.y), 0) << id;
+            EXPECT_LE(place.x + place.width, 1280) << id;
+            EXPECT_LE(place.y + place.height, 1024) << id;
+            EXPECT_GT(place.height, 60) << id; // the font is large indeed
+        }
     }
-    settle();
-    for (GObject* object : objects_) {
-        const std::string id = id_of(object);
-        if (!GTK_IS_BUTTON(object) || (id.find("_ok") == id.npos && id.find("_cancel") == id.npos)) continue;
-        const GdkRectangle place = place_in(gtk_widget_get_toplevel(GTK_WIDGET(object)), GTK_WIDGET(object));
-        EXPECT_GE(std::min(place.x, place.y), 0) << id;
-        EXPECT_LE(place.x + place.width, 1024) << id;
-        EXPECT_LE(place.y + place.height, 768) << id;
-        EXPECT_GT(place.height, 40) << id; // the font is large indeed
-    }
-    g_object_set(settings, "gtk-xft-dpi", usual, nullptr);
+    g_object_set(settings, "gtk-font-name", usual, nullptr);
+    g_free(usual);
 }
 
 void count_signal(GtkWidget*, int* count) {

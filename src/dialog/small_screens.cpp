@@ -1,0 +1,75 @@
+// Lets what is too large for the screen scroll.
+#include "dialog/small_screens.h"
+
+#include <initializer_list>
+
+namespace {
+
+constexpr int room_for_frame = 64; // a title and borders, whoever draws them
+
+// Of the monitor with the window's parent, since the window itself has none yet.
+GdkRectangle screen_room(GtkWidget* window) {
+    GtkWindow* parent = gtk_window_get_transient_for(GTK_WINDOW(window));
+    GdkWindow* place = parent ? gtk_widget_get_window(GTK_WIDGET(parent)) : nullptr;
+    GdkScreen* screen = gtk_widget_get_screen(window);
+    GdkRectangle room;
+    // What replaces these came only with version 3.22 of the toolkit.
+    G_GNUC_BEGIN_IGNORE_DEPRECATIONS
+    const int monitor =
+        place ? gdk_screen_get_monitor_at_window(screen, place) : gdk_screen_get_primary_monitor(screen);
+    gdk_screen_get_monitor_workarea(screen, monitor, &room);
+    G_GNUC_END_IGNORE_DEPRECATIONS
+    return room;
+}
+
+bool fits(GtkWidget* window) {
+    const GdkRectangle room = screen_room(window);
+    GtkRequisition needed;
+    gtk_widget_get_preferred_size(window, &needed, nullptr);
+    return needed.width <= room.width - room_for_frame && needed.height <= room.height - room_for_frame;
+}
+
+// Without these, which the toolkit has since its version 3.22, the window would open at its smallest.
+void ask_for_all_content(GtkScrolledWindow* content) {
+    for (const char* property : {"propagate-natural-width", "propagate-natural-height"})
+        if (g_object_class_find_property(G_OBJECT_GET_CLASS(content), property))
+            g_object_set(content, property, TRUE, nullptr);
+}
+
+// A bar that stands beside the content takes its room even where there is nothing to scroll, and one that comes only
+// with the pointer stays unseen: so the first where there is something to scroll, else the second.
+void show_bar(GtkAdjustment* upright, gpointer column) {
+    const bool scrolls = gtk_adjustment_get_upper(upright) > gtk_adjustment_get_page_size(upright);
+    gtk_scrolled_window_set_overlay_scrolling(GTK_SCROLLED_WINDOW(column), !scrolls);
+}
+
+void arrange(GtkScrolledWindow* scrolled, bool whole) {
+    GtkPolicyType sideways, upright;
+    gtk_scrolled_window_get_policy(scrolled, &sideways, &upright);
+    if (sideways != GTK_POLICY_NEVER) return;
+    if (upright != GTK_POLICY_NEVER) {
+        g_signal_connect(gtk_scrolled_window_get_vadjustment(scrolled), "changed", G_CALLBACK(show_bar), scrolled);
+        return;
+    }
+    ask_for_all_content(scrolled);
+    if (!whole) gtk_scrolled_window_set_policy(scrolled, GTK_POLICY_AUTOMATIC, GTK_POLICY_AUTOMATIC);
+}
+
+void shorten(GtkWidget* check) {
+    GtkWidget* label = gtk_bin_get_child(GTK_BIN(check));
+    gtk_label_set_ellipsize(GTK_LABEL(label), PANGO_ELLIPSIZE_END);
+    gtk_widget_set_tooltip_text(check, gtk_label_get_text(GTK_LABEL(label)));
+}
+
+} // namespace
+
+void fit_to_screen(GtkBuilder* builder, GtkWidget* window) {
+    const bool whole = fits(window);
+    GSList* objects = gtk_builder_get_objects(builder);
+    for (GSList* item = objects; item; item = item->next) {
+        if (!GTK_IS_WIDGET(item->data) || !gtk_widget_is_ancestor(GTK_WIDGET(item->data), window)) continue;
+        if (GTK_IS_SCROLLED_WINDOW(item->data)) arrange(GTK_SCROLLED_WINDOW(item->data), whole);
+        if (!whole && GTK_IS_CHECK_BUTTON(item->data)) shorten(GTK_WIDGET(item->data));
+    }
+    g_slist_free(objects);
+}
