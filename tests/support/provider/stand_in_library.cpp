@@ -1,34 +1,21 @@
 // A stand-in of the crypto provider: the same functions, with sessions, signatures and hashes by OpenSSL. TLS 1.2 of a
-// self-signed certificate; signatures are CMS; the hash is SHA-256. Its texts are in CP1251.
+// self-signed certificate; a signature is a digest; the hash is SHA-256. Its texts are in CP1251.
 #include "net/provider.h"
-#include "support/provider/stand_in.h"
+#include "support/provider/record.h"
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
 #include <openssl/err.h>
 #include <openssl/ssl.h>
-#include <openssl/x509v3.h>
-
-#include <cstdlib>
-#include <cstring>
-#include <memory>
+#include <string_view>
 
 namespace {
 
-template <auto release>
-struct Releaser {
-    template <class T>
-    void operator()(T* thing) const {
-        release(thing);
-    }
-};
-using Key = std::unique_ptr<EVP_PKEY, Releaser<EVP_PKEY_free>>;
-using Certificate = std::unique_ptr<X509, Releaser<X509_free>>;
-using Settings = std::unique_ptr<SSL_CTX, Releaser<SSL_CTX_free>>;
-
 // What lies behind the opaque pointers; a session is an SSL.
-struct Context {
-    Key key;
-    Certificate certificate;
-};
+struct Context {};
 struct State { // of a signature, a check or a hash
     std::string data;
     std::string signature; // to be checked
@@ -36,19 +23,14 @@ struct State { // of a signature, a check or a hash
 
 // The record, locked for one expression.
 struct Record {
-    std::lock_guard<std::recursive_mutex> lock{provider_stand_in.mutex};
+    std::lock_guard<std::mutex> lock{provider_stand_in_mutex};
     ProviderStandIn* operator->() const { return &provider_stand_in; }
 };
 
 // The functions below know the provider's function that calls them: `function`, by default the caller.
 
-bool right(bool condition, const char* function = __builtin_FUNCTION()) {
-    if (!condition) Record()->misuses.emplace_back(function);
-    return condition;
-}
-
-bool is_sound(const mem_blk* in, const char* function = __builtin_FUNCTION()) {
-    return right((in->size == 0) == (in->data == nullptr), function);
+void expect(bool condition, const char* function = __builtin_FUNCTION()) {
+    EXPECT_TRUE(condition) << function << " was given what isn't its own, or wrong arguments";
 }
 
 template <class T>
@@ -57,9 +39,8 @@ T* hand_out(T* thing, const char* function = __builtin_FUNCTION()) {
     return thing;
 }
 
-// True if the thing was ours and hadn't come back before.
-bool take_back(const void* thing, const char* function = __builtin_FUNCTION()) {
-    return right(Record()->live.erase(thing) != 0, function);
+void take_back(const void* thing, const char* function = __builtin_FUNCTION()) {
+    expect(Record()->live.erase(thing) != 0, function);
 }
 
 // Counts a call that can be made to fail; true if this one is to.
@@ -72,59 +53,41 @@ bool fails(const char* function = __builtin_FUNCTION()) {
 
 // The code that a call ends with at once; 0 if it goes on.
 uint32_t refusal(const void* context, const void* thing, const char* function = __builtin_FUNCTION()) {
-    for (const void* used : {context, thing})
-        if (!right(Record()->live.contains(used), function)) return stand_in_trouble;
+    for (const void* used : {context, thing}) expect(Record()->live.contains(used), function);
     return fails(function) ? stand_in_failure : 0;
 }
 
-// A block of the bytes and a zero byte; none for no bytes.
-void give(mem_blk* block, const void* bytes, size_t size) {
-    *block = {};
-    if (size == 0) return;
-    char* data = hand_out(static_cast<char*>(std::calloc(1, size + 1)));
-    std::memcpy(data, bytes, size);
-    *block = {static_cast<uint32_t>(size), data};
+std::string_view text_of(const mem_blk* in, const char* function = __builtin_FUNCTION()) {
+    expect((in->size == 0) == (in->data == nullptr), function);
+    return {static_cast<const char*>(in->data), in->size};
 }
 
-void give(mem_blk* block, const std::string& text) {
-    give(block, text.data(), text.size());
+// A block of the bytes and a zero byte; none for no bytes.
+void give(mem_blk* block, std::string_view bytes) {
+    *block = {};
+    if (bytes.empty()) return;
+    char* data = hand_out(static_cast<char*>(std::calloc(1, bytes.size() + 1)));
+    bytes.copy(data, bytes.size());
+    *block = {static_cast<uint32_t>(bytes.size()), data};
 }
 
 // --- Sessions ---
 
-Certificate self_signed(EVP_PKEY* key) {
-    Certificate certificate(X509_new());
-    X509* const x = certificate.get();
-    X509_set_version(x, 2);
-    ASN1_INTEGER_set(X509_get_serialNumber(x), 1);
-    X509_gmtime_adj(X509_getm_notBefore(x), -3600);
-    X509_gmtime_adj(X509_getm_notAfter(x), 3600);
-    X509_NAME_add_entry_by_txt(X509_get_subject_name(x), "CN", MBSTRING_UTF8,
-                               reinterpret_cast<const unsigned char*>("vorma.test"), -1, -1, 0);
-    X509_set_issuer_name(x, X509_get_subject_name(x));
-    X509_set_pubkey(x, key);
-    X509_sign(x, key, EVP_sha256());
-    return certificate;
-}
-
-// A self-signed certificate will do, if the name is right.
-int judge_peer(int ok, X509_STORE_CTX* store) {
-    return ok || X509_STORE_CTX_get_error(store) == X509_V_ERR_DEPTH_ZERO_SELF_SIGNED_CERT;
-}
-
 // flags: 16 a server, 8 of it that asks for the client's certificate; 64 a client that shows one.
-SSL* begin_session(Context& context, const char* name, uint32_t flags) {
+SSL* begin_session(const char* name, uint32_t flags) {
     const bool server = flags & 16;
-    const Settings settings(SSL_CTX_new(TLS_method()));
-    SSL_CTX_set_max_proto_version(settings.get(), TLS1_2_VERSION);
-    SSL_CTX_set_session_cache_mode(settings.get(), SSL_SESS_CACHE_OFF);
-    SSL_CTX_set_options(settings.get(), SSL_OP_NO_TICKET);
+    expect(flags == 1 || flags == 65 || flags == 20 || flags == 24, "TRELM_TlsSessionCreate");
+    SSL_CTX* const settings = SSL_CTX_new(TLS_method());
+    SSL_CTX_set_max_proto_version(settings, TLS1_2_VERSION);
+    SSL_CTX_set_options(settings, SSL_OP_NO_TICKET);
+    SSL_CTX_load_verify_file(settings, CERTIFICATE);
     if (server || flags & 64) {
-        SSL_CTX_use_certificate(settings.get(), context.certificate.get());
-        SSL_CTX_use_PrivateKey(settings.get(), context.key.get());
+        SSL_CTX_use_certificate_file(settings, CERTIFICATE, SSL_FILETYPE_PEM);
+        SSL_CTX_use_PrivateKey_file(settings, CERTIFICATE, SSL_FILETYPE_PEM);
     }
-    if (!server || flags & 8) SSL_CTX_set_verify(settings.get(), SSL_VERIFY_PEER, judge_peer);
-    SSL* const ssl = SSL_new(settings.get());
+    if (!server || flags & 8) SSL_CTX_set_verify(settings, SSL_VERIFY_PEER, nullptr);
+    SSL* const ssl = SSL_new(settings);
+    SSL_CTX_free(settings);
     SSL_set_bio(ssl, BIO_new(BIO_s_mem()), BIO_new(BIO_s_mem()));
     if (server) {
         SSL_set_accept_state(ssl);
@@ -138,7 +101,8 @@ SSL* begin_session(Context& context, const char* name, uint32_t flags) {
 // The session, to which the bytes have come.
 SSL* fed(void* session, const mem_blk* in, const char* function = __builtin_FUNCTION()) {
     SSL* const ssl = static_cast<SSL*>(session);
-    if (is_sound(in, function) && in->size != 0) BIO_write(SSL_get_rbio(ssl), in->data, static_cast<int>(in->size));
+    const std::string_view bytes = text_of(in, function);
+    if (!bytes.empty()) BIO_write(SSL_get_rbio(ssl), bytes.data(), static_cast<int>(bytes.size()));
     return ssl;
 }
 
@@ -146,7 +110,7 @@ SSL* fed(void* session, const mem_blk* in, const char* function = __builtin_FUNC
 void give_waiting(SSL* ssl, mem_blk* out) {
     char* data = nullptr;
     const long size = BIO_get_mem_data(SSL_get_wbio(ssl), &data);
-    give(out, data, static_cast<size_t>(size));
+    give(out, {data, static_cast<size_t>(size)});
     BIO_reset(SSL_get_wbio(ssl));
 }
 
@@ -167,16 +131,17 @@ uint32_t begin_state(void* context, State made, void** state, const char* functi
 uint32_t feed_state(void* context, void* state, const mem_blk* data, const char* function = __builtin_FUNCTION()) {
     State* const fed = static_cast<State*>(state);
     if (const uint32_t code = refusal(context, state, function)) {
-        if (take_back(state, function)) delete fed;
+        take_back(state, function);
+        delete fed;
         return code;
     }
-    if (is_sound(data, function)) fed->data.append(static_cast<const char*>(data->data), data->size);
+    fed->data.append(text_of(data, function));
     return 0;
 }
 
 uint32_t end_state(void* context, void* state, std::unique_ptr<State>& ended,
                    const char* function = __builtin_FUNCTION()) {
-    if (!take_back(state, function)) return stand_in_trouble;
+    take_back(state, function);
     ended.reset(static_cast<State*>(state));
     return refusal(context, context, function);
 }
@@ -200,23 +165,22 @@ uint32_t TRELM_InitMinimal(void** context) {
 }
 
 uint32_t TRELM_InitializeEx(uint32_t one, const trelm_connect* connect, void** context) {
-    right(one == 1 && connect->size == 48 && !(connect->texts[3] && !*connect->texts[3]));
+    expect(one == 1 && connect->size == 48 && !(connect->texts[3] && !*connect->texts[3]));
     if (fails()) return stand_in_failure;
-    auto made = std::make_unique<Context>();
-    made->key.reset(EVP_EC_gen("P-256"));
-    made->certificate = self_signed(made->key.get());
-    *context = hand_out(made.release());
+    *context = hand_out(new Context);
     return 0;
 }
 
 uint32_t TRELM_Uninitialize(void* context) {
-    if (take_back(context)) delete static_cast<Context*>(context);
+    take_back(context);
+    delete static_cast<Context*>(context);
     return 0;
 }
 
 uint32_t TRELM_FreeMem(void* context, void* data) {
-    right(Record()->live.contains(context));
-    if (take_back(data)) std::free(data);
+    expect(Record()->live.contains(context));
+    take_back(data);
+    std::free(data);
     return 0;
 }
 
@@ -226,7 +190,7 @@ uint32_t TRELM_GetErrorText(uint32_t code, char* buffer, uint32_t size) {
 }
 
 uint32_t TRELM_GetErrorLineEx(void* context, mem_blk* what, mem_blk* file, uint32_t* line, mem_blk* more) {
-    right(Record()->live.contains(context));
+    expect(Record()->live.contains(context));
     give(what, "\xCA\xEB\xFE\xF7");   // "Ключ"
     give(file, "\xFF\xE4\xF0\xEE.c"); // "ядро.c"
     *line = 4711;
@@ -246,14 +210,14 @@ void TRELM_VerifyCrlPolicy() {}
 
 uint32_t TRELM_TlsSessionCreate(void* context, const char* name, void** session, uint32_t flags) {
     if (const uint32_t code = refusal(context, context)) return code;
-    Record()->sessions_asked.push_back(std::string(name ? name : "(null)") + " " + std::to_string(flags));
-    *session = hand_out(begin_session(*static_cast<Context*>(context), name, flags));
+    *session = hand_out(begin_session(name, flags));
     return 0;
 }
 
 uint32_t TRELM_TlsSessionDestroy(void* context, void* session) {
     const uint32_t code = refusal(context, session);
-    if (take_back(session)) SSL_free(static_cast<SSL*>(session));
+    take_back(session);
+    SSL_free(static_cast<SSL*>(session));
     return code;
 }
 
@@ -272,11 +236,11 @@ uint32_t TRELM_TlsSessionComplete(void* context, void* session) {
 }
 
 uint32_t TRELM_TlsSessionQuery(void* context, void* session, uint32_t what, mem_blk* out) {
-    right(what == 1);
+    expect(what == 1);
     if (const uint32_t code = refusal(context, session)) return code;
     unsigned char* der = nullptr;
     const int size = i2d_X509(SSL_get0_peer_certificate(static_cast<SSL*>(session)), &der);
-    give(out, der, size > 0 ? static_cast<size_t>(size) : 0);
+    give(out, {reinterpret_cast<char*>(der), static_cast<size_t>(std::max(size, 0))});
     OPENSSL_free(der);
     return 0;
 }
@@ -290,8 +254,8 @@ uint32_t TRELM_TlsSessionWrite(void* context, void* session, const mem_blk* in, 
         SSL_renegotiate(ssl);
         SSL_do_handshake(ssl);
     }
-    if (is_sound(in) && in->size != 0 && SSL_write(ssl, in->data, static_cast<int>(in->size)) <= 0)
-        return stand_in_trouble;
+    const std::string_view plain = text_of(in);
+    if (!plain.empty() && SSL_write(ssl, plain.data(), static_cast<int>(plain.size())) <= 0) return stand_in_trouble;
     give_waiting(ssl, out);
     return 0;
 }
@@ -312,7 +276,7 @@ uint32_t TRELM_TlsSessionRead(void* context, void* session, const mem_blk* in, m
 
 uint32_t TRELM_CmsStrDetSignInitMem(void* context, const trelm_cms_parameters* parameters, const mem_blk* in,
                                     void** state) {
-    right(parameters->words[0] == 8 && in->size == 0 && !in->data);
+    expect(parameters->words[0] == 8 && in->size == 0 && !in->data);
     return begin_state(context, {}, state);
 }
 
@@ -329,8 +293,7 @@ uint32_t TRELM_CmsStrDetSignFinalMem(void* context, const trelm_cms_parameters*,
 
 uint32_t TRELM_CmsStrDetVerifyInitMem(void* context, const trelm_cms_parameters*, const mem_blk* signature,
                                       void** state) {
-    if (!is_sound(signature) || signature->size != digest_of("").size()) return stand_in_trouble;
-    return begin_state(context, {"", {static_cast<const char*>(signature->data), signature->size}}, state);
+    return begin_state(context, {"", std::string(text_of(signature))}, state);
 }
 
 uint32_t TRELM_CmsStrDetVerifyUpdateMem(void* context, const trelm_cms_parameters*, void* state, const mem_blk* data) {
@@ -349,12 +312,13 @@ uint32_t TRELM_CmsStrDetVerifyFinalMem(void* context, const trelm_cms_parameters
 }
 
 uint32_t TRELM_FreeVerifyResult(void*, verify_result* result) {
-    if (take_back(result)) delete[] result->codes;
+    take_back(result);
+    delete[] result->codes;
     return 0;
 }
 
 uint32_t TRELM_StrHashInitMem(void* context, const char* algorithm, void** state) {
-    right(algorithm == std::string("1.2.643.7.1.1.2.2"));
+    expect(algorithm == std::string("1.2.643.7.1.1.2.2"));
     return begin_state(context, {}, state);
 }
 
