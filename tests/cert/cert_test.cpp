@@ -3,6 +3,7 @@
 #include "cert/der_reader.h"
 #include "cert/mg_cert.h"
 #include "cert/oid_table.h"
+#include "support/bytes.h"
 #include "support/error_of.h"
 #include "support/faults.h"
 #include "support/temp_dir.h"
@@ -21,22 +22,11 @@
 
 namespace {
 
-using Bytes = std::vector<uint8_t>;
 using X509Owner = std::unique_ptr<X509, std::integral_constant<decltype(&X509_free), X509_free>>;
-
-// "30 05 ab" or "3005ab".
-Bytes hex(const std::string& digits) {
-    Bytes bytes(digits.size());
-    size_t size = 0;
-    OPENSSL_hexstr2buf_ex(bytes.data(), bytes.size(), &size, digits.c_str(), ' ');
-    bytes.resize(size);
-    return bytes;
-}
 
 // What OpenSSL made; `openssl asn1parse -inform DER -i -in golden/...` shows it.
 Bytes golden(const std::string& name) {
-    const std::string der = read_file(CERTIFICATES + name + ".der");
-    return {der.begin(), der.end()};
+    return bytes(read_file(CERTIFICATES + name + ".der"));
 }
 
 Bytes with_zero_behind(Bytes bytes) {
@@ -360,7 +350,7 @@ TEST(MGCert, RefusesWithTheCode) {
         uint32_t code;
     } rows[] = {
         {"nothing", {}, &MGCert::ParsCert, 0xeeee0015},
-        {"PEM", hex("2d2d2d2d2d 424547494e"), &MGCert::ParsCert, 0xeeee0010},
+        {"PEM", bytes("-----BEGIN CERTIFICATE-----\n"), &MGCert::ParsCert, 0xeeee0010},
         {"a byte too much", with_zero_behind(golden("certificate")), &MGCert::ParsCert, 0xeeee0012},
         {"nothing inside", hex("30 00"), &MGCert::ParsCert, 0xeeee0016},
         {"signature with unused bits", hex("30 0a 30 02 05 00 30 00 03 02 01 80"), &MGCert::ParsCert, 0xeeee0014},

@@ -5,6 +5,7 @@
 #include "config/recovery.h"
 #include "config/scrambling.h"
 #include "config/xml_tables.h"
+#include "support/bytes.h"
 #include "support/error_of.h"
 #include "support/temp_dir.h"
 
@@ -266,8 +267,6 @@ TEST(StorableText, IsWhatLibxmlReadsFromAnyBytes) {
 }
 
 namespace {
-
-using Bytes = std::vector<uint8_t>;
 
 // libgcrypt's GOST 28147-89 with feedback, under the system's key.
 Bytes by_libgcrypt(const Bytes& initial, Bytes data) {

@@ -3,6 +3,8 @@
 #include "net/address_syntax.h"
 #include "net/mg_ip.h"
 #include "net/network_order.h"
+#include "support/bytes.h"
+#include "support/error_of.h"
 
 #include <gtest/gtest.h>
 
@@ -11,15 +13,6 @@
 #include <sstream>
 
 namespace {
-
-using Bytes = std::vector<uint8_t>;
-
-Bytes from_hex(const std::string& hex) {
-    Bytes bytes;
-    for (size_t i = 0; i < hex.size(); i += 2)
-        bytes.push_back(static_cast<uint8_t>(std::stoi(hex.substr(i, 2), nullptr, 16)));
-    return bytes;
-}
 
 const std::string ethernet = "0200000000010200000000020800";
 // TCP, odd length, every common option; IP options with all TCP flags; UDP, odd; ICMP; the fragments of a datagram.
@@ -37,19 +30,9 @@ const std::string first_fragment =
 const std::string last_fragment =
     "4500002e004d00044011666c0a0000010a00000218191a1b1c1d1e1f202122232425262728292a2b2c2d2e2f3031";
 
-void init(MGIp& ip, const std::string& hex) {
-    const Bytes bytes = from_hex(hex);
-    ip.Init(bytes.data(), bytes.size());
-}
-
-// What `body` threw: the condition, or "" if nothing.
-std::string condition_of(const std::function<void()>& body) {
-    try {
-        body();
-    } catch (const MGErr& err) {
-        return err.func_2;
-    }
-    return "";
+void init(MGIp& ip, const std::string& digits) {
+    const Bytes packet = hex(digits);
+    ip.Init(packet.data(), packet.size());
 }
 
 // What stands behind the labels of a print.
@@ -131,15 +114,15 @@ TEST(MGIp, ChangesAndBuildsWhatOthersWouldBuild) {
         ip.Parse(false);
         EXPECT_EQ(numbers_of(ip), row.numbers);
         ip.Change(0, 0, 0, 0);
-        EXPECT_EQ(ip.m_buf, from_hex(row.packet));
+        EXPECT_EQ(ip.m_buf, hex(row.packet));
         ip.Change(MGIp::IpCharToInt(172, 16, 5, 6), 4242, MGIp::IpStrToUint32("8.8.4.4", false), 9999);
-        EXPECT_EQ(ip.m_buf, from_hex(row.changed));
+        EXPECT_EQ(ip.m_buf, hex(row.changed));
         EXPECT_EQ(MGIp::IpUint32ToStr(ip.m_src_ip, false), "172.16.5.6");
     }
     // Fragments stay what they are of one whole: the first has the checksum of all, a later one only data.
     MGIp first, last, ip;
-    for (const auto& [fragment, hex] : {std::pair(&first, first_fragment), std::pair(&last, last_fragment)}) {
-        init(*fragment, hex);
+    for (const auto& [fragment, digits] : {std::pair(&first, first_fragment), std::pair(&last, last_fragment)}) {
+        init(*fragment, digits);
         fragment->Parse(true, true);
         fragment->Change(MGIp::IpCharToInt(172, 16, 5, 6), 4242, 0, 9999);
         EXPECT_TRUE(fragment->IsIp());
@@ -150,7 +133,7 @@ TEST(MGIp, ChangesAndBuildsWhatOthersWouldBuild) {
     MGIp::Append2Vector(whole, first.m_packet + 20, first.m_size - 20);
     MGIp::Append2Vector(whole, last.m_packet + 20, last.m_size - 20);
     EXPECT_EQ(other_sum(whole), 0u);
-    EXPECT_EQ(Bytes(last.m_buf.begin() + 20, last.m_buf.end()), from_hex(last_fragment.substr(40)));
+    EXPECT_EQ(Bytes(last.m_buf.begin() + 20, last.m_buf.end()), hex(last_fragment.substr(40)));
 
     // A checksum of 0 goes out as FFFF, but as it is from MakeUdp.
     ip.MakeUdpForExit("127.0.0.1");
@@ -171,9 +154,9 @@ TEST(MGIp, ChangesAndBuildsWhatOthersWouldBuild) {
         ip.MakeIp();
         ip.MakeUdp();
     }
-    EXPECT_EQ(ip.m_buf, from_hex(udp_odd));
+    EXPECT_EQ(ip.m_buf, hex(udp_odd));
     ip.MakeUdpForExit("127.0.0.1");
-    EXPECT_EQ(ip.m_buf, from_hex("45000024e14d400040115b797f0000017f00000152dc7a510010248a0102030405060708"));
+    EXPECT_EQ(ip.m_buf, hex("45000024e14d400040115b797f0000017f00000152dc7a510010248a0102030405060708"));
 }
 
 TEST(MGIp, ChecksumsAgreeWithAnotherReckoning) {
@@ -207,8 +190,8 @@ TEST(MGIp, RefusesWhatIsNoPacketAndLengthsThatLie) {
         EXPECT_EQ(condition_of([&] { ip.Parse(false); }), row.condition);
     }
     // A packet cut short anywhere, in a buffer of just that size.
-    for (const std::string& hex : {tcp_odd, tcp_even, udp_odd, icmp}) {
-        const Bytes whole = from_hex(hex);
+    for (const std::string& digits : {tcp_odd, tcp_even, udp_odd, icmp}) {
+        const Bytes whole = hex(digits);
         for (size_t size = 0; size < whole.size(); ++size) {
             MGIp ip;
             ip.Init(whole.data(), size);

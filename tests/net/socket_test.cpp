@@ -1,22 +1,13 @@
 #include "connections.h"
 
 #include "net/mg_trelm.h"
+#include "support/bytes.h"
 
 #include <cerrno>
 #include <fcntl.h>
 #include <random>
 #include <sys/wait.h>
 #include <thread>
-
-namespace {
-
-using Bytes = std::vector<uint8_t>;
-
-std::string text(const Bytes& data) {
-    return {data.begin(), data.end()};
-}
-
-} // namespace
 
 TEST(Socket, AcceptsOneConnectionAfterTheOther) {
     TcpPair pair;

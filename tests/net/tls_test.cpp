@@ -1,6 +1,7 @@
 #include "connections.h"
 
 #include "net/mg_trelm.h"
+#include "support/bytes.h"
 #include "support/error_of.h"
 #include "support/provider/stand_in.h"
 #include "support/temp_dir.h"
@@ -14,18 +15,14 @@
 namespace {
 
 using testing::HasSubstr;
-using Bytes = std::vector<uint8_t>;
 
-void start(MGTrelm& trelm) {
-    static const std::string none;
-    trelm.InitLib();
-    trelm.InitConnect(0, none, none, none, none);
-    trelm.Initialize();
-}
-
-class Trelm : public MGTrelm {
-public:
-    Trelm() { start(*this); }
+struct Trelm : MGTrelm {
+    Trelm() {
+        const std::string none;
+        InitLib();
+        InitConnect(0, none, none, none, none);
+        Initialize();
+    }
 };
 
 // A client and a server in threads of their own, and between them a wire that moves `piece` bytes at a time and, once
@@ -96,14 +93,6 @@ private:
         }
     }
 };
-
-Bytes bytes(const std::string& text) {
-    return {text.begin(), text.end()};
-}
-
-std::string text(const Bytes& data) {
-    return {data.begin(), data.end()};
-}
 
 Bytes bytes_of(size_t size) {
     Bytes data(size);
@@ -314,10 +303,8 @@ TEST(MGTrelm, EveryFailureOfTheProviderIsToldAndLeavesNothing) {
     const TempDir dir;
     dir.write("file", "a file of several pieces");
     Bytes hash;
-    const auto live = [&](MGTrelm& client) {
-        MGTrelm server;
-        start(client);
-        start(server);
+    const auto live = [&] {
+        Trelm client, server;
         shake_hands(client, server);
         Bytes out;
         server.TlsQuery(1, out);
@@ -336,8 +323,7 @@ TEST(MGTrelm, EveryFailureOfTheProviderIsToldAndLeavesNothing) {
         SCOPED_TRACE(call);
         const ProviderTest provider;
         provider_stand_in.fail_call = call;
-        MGTrelm trelm;
-        const std::string told = error_text([&] { live(trelm); }), function = provider_stand_in.failed;
+        const std::string told = error_text(live), function = provider_stand_in.failed;
         if (function.empty()) break;
         if (told.empty()) { // a destructor met the failure
             EXPECT_EQ(function, "TRELM_TlsSessionDestroy");

@@ -1,4 +1,5 @@
 #include "runtime/mg_file.h"
+#include "support/bytes.h"
 #include "support/error_of.h"
 #include "support/temp_dir.h"
 
@@ -203,8 +204,6 @@ TEST(TextHelpers, FindTextBetweenMarksOfOneLine) {
         EXPECT_EQ(all, row.found) << row.text;
     }
 }
-
-using Bytes = std::vector<uint8_t>;
 
 TEST(Encodings, AreThoseOfZlibAndOfTheBase64Program) {
     const TempDir dir;

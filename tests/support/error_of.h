@@ -30,3 +30,14 @@ std::string error_text(Body&& body) {
     }
     return "";
 }
+
+// The condition or the call that body failed on; empty if it throws none.
+template <class Body>
+std::string condition_of(Body&& body) {
+    try {
+        std::forward<Body>(body)();
+    } catch (const MGErr& err) {
+        return err.func_2;
+    }
+    return "";
+}
