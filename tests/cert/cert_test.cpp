@@ -8,17 +8,9 @@
 #include "support/faults.h"
 #include "support/temp_dir.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <filesystem>
-#include <memory>
 #include <openssl/objects.h>
 #include <openssl/pem.h>
 #include <openssl/x509v3.h>
-#include <set>
-#include <string>
-#include <sys/stat.h>
 
 namespace {
 
@@ -27,11 +19,6 @@ using X509Owner = std::unique_ptr<X509, std::integral_constant<decltype(&X509_fr
 // What OpenSSL made; `openssl asn1parse -inform DER -i -in golden/...` shows it.
 Bytes golden(const std::string& name) {
     return bytes(read_file(CERTIFICATES + name + ".der"));
-}
-
-Bytes with_zero_behind(Bytes bytes) {
-    bytes.push_back(0);
-    return bytes;
 }
 
 uint32_t size_of(const Bytes& bytes) {
@@ -252,23 +239,6 @@ TEST(MGCert, ReadsNamesAndExtensions) {
     const DER_S_PREV_CERT_LINK* link = nullptr;
     ASSERT_TRUE(cert.GetPrevCertLink(link) && link->has_key_id && link->has_serial && link->has_issuer);
     EXPECT_TRUE(link->key_id_length == 2 && *link->serial == 7 && link->issuer.text == "CN=x");
-
-    cert.Free();
-    EXPECT_FALSE(cert.GetSerial(data, length) || cert.GetUrl(0, text) || cert.GetPrevCertLink(link));
-}
-
-// Every byte changed: whatever the result, nothing outside of the input is touched (sanitizers watch).
-TEST(MGCert, DamagedInputDoesNoHarm) {
-    Bytes der = golden("certificate");
-    for (uint8_t& byte : der)
-        for (uint8_t value : {0x00, 0x30, 0x7f, 0x84, 0xff}) {
-            const uint8_t good = std::exchange(byte, value);
-            MGCert cert(der.data(), size_of(der));
-            cert.ParsCert();
-            cert.SkipReqPse();
-            cert.ParsReq();
-            byte = good;
-        }
 }
 
 TEST(MGCert, LeavesNothingBehindWhenCallsFail) {
@@ -342,6 +312,9 @@ TEST(MGCertRequest, BareAndInBothEnvelopes) {
 }
 
 TEST(MGCert, RefusesWithTheCode) {
+    const auto longer = [](const char* name) {
+        return bytes(read_file(CERTIFICATES + std::string(name) + ".der") + "x");
+    };
     const std::string signed_data = "06092a864886f70d010702", data = "06092a864886f70d010701";
     const struct {
         const char* what;
@@ -351,15 +324,15 @@ TEST(MGCert, RefusesWithTheCode) {
     } rows[] = {
         {"nothing", {}, &MGCert::ParsCert, 0xeeee0015},
         {"PEM", bytes("-----BEGIN CERTIFICATE-----\n"), &MGCert::ParsCert, 0xeeee0010},
-        {"a byte too much", with_zero_behind(golden("certificate")), &MGCert::ParsCert, 0xeeee0012},
+        {"a byte too much", longer("certificate"), &MGCert::ParsCert, 0xeeee0012},
         {"nothing inside", hex("30 00"), &MGCert::ParsCert, 0xeeee0016},
         {"signature with unused bits", hex("30 0a 30 02 05 00 30 00 03 02 01 80"), &MGCert::ParsCert, 0xeeee0014},
         {"ends in GeneralizedTime", golden("late"), &MGCert::ParsCert, 0xeeee000d},
-        {"envelope: a byte too much", with_zero_behind(golden("sealed")), &MGCert::SkipReqR2c, 0xeeee0022},
+        {"envelope: a byte too much", longer("sealed"), &MGCert::SkipReqR2c, 0xeeee0022},
         {"envelope: other type", hex("300b" + data), &MGCert::SkipReqPse, 0xeeee0024},
         {"envelope: no content", hex("3018" + signed_data + data + "0500"), &MGCert::SkipReqR2c, 0xeeee0026},
         {"envelope: no item 2 in the content", golden("sealed"), &MGCert::SkipReqPse, 0xeeee0026},
-        {"request: a byte too much", with_zero_behind(golden("request")), &MGCert::ParsReq, 0xeeee0028},
+        {"request: a byte too much", longer("request"), &MGCert::ParsReq, 0xeeee0028},
         {"request: the signed part is all", hex("30 04 30 02 05 00"), &MGCert::ParsReq, 0xeeee0013},
     };
     for (const auto& row : rows) {

@@ -8,11 +8,8 @@
 #include "support/temp_dir.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <dlfcn.h>
-#include <string>
-#include <utility>
 
 // libxml2 2.9 itself loses an output buffer if this, the last step of its making, lacks memory: here it never does.
 extern "C" void* xmlBufCreateSize(size_t size) {

@@ -3,12 +3,8 @@
 #include "support/temp_dir.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <string>
-#include <sys/stat.h>
 #include <thread>
-#include <vector>
 
 namespace {
 
@@ -47,8 +43,6 @@ std::string utf16(const std::string& ascii) {
 }
 
 const char* const no_type = "(DOCTYPE) не допускается (строка ";
-
-} // namespace
 
 TEST(MGLibxml, RefusesHostileDocumentsAtOnceAndTellsWhy) {
     const TempDir dir;
@@ -135,3 +129,5 @@ TEST(MGLibxml, ServesEachThreadWithDocumentsOfItsOwn) {
     for (int i = 0; i < 4; ++i) threads.emplace_back(work, i);
     for (std::thread& thread : threads) thread.join();
 }
+
+} // namespace

@@ -10,16 +10,12 @@
 #include "support/temp_dir.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <algorithm>
 #include <csignal>
 #include <gcrypt.h>
 #include <random>
 #include <regex>
-#include <string>
 #include <sys/resource.h>
-#include <vector>
 
 namespace {
 
@@ -45,8 +41,6 @@ struct MasterFile : testing::Test {
         read_config_file(&context);
     }
 };
-
-} // namespace
 
 TEST_F(MasterFile, ComesBackByteForByte) {
     write_config_file(&context);
@@ -78,8 +72,6 @@ TEST_F(MasterFile, ASaveThatFailsHalfWayLosesNothing) {
     write_config_file(&context);
     EXPECT_EQ(dir.read("master.xml~"), good);
 }
-
-namespace {
 
 std::string replaced(std::string text, const std::string& what, const std::string& with) {
     const size_t at = text.find(what);
@@ -125,8 +117,6 @@ struct ProfileFile : testing::Test {
         return dir.read("profile.xml");
     }
 };
-
-} // namespace
 
 TEST_F(ProfileFile, WritesEveryAttributeThatItReads) {
     ASSERT_EQ(read(every_field), "");
@@ -266,8 +256,6 @@ TEST(StorableText, IsWhatLibxmlReadsFromAnyBytes) {
     EXPECT_GT(kept, 10u);
 }
 
-namespace {
-
 // libgcrypt's GOST 28147-89 with feedback, under the system's key.
 Bytes by_libgcrypt(const Bytes& initial, Bytes data) {
     static const bool ready = gcry_check_version(nullptr) != nullptr;
@@ -287,8 +275,6 @@ Bytes random_bytes(std::mt19937& random, size_t size) {
     std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<uint8_t>(random()); });
     return bytes;
 }
-
-} // namespace
 
 TEST(Scrambling, GivesTheStandardStreamAtAnyLength) {
     std::mt19937 random(28147);
@@ -320,3 +306,5 @@ TEST(Scrambling, PasswordsComeBack) {
         EXPECT_EQ(Bytes(data.begin() + 8, data.end()), by_libgcrypt(initial, Bytes(plain.begin(), plain.end())));
     }
 }
+
+} // namespace

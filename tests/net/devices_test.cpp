@@ -6,16 +6,10 @@
 #include "support/error_of.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <sched.h>
-#include <set>
-#include <unistd.h>
 
 namespace {
 

@@ -37,8 +37,6 @@ struct Received {
     void file_client(const std::string& text) { read_file_client(text, queue, login, hash, type); }
 };
 
-} // namespace
-
 TEST(TransferFile, ComesBackAsItWasWritten) {
     MGSend send;
     send.file = "отчёт <\"1\">.txt";
@@ -168,8 +166,6 @@ TEST(Ticket, HasTwoForms) {
     }
 }
 
-namespace {
-
 // golden/profile.xml with no start mode on, the server's side of the gateway a router, and an action of each type.
 MGProfile the_profile() {
     MGContext context;
@@ -198,8 +194,6 @@ std::string report_of(const MGProfile& profile) {
     return dir.read("profile.result");
 }
 
-} // namespace
-
 // The whole is in golden/report.txt; the first four modes have actions.
 TEST(ProfileReport, ListsTheModesThatAreOnInTheirOrder) {
     bool MGConfig::*const modes[] = {
@@ -222,3 +216,5 @@ TEST(ProfileReport, ListsTheModesThatAreOnInTheirOrder) {
     }
     EXPECT_EQ(report_of(all), whole);
 }
+
+} // namespace

@@ -6,9 +6,6 @@
 #include "support/bytes.h"
 #include "support/error_of.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
 #include <random>
 #include <sstream>
 

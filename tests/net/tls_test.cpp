@@ -10,11 +10,13 @@
 
 #include <dlfcn.h>
 #include <numeric>
+#include <optional>
 #include <thread>
 
 namespace {
 
 using testing::HasSubstr;
+using namespace std::string_literals;
 
 struct Trelm : MGTrelm {
     Trelm() {
@@ -115,8 +117,6 @@ Conversation::Talk receives(size_t size) {
         return true;
     };
 }
-
-} // namespace
 
 // A message and its echo for each size, one right behind the other, in pieces of any size. With their options the
 // client shows a certificate.
@@ -303,20 +303,22 @@ TEST(MGTrelm, EveryFailureOfTheProviderIsToldAndLeavesNothing) {
     const TempDir dir;
     dir.write("file", "a file of several pieces");
     Bytes hash;
+    std::optional<Trelm> client;
     const auto live = [&] {
-        Trelm client, server;
-        shake_hands(client, server);
+        client.emplace();
+        Trelm server;
+        shake_hands(*client, server);
         Bytes out;
         server.TlsQuery(1, out);
         EXPECT_NE(text(out).find("vorma.test"), std::string::npos);
-        client.TlsWrite(bytes("secret"), out);
+        client->TlsWrite(bytes("secret"), out);
         EXPECT_EQ(text(out).find("secret"), std::string::npos);
         EXPECT_TRUE(server.TlsRead(out, out, false));
         EXPECT_EQ(text(out), "secret");
-        client.TlsDestroy();
-        client.SignFileDetached(dir.path("file"), dir.path("signature"), 20);
+        client->TlsDestroy();
+        client->SignFileDetached(dir.path("file"), dir.path("signature"), 20);
         hash = {1};
-        client.VerifyFileDetached(dir.path("file"), dir.path("signature"), 20, hash);
+        client->VerifyFileDetached(dir.path("file"), dir.path("signature"), 20, hash);
     };
     std::set<std::string> failed;
     for (int call = 1;; ++call) {
@@ -324,19 +326,18 @@ TEST(MGTrelm, EveryFailureOfTheProviderIsToldAndLeavesNothing) {
         const ProviderTest provider;
         provider_stand_in.fail_call = call;
         const std::string told = error_text(live), function = provider_stand_in.failed;
+        EXPECT_TRUE(!client || client->m_file_handle == -1);
+        client.reset();
         if (function.empty()) break;
         if (told.empty()) { // a destructor met the failure
             EXPECT_EQ(function, "TRELM_TlsSessionDestroy");
             continue;
         }
         failed.insert(function);
-        EXPECT_THAT(told, HasSubstr("\n" + function + "\n"));
-        EXPECT_THAT(told, HasSubstr(" [0xE0700ABC]\n"));
-        EXPECT_THAT(told, HasSubstr("Сбой E0700ABC\n"));
-        EXPECT_THAT(told,
-                    HasSubstr(function == "TRELM_InitMinimal" ? "" : "Файл:[ядро.c], Строка:[4711]\nКлюч\n№ 7\n"));
+        const char* const place = function == "TRELM_InitMinimal" ? "" : "Файл:[ядро.c], Строка:[4711]\nКлюч\n№ 7\n";
+        for (const std::string& part : {"\n" + function + "\n", " [0xE0700ABC]\n"s, "Сбой E0700ABC\n"s, place + ""s})
+            EXPECT_THAT(told, HasSubstr(part));
         EXPECT_TRUE(hash.empty() || told.find("VerifyFileDetached") == std::string::npos);
-        EXPECT_EQ(trelm.m_file_handle, -1);
     }
     EXPECT_EQ(failed.size(), 18u);
 }
@@ -415,3 +416,5 @@ TEST(MGTrelm, ConvertsTexts) {
     EXPECT_EQ(Utf8toAnsi1251("a漢b"), "a");                                  // as far as it can be converted
     EXPECT_EQ(MGTrelm::MemBlkToString({3, const_cast<char*>(name)}), "Про"); // no zero byte behind it
 }
+
+} // namespace

@@ -4,22 +4,13 @@
 #include "support/error_of.h"
 #include "support/temp_dir.h"
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
 #include <csignal>
 #include <dlfcn.h>
-#include <filesystem>
-#include <functional>
-#include <memory>
 #include <numeric>
-#include <set>
 #include <sstream>
-#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 namespace {
 

@@ -3,11 +3,8 @@
 #include "support/error_of.h"
 #include "support/temp_dir.h"
 
-#include <gtest/gtest.h>
-
 #include <climits>
 #include <clocale>
-#include <cstdlib>
 #include <cwchar>
 #include <cwctype>
 #include <fnmatch.h>
@@ -170,20 +167,12 @@ TEST(Arguments, MayBeResultsToo) {
     EXPECT_EQ(text, copy);
     file.CopySameFile(dir.path(), dir.path(), text, text, "ADD_NUM", false, false, 0, false, false, 0);
     EXPECT_EQ(text, stem + "~2~1.txt");
-    file.OpenFileBuf(dir.path(plain));
-    file.OpenFileBuf(file.m_file_name);
-    EXPECT_EQ(file.m_file_name, dir.path(plain));
-    file.CloseFileBuf();
     text = dir.path(plain);
     file.ReadFileStringEx(text, 5, text);
     EXPECT_EQ(text, "a text of its own");
-    EXPECT_TRUE(MGFile::StrReplaceSrcOnDstLeft(text, text, text + text) && MGFile::DelBeginMaskFromLeftStr(text, text));
     list = {" the first of two lines \nthe second\nthe rest"};
     MGFile::SplitBlockOnSubStrings(list[0], list, false);
     EXPECT_EQ(list, (Texts{"the first of two lines", "the second"}));
-    std::vector<MGFileNumExt> numbered = {{stem, 0}};
-    MGFile::CopyListFileToListNumFile({copy}, numbered[0].name, ".txt", numbered);
-    EXPECT_EQ(numbered.at(0).num, 2U);
 }
 
 TEST(TextHelpers, FindTextBetweenMarksOfOneLine) {

@@ -92,12 +92,16 @@ size_t writable(const char* name, size_t size) {
 
 // --- The stand-ins ---
 
+// What the C library does inside is not ours to test: without memory the loader forgets what it has, and a locale loses
+// some of it. The leak check knows the loader's blocks by their caller, and that is our malloc.
 #pragma GCC diagnostic ignored "-Wnonnull-compare"
 
 #define FALLIBLE(type, name, parameters, arguments, nothrow, failure)                                                  \
     extern "C" type name parameters nothrow {                                                                          \
         static const auto real = next<type parameters>(#name);                                                         \
-        return fails(Sort::call, #name, EIO) ? failure : real arguments;                                               \
+        if (fails(Sort::call, #name, EIO)) return failure;                                                             \
+        const faults::Pause pause;                                                                                     \
+        return real arguments;                                                                                         \
     }
 
 FALLIBLE(int, stat, (const char* path, struct stat* info), (path, info), noexcept, -1)
@@ -114,6 +118,8 @@ FALLIBLE(int, unlink, (const char* path), (path), noexcept, -1)
 FALLIBLE(int, rename, (const char* from, const char* to), (from, to), noexcept, -1)
 FALLIBLE(DIR*, opendir, (const char* path), (path), , nullptr)
 FALLIBLE(dirent*, readdir, (DIR * dir), (dir), , nullptr)
+FALLIBLE(void*, dlopen, (const char* file, int mode), (file, mode), noexcept, nullptr)
+FALLIBLE(locale_t, newlocale, (int mask, const char* name, locale_t base), (mask, name, base), noexcept, nullptr)
 FALLIBLE(pid_t, waitpid, (pid_t child, int* status, int options), (child, status, options), , -1)
 FALLIBLE(int, usleep, (useconds_t time), (time), , -1)
 FALLIBLE(tm*, localtime_r, (const time_t* time, tm* parts), (time, parts), noexcept, nullptr)
@@ -171,19 +177,6 @@ extern "C" int close(int fd) {
     const int result = real(fd);
     return fails(Sort::call, "close", EIO) ? -1 : result;
 }
-
-// What the C library does inside is not ours to test: without memory the loader forgets what it has, and a locale loses
-// some of it. The leak check knows the loader's blocks by their caller, and that is our malloc.
-#define UNDISTURBED(type, name, parameters, arguments)                                                                 \
-    extern "C" type name parameters noexcept {                                                                         \
-        static const auto real = next<type parameters>(#name);                                                         \
-        if (fails(Sort::call, #name, EIO)) return nullptr;                                                             \
-        const faults::Pause pause;                                                                                     \
-        return real arguments;                                                                                         \
-    }
-
-UNDISTURBED(void*, dlopen, (const char* file, int mode), (file, mode))
-UNDISTURBED(locale_t, newlocale, (int mask, const char* name, locale_t base), (mask, name, base))
 
 // A child process goes its way untouched.
 extern "C" pid_t fork() noexcept {
