@@ -1,7 +1,11 @@
 // The texts of tokens and flags.
 #include "config/records.h"
 
+#include "app/mg_err.h"
+
 #include <span>
+
+using namespace vorma;
 
 namespace {
 
@@ -14,15 +18,15 @@ std::string text_of(const std::string& token, std::span<const TokenText> list) {
 } // namespace
 
 std::string get_same_file_txt_mode(const std::string& token) {
-    return text_of(token, same_file_modes);
+    return at_edge("get_same_file_txt_mode", [&] { return text_of(token, same_file_modes); });
 }
 
 std::string get_type_ticket_name(const std::string& token) {
-    return text_of(token, ticket_types);
+    return at_edge("get_type_ticket_name", [&] { return text_of(token, ticket_types); });
 }
 
 std::string get_action_txt_type(const std::string& token) {
-    return text_of(token, action_types);
+    return at_edge("get_action_txt_type", [&] { return text_of(token, action_types); });
 }
 
 const char* yes_or_no(bool value) {

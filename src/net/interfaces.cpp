@@ -242,23 +242,25 @@ void MGSocket::PrintIndexDevs(const std::vector<MGIndexDevs>& devs) {
 }
 
 void MGSocket::PrintDevs(const std::vector<MGDevs>& devs) {
-    for (const MGDevs& dev : devs) {
-        std::printf("name: %s\n", dev.name.c_str());
-        std::printf("mac: %s\n", mac_text(dev.mac).c_str());
-        std::printf("if_up: %d\n", dev.if_up);
-        std::printf("if_broadcast: %d\n", dev.if_broadcast);
-        std::printf("if_debug: %d\n", dev.if_debug);
-        std::printf("if_p2p: %d\n", dev.if_p2p);
-        std::printf("if_notrailers: %d\n", dev.if_notrailers);
-        std::printf("f_loopback: %d\n", dev.f_loopback);
-        std::printf("if_running: %d\n", dev.if_running);
-        std::printf("if_noarp: %d\n", dev.if_noarp);
-        for (const MGDevAddr& address : dev.addrs) {
-            std::printf("\taddr: %s\n", address.addr.c_str());
-            std::printf("\tnetmask: %s\n", address.netmask.c_str());
-            std::printf("\tbroadaddr: %s\n", address.broadaddr.c_str());
+    at_edge("MGSocket::PrintDevs", [&] {
+        for (const MGDevs& dev : devs) {
+            std::printf("name: %s\n", dev.name.c_str());
+            std::printf("mac: %s\n", mac_text(dev.mac).c_str());
+            std::printf("if_up: %d\n", dev.if_up);
+            std::printf("if_broadcast: %d\n", dev.if_broadcast);
+            std::printf("if_debug: %d\n", dev.if_debug);
+            std::printf("if_p2p: %d\n", dev.if_p2p);
+            std::printf("if_notrailers: %d\n", dev.if_notrailers);
+            std::printf("f_loopback: %d\n", dev.f_loopback);
+            std::printf("if_running: %d\n", dev.if_running);
+            std::printf("if_noarp: %d\n", dev.if_noarp);
+            for (const MGDevAddr& address : dev.addrs) {
+                std::printf("\taddr: %s\n", address.addr.c_str());
+                std::printf("\tnetmask: %s\n", address.netmask.c_str());
+                std::printf("\tbroadaddr: %s\n", address.broadaddr.c_str());
+            }
         }
-    }
+    });
 }
 
 void get_dev_ips(std::string dev, std::vector<std::string>& ips) {

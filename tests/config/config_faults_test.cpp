@@ -1,8 +1,10 @@
 #include "app/mg_context.h"
+#include "config/admit_lookup.h"
 #include "config/master_file.h"
 #include "config/mg_libxml.h"
 #include "config/profile_file.h"
 #include "config/recovery.h"
+#include "config/scrambling.h"
 #include "config/xml_tables.h"
 #include "support/faults.h"
 #include "support/temp_dir.h"
@@ -26,6 +28,8 @@ struct World {
     const std::string master = dir.path("vormaqs_config.xml"), profile = dir.path("one.xml");
     std::string text, odd = "б\xFF\x01 and all of this", document = "<a n='1'>&amp;<b t='&lt;'/></a>";
     MGErr err;
+    std::string mode = "REPLACE", type = "CONSOLE";
+    unsigned index = 0;
 
     World() {
         context.config_dir = dir.path();
@@ -75,10 +79,12 @@ TEST(ConfigFaults, LeaveFilesWholeAndNothingElse) {
              xmlNode* node = xml.AddChildToNode(xml.AddDocRoot("a"), "b");
              xml.SetTextProp(node, "t", "& and <");
              xml.SetNumberProp(node, "n", -1);
-             xml.SetContentToNode(node, "ab");
+             xml.SetStringContentToNode(node, w.mode);
+             xml.SetLenContentToNode(node, "abc", 2);
              xml.SaveString(w.text);
              const MGLibxml again(w.text.c_str(), 0);
              node = again.GetFirstChildren(again.GetRoot(), "b");
+             again.GetTextProp(node, "n");
              EXPECT_EQ(again.GetStringProp(node, "t") + again.GetStringContentFromNode(node), "& and <ab");
          }},
         {"read_config_file", [](World& w) { read_config_file(&w.context); }},
@@ -89,6 +95,10 @@ TEST(ConfigFaults, LeaveFilesWholeAndNothingElse) {
         {"advise_on_config_file", [](World& w) { advise_on_config_file(w.err, w.context); }},
         {"advise_on_profile_file", [](World& w) { advise_on_profile_file(w.err, w.context, 0); }},
         {"storable_text", [](World& w) { storable_text(w.odd); }},
+        {"code_string", [](World& w) { decode_string(code_string(w.odd)); }},
+        {"find_subject_in_admit",
+         [](World& w) { find_subject_in_admit(w.context.profiles[0].config.admit, w.document, w.index); }},
+        {"texts of tokens", [](World& w) { get_same_file_txt_mode(w.mode), get_action_txt_type(w.type); }},
     };
     for_each_fault(rows, [](World& w, bool) {
         MGLibxml(); // what of libxml2 was left half made goes with the next document

@@ -1,7 +1,10 @@
+#include "app/log.h"
 #include "net/address_syntax.h"
 #include "net/mg_ip.h"
 #include "net/mg_socket.h"
 #include "net/mg_trelm.h"
+#include "net/profile_report.h"
+#include "net/provider.h"
 #include "net/ticket.h"
 #include "net/transfer_documents.h"
 #include "runtime/owners.h"
@@ -12,8 +15,11 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <dlfcn.h>
+#include <sched.h>
 #include <sys/socket.h>
+#include <thread>
 
 using namespace vorma;
 
@@ -45,11 +51,15 @@ struct World {
     TempDir dir;
     std::vector<uint8_t> data{1, 2, 3};
     std::vector<std::string> ips;
-    std::vector<MGDevs> devs;
+    std::vector<MGDevs> devs, printed = std::vector<MGDevs>(1);
     std::string text, other, address = "127.0.0.1", device = "lo";
     MGIp packet;
+    std::vector<uint8_t> long_packet = std::vector<uint8_t>(3000); // to ourselves
     MGSend send;
     MGDev dev;
+    MGProfile profile;
+    MGInfo info;
+    const std::string result = dir.path("result");
     std::vector<MGQueue> queue = std::vector<MGQueue>(2);
     MGRecvFile file;
     uint64_t size = 0;
@@ -60,6 +70,11 @@ struct World {
         client.SetDebugLog(true, true);
         dev.adrs.resize(2);
         dev.is_local = true;
+        profile.config.gw_client = dev;
+        profile.config.fs_allow.resize(1);
+        profile.config.gw_client_radio = profile.config.fs_radio = profile.config.timer_radio = true;
+        long_packet[0] = 0x45;
+        long_packet[16] = 127, long_packet[19] = 1;
         send.file = text = "a text too long to stand in the object of its string";
     }
 };
@@ -117,8 +132,40 @@ TEST(NetFaults, OfConnectionsLeaveNothing) {
              w.client.GetMac(w.device);
              get_dev_ips(w.device, w.ips);
          }},
+        {"PrintDevs", [](World& w) { MGSocket::PrintDevs(w.printed); }},
+        {"ReadTun", [](World& w) { MGSocket::ReadTun(Ends(message).ours.get(), w.data.data(), w.data.size()); }},
+        {"texts and bytes",
+         [](World& w) {
+             at_edge("results", [&] {
+                 convert_ip_to_net("10.200.200.200/9", w.other);
+                 sprintf_buf(w.text.data(), w.text.size());
+                 MGIp::IpUint32ToStr(0xFFFFFFFF, true);
+                 MGIp::Append2Vector(w.data, w.text.data(), w.text.size());
+                 Utf8toAnsi1251(w.text);
+             });
+         }},
     };
     for_each_fault(rows);
+}
+
+// In a network of their own, where the machine grants one.
+TEST(NetFaults, OfDevicesLeaveNothing) {
+    const Fallible<World> rows[] = {
+        {"OpenTun", [](World& w) { w.client.OpenTun("faulty"); }},
+        {"SendIp",
+         [](World& w) {
+             w.client.InitRaw(IPPROTO_RAW);
+             MGSocket::SetIpHdrIncl(w.client.GetRawSock());
+             MGSocket::SendIp(w.client.GetRawSock(), w.long_packet.data(), w.long_packet.size());
+         }},
+    };
+    bool granted = false;
+    std::thread([&] {
+        granted = unshare(CLONE_NEWNET) == 0 && access("/dev/net/tun", R_OK | W_OK) == 0 &&
+                  std::system("ip link set lo up mtu 1500 2>/dev/null") == 0;
+        if (granted) for_each_fault(rows);
+    }).join();
+    if (!granted) GTEST_SKIP();
 }
 
 TEST(NetFaults, OfDocumentsLeaveNothing) {
@@ -140,6 +187,12 @@ TEST(NetFaults, OfDocumentsLeaveNothing) {
          [](World& w) {
              write_file_ticket("XML", w.send.file, 1, w.data, w.text);
              write_file_ticket("TXT", w.send.file, 1, w.data, w.text);
+         }},
+        {"print_selected_profile",
+         [](World& w) {
+             LogFileGlobal.SetResultFile(w.result.c_str());
+             print_selected_profile(w.profile);
+             print_info_dev(w.info, w.dev);
          }},
     };
     for_each_fault(rows);
