@@ -77,10 +77,13 @@ XmlLibrary::~XmlLibrary() {
     state.prepared = false;
 }
 
-XmlReports::XmlReports() : earlier_(xmlStructuredError), earlier_data_(xmlStructuredErrorContext) {
+XmlReports::XmlReports()
+    : receiver_(xmlStructuredError), receiver_data_(xmlStructuredErrorContext), earlier_(receiver_),
+      earlier_data_(receiver_data_) {
     *text_ = 0;
+    receiver_data_ = this;
     // The parameter is a pointer to const in later versions.
-    xmlSetStructuredErrorFunc(this, [](void* self, auto error) {
+    receiver_ = [](void* self, auto error) {
         auto& reports = *static_cast<XmlReports*>(self);
         if (error->code == XML_ERR_NO_MEMORY) {
             reports.spoilt_ = true;
@@ -88,11 +91,12 @@ XmlReports::XmlReports() : earlier_(xmlStructuredError), earlier_data_(xmlStruct
         } else if (error->level != XML_ERR_WARNING) {
             reports.keep(error->code, error->message ? error->message : "", error->line, error->int2);
         }
-    });
+    };
 }
 
 XmlReports::~XmlReports() {
-    xmlSetStructuredErrorFunc(earlier_data_, earlier_);
+    receiver_ = earlier_;
+    receiver_data_ = earlier_data_;
 }
 
 void XmlReports::refuse(const char* why, int line, int column) {

@@ -39,6 +39,10 @@ public:
 private:
     void keep(int code, const char* text, int line, int column);
 
+    // What xmlSetStructuredErrorFunc sets in this thread. libxml2 asks which thread it is each time; this is made for
+    // every step over a document.
+    xmlStructuredErrorFunc& receiver_;
+    void*& receiver_data_;
     xmlStructuredErrorFunc earlier_;
     void* earlier_data_;
     bool spoilt_ = false;

@@ -47,7 +47,9 @@ struct XmlAttr {
     constexpr XmlAttr(const char* attribute, Text value, Key crc) : name(attribute), field(value), key(crc) {}
 };
 
-// The text without the bytes and characters that an XML document can't hold, so that what is written can be read again.
+// Whether an XML document can hold the text as it is, and the text without the bytes and characters that it can't hold,
+// so that what is written can be read again.
+bool is_storable(const std::string& text);
 std::string storable_text(const std::string& text);
 
 template <class Record>
@@ -77,8 +79,12 @@ void write_attr(MGLibxml& xml, xmlNode* node, const Record& record, const XmlAtt
             const auto& value = record.*field;
             using Value = std::remove_cvref_t<decltype(value)>;
             if constexpr (std::is_same_v<Value, std::string>) {
-                const std::string text = attr.form == Form::scrambled ? code_string(value) : storable_text(value);
-                xml.SetTextProp(node, attr.name, text.c_str());
+                if (attr.form == Form::scrambled)
+                    xml.SetTextProp(node, attr.name, code_string(value).c_str());
+                else if (is_storable(value))
+                    xml.SetTextProp(node, attr.name, value.c_str());
+                else
+                    xml.SetTextProp(node, attr.name, storable_text(value).c_str());
             } else if constexpr (std::is_same_v<Value, uint64_t>) {
                 xml.SetNumber64Prop(node, attr.name, value);
             } else {

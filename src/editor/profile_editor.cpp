@@ -119,7 +119,7 @@ void propose_catalogs(MGDialog& dialog, const MGProfile& profile) {
         if (!(profile.config.*catalog.value).empty()) continue;
         const std::string path = own_catalog(Context->*catalog.root, profile);
         make_vorma_catalog(ProfileDialog, path);
-        if (storable_text(path) == path) dialog.SetEntry(catalog.entry, path.c_str()); // a home may bear any name
+        if (is_storable(path)) dialog.SetEntry(catalog.entry, path.c_str()); // a home may bear any name
     }
 }
 

@@ -85,7 +85,7 @@ int is_error_ip_net(MGDialog* dialog, const char* entry, const char* text) {
 }
 
 int is_error_stored(MGDialog* dialog, const char* name, const std::string& text, const char* advice) {
-    if (storable_text(text) == text) return 0;
+    if (is_storable(text)) return 0;
     std::string shown = text;
     std::ranges::replace(shown, '\0', '?'); // the box would end there
     const std::string box = std::string(name) + " " + why_not_stored(text) +

@@ -12,10 +12,9 @@ template <class Record, class Table>
 void write_exact_attrs(MGLibxml& xml, xmlNode* node, const Record& record, const Table& attrs, MGErr& err) {
     for (const XmlAttr<Record>& attr : attrs) {
         const auto* text = std::get_if<std::string Record::*>(&attr.field);
-        if (text && storable_text(record.**text) != record.**text) {
+        if (text && !is_storable(record.**text)) {
             err.str_param = attr.name;
-            vorma::fail(err, "Текст содержит символы, которые нельзя передать в документе XML",
-                        "(storable_text(text) != text)");
+            vorma::fail(err, "Текст содержит символы, которые нельзя передать в документе XML", "is_storable");
         }
     }
     write_attrs(xml, node, record, attrs);
