@@ -204,8 +204,8 @@ TEST_F(TunRaw, RefusesWithNothingSent) {
     Bytes with_options = ip.m_buf, too_long = ip.m_buf, marker(ip.m_buf.begin(), ip.m_buf.begin() + 100);
     with_options[0] = 0x46;
     too_long.resize(65536);
-    EXPECT_EQ(error_of([&] { send(short_one); }).func_2, "(len_buf < 20)");
-    EXPECT_EQ(error_of([&] { send(with_options); }).func_2, "(ihl != 5)");
+    EXPECT_EQ(condition_of([&] { send(short_one); }), "(len_buf < 20)");
+    EXPECT_EQ(condition_of([&] { send(with_options); }), "(ihl != 5)");
     EXPECT_EQ(error_of([&] { send(too_long); }).err_code, EMSGSIZE);
     set_up("near", "10.9.0.1", 1000); // now a fragment is too long as well
     EXPECT_EQ(error_of([&] { send(ip.m_buf); }).err_code, EMSGSIZE);

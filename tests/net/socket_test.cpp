@@ -4,7 +4,6 @@
 #include "support/bytes.h"
 
 #include <fcntl.h>
-#include <random>
 #include <sys/wait.h>
 #include <thread>
 
@@ -32,7 +31,6 @@ TEST(Socket, AcceptsOneConnectionAfterTheOther) {
 // Two minutes for a port that is in use, in steps of ten seconds that no signal cuts short.
 TEST(Socket, BindWaitsForAPortThatIsInUse) {
     for (const auto& [free_after, slept_in_all] : {std::pair{10u, 10u}, {111u, 120u}, {121u, 120u}}) {
-        SCOPED_TRACE(free_after);
         MGSocket holder, restarted;
         holder.Init();
         holder.BindExt("127.0.0.1", 0, holder.m_sock);
@@ -48,7 +46,7 @@ TEST(Socket, BindWaitsForAPortThatIsInUse) {
         };
         EXPECT_EQ(outcome([&] { restarted.BindExt("127.0.0.1", port, restarted.m_sock); }),
                   free_after <= 120 ? "true" : "BindExt: bind, EADDRINUSE");
-        EXPECT_EQ(slept, slept_in_all);
+        EXPECT_EQ(slept, slept_in_all) << free_after;
     }
 }
 
@@ -169,8 +167,7 @@ TEST(FramedExchange, TwoProcessesTalkWithoutLoss) {
     while (sizes.size() < 1000) sizes.push_back(random() % (1u << random() % 18) + 1);
     Bytes answer;
     for (const size_t size : sizes) {
-        Bytes body(size);
-        std::generate(body.begin(), body.end(), [&] { return static_cast<uint8_t>(random()); });
+        const Bytes body = random_bytes(random, size);
         pair.server.SetInputTimeout(size == 0 ? 0 : 10); // the end of an empty body shows in a time-out only
         ASSERT_TRUE(pair.server.SendData(pair.sock, body) && pair.server.RecvData(pair.sock, answer, size, 0));
         ASSERT_TRUE(std::equal(body.begin(), body.end(), answer.rbegin(), answer.rend())) << size;
@@ -247,7 +244,6 @@ TEST(FramedExchange, RecvAllEndsAtItsSizeItsLimitOrATimeout) {
         {101, true, 0, 100, "RecvAll: (read_all > less_then)", 101},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(testing::Message() << row.sent << " of " << row.only_equal << " or up to " << row.less_then);
         TcpPair pair;
         const VirtualClock clock;
         pair.peer_sends(std::string(row.sent, 'x'));
@@ -255,7 +251,7 @@ TEST(FramedExchange, RecvAllEndsAtItsSizeItsLimitOrATimeout) {
         Bytes data{'!'};
         EXPECT_EQ(outcome([&] { return pair.server.RecvAll(pair.sock, data, row.only_equal, row.less_then); }),
                   row.ending);
-        EXPECT_EQ(text(data), "!" + std::string(row.got, 'x'));
+        EXPECT_EQ(text(data), "!" + std::string(row.got, 'x')) << row.sent;
     }
 }
 

@@ -373,12 +373,11 @@ TEST(MGTrelm, RefusesWhatLacksItsLibraryItsContextOrItsSession) {
     Trelm initialised;
     loaded.InitLib();
     Bytes out;
-    const auto missing = [](MGTrelm& trelm, const auto& call) { return error_of([&] { call(trelm); }).func_2; };
-    EXPECT_EQ(missing(unloaded, [](MGTrelm& t) { t.Initialize(); }), "(!library)");
-    EXPECT_EQ(missing(loaded, [](MGTrelm& t) { t.TlsCreate("", false, false); }), "(!context)");
-    EXPECT_EQ(missing(loaded, [](MGTrelm& t) { t.SignFileDetached("/dev/null", "/dev/null", 1); }), "(!context)");
-    EXPECT_EQ(missing(initialised, [&](MGTrelm& t) { t.TlsHandshake({}, out); }), "(!session)");
-    EXPECT_EQ(missing(initialised, [&](MGTrelm& t) { t.TlsRead({}, out, true); }), "(!session)");
+    EXPECT_EQ(condition_of([&] { unloaded.Initialize(); }), "(!library)");
+    EXPECT_EQ(condition_of([&] { loaded.TlsCreate("", false, false); }), "(!context)");
+    EXPECT_EQ(condition_of([&] { loaded.SignFileDetached("/dev/null", "/dev/null", 1); }), "(!context)");
+    EXPECT_EQ(condition_of([&] { initialised.TlsHandshake({}, out); }), "(!session)");
+    EXPECT_EQ(condition_of([&] { initialised.TlsRead({}, out, true); }), "(!session)");
 }
 
 TEST(MGTrelm, SignsAndVerifiesFiles) {

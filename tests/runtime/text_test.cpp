@@ -8,7 +8,6 @@
 #include <cwchar>
 #include <cwctype>
 #include <fnmatch.h>
-#include <random>
 #include <zlib.h>
 
 namespace {
@@ -198,16 +197,16 @@ TEST(Encodings, AreThoseOfZlibAndOfTheBase64Program) {
     const TempDir dir;
     std::mt19937 random(7);
     for (size_t size : {0, 1, 2, 3, 57, 65537}) {
-        Bytes data(size), back = {1};
-        for (uint8_t& byte : data) byte = static_cast<uint8_t>(random());
+        const Bytes data = random_bytes(random, size);
+        Bytes back = {1};
         EXPECT_EQ(MGFile::MakeCrc32Ext(data), crc32_z(0, data.data(), size)) << size;
 
-        std::string text = "old";
-        MGFile::DataToBase64(data, text);
-        dir.write("data", std::string(data.begin(), data.end()));
+        std::string coded = "old";
+        MGFile::DataToBase64(data, coded);
+        dir.write("data", text(data));
         const std::string files = dir.path("data") + " > " + dir.path("text");
         ASSERT_EQ(std::system(("base64 -w 0 " + files).c_str()), 0);
-        EXPECT_EQ(text, dir.read("text"));
+        EXPECT_EQ(coded, dir.read("text"));
         ASSERT_EQ(std::system(("base64 -w 7 " + files).c_str()), 0); // in lines
         MGFile::Base64ToData(dir.read("text"), back);
         EXPECT_EQ(back, data);

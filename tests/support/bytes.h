@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,6 +15,12 @@ inline Bytes bytes(std::string_view text) {
 
 inline std::string text(const Bytes& data) {
     return {data.begin(), data.end()};
+}
+
+inline Bytes random_bytes(std::mt19937& random, size_t size) {
+    Bytes all(size);
+    for (uint8_t& byte : all) byte = static_cast<uint8_t>(random());
+    return all;
 }
 
 // "30 05 ab" or "3005ab".

@@ -36,7 +36,6 @@ extern "C" {
 void* ALLOCATOR(malloc)(size_t) noexcept;
 void* ALLOCATOR(calloc)(size_t, size_t) noexcept;
 void* ALLOCATOR(realloc)(void*, size_t) noexcept;
-void* ALLOCATOR(memalign)(size_t, size_t) noexcept;
 void ALLOCATOR(free)(void*) noexcept;
 [[gnu::weak]] void __lsan_disable();
 [[gnu::weak]] void __lsan_enable();
@@ -168,9 +167,6 @@ VARIADIC(ioctl, (int fd, unsigned long flags, ...), (fd, flags, last), noexcept)
 
 WRITING(write, (int fd, const void* data, size_t size), (fd, data, size))
 WRITING(send, (int sock, const void* data, size_t size, int flags), (sock, data, size, flags))
-WRITING(sendto, (int sock, const void* data, size_t size, int flags, const sockaddr* to, socklen_t to_size),
-        (sock, data, size, flags, to, to_size))
-
 // Closes all the same, as the system does.
 extern "C" int close(int fd) {
     static const auto real = next<int(int)>("close");
@@ -208,16 +204,6 @@ extern "C" void* malloc(size_t size) noexcept {
 extern "C" void* calloc(size_t count, size_t size) noexcept {
     return memory_fails() ? nullptr : counted(ALLOCATOR(calloc)(count, size));
 }
-extern "C" void* memalign(size_t alignment, size_t size) noexcept {
-    return memory_fails() ? nullptr : counted(ALLOCATOR(memalign)(alignment, size));
-}
-extern "C" void* aligned_alloc(size_t alignment, size_t size) noexcept {
-    return memalign(alignment, size);
-}
-extern "C" int posix_memalign(void** block, size_t alignment, size_t size) noexcept {
-    *block = memalign(alignment, size);
-    return *block ? 0 : ENOMEM;
-}
 extern "C" void* realloc(void* block, size_t size) noexcept {
     if (memory_fails()) return nullptr;
     void* const moved = ALLOCATOR(realloc)(block, size);
@@ -250,18 +236,17 @@ long open_descriptors() {
 
 // Whether it did what it is for; not if it threw one of the two values that may leave an operation.
 bool passes(const std::function<void()>& operation) {
-    bool done = false;
     try {
         operation();
-        done = true;
+        state.armed = false;
+        return true;
     } catch (const MGErr&) {
     } catch (const MGExit&) {
     } catch (const std::exception& e) {
         state.armed = false;
         ADD_FAILURE() << "neither MGErr nor MGExit: " << e.what();
     }
-    state.armed = false;
-    return done;
+    return state.armed = false;
 }
 
 // One run with the given point failing; false if it has no such point.
