@@ -128,19 +128,17 @@ TEST_F(ActionList, AnActionNeedsATypeAndAName) {
     working.actions = {action("none", "")};
     show_actions(*dialog, working.actions);
     UiScript script;
-    script.when("dialog_active", type({}, "active_customize"));
+    script.when("dialog_active", enter("button_active_customize"));
     script.remark("Для нажатия кнопки \"Настроить\" требуется установить значение поля \"Тип действия :\"");
-    script.when("dialog_active", type({}, "active_ok"));
+    script.when("dialog_active", enter("button_active_ok"));
     script.remark("Не выбран тип действия");
     script.when("dialog_active", [](UiWindow active) {
         GtkWidget* focus = gtk_window_get_focus(GTK_WINDOW(active.widget()));
         EXPECT_TRUE(focus && gtk_widget_is_ancestor(focus, active.find("combo_active_type")));
-        active.set_combo("combo_active_type", "EXIST");
     });
-    script.when("dialog_active", type({}, "active_ok"));
-    script.remark("Запещен ввод пустых строк.");
-    script.when("dialog_active", [](UiWindow active) { EXPECT_EQ(active.focus(), "entry_active_name"); });
-    script.when("dialog_active", type({}, "active_cancel"));
+    script.checks("dialog_active", "button_active_ok",
+                  {{"combo_active_type=EXIST", "Запещен ввод пустых строк.", "entry_active_name"}});
+    script.when("dialog_active", enter("button_active_cancel"));
     window().activate_row("active_view", 0); // a double click is a change
     EXPECT_EQ(working.actions[0].type, "none");
 }
@@ -165,14 +163,11 @@ TEST_F(ActionLevels, CancelDropsWhatItsLevelAndThoseBelowConfirmed) {
         config().actions[0].send.file = "kept";
         UiScript script;
         script.when("dialog_config", [](UiWindow window) { window.activate_row("active_view", 0); });
-        script.when("dialog_active", [](UiWindow window) {
-            window.set_combo("combo_active_type", "SENDFILE");
-            window.click("button_active_customize");
-        });
-        script.when("dialog_send", type({{"send_domen", "host"}, {"send_catalog", "/"}, {"send_file", file}},
-                                        row.parameters ? "send_ok" : "send_cancel"));
-        script.when("dialog_active", type({}, row.action ? "active_ok" : "active_cancel"));
-        script.when("dialog_config", type({}, row.profile ? "config_ok" : "config_cancel"));
+        script.when("dialog_active", enter("combo_active_type=SENDFILE;button_active_customize"));
+        script.when("dialog_send", enter("entry_send_domen=host;entry_send_catalog=/;entry_send_file=" + file +
+                                         (row.parameters ? ";button_send_ok" : ";button_send_cancel")));
+        script.when("dialog_active", enter(row.action ? "button_active_ok" : "button_active_cancel"));
+        script.when("dialog_config", enter(row.profile ? "button_config_ok" : "button_config_cancel"));
         configure();
         EXPECT_EQ(config().actions[0].type, row.type) << file;
         EXPECT_EQ(config().actions[0].send.file, row.file) << file;
@@ -182,17 +177,13 @@ TEST_F(ActionLevels, CancelDropsWhatItsLevelAndThoseBelowConfirmed) {
 
 using ActionDialogs = EditorTest;
 
-std::string button(const std::string& dialog, const std::string& kind) {
-    return dialog == "exist" ? "copy_" + kind + "1" : dialog + "_" + kind;
-}
-
 // While the dialog is open its record is emptied, so that the widgets alone know the values.
 template <class Record>
 Record confirmed(bool (*edit)(Record&), const std::string& dialog, Record record) {
     UiScript script;
     script.when("dialog_" + dialog, [&](UiWindow window) {
         record = {};
-        window.click("button_" + button(dialog, "ok"));
+        window.click(dialog == "exist" ? "button_copy_ok1" : "button_" + dialog + "_ok");
     });
     EXPECT_TRUE(edit(record)) << dialog;
     return record;
@@ -217,47 +208,48 @@ TEST_F(ActionDialogs, ShowAndReadBackEveryFieldAndRememberWhatWasTyped) {
 }
 
 TEST_F(ActionDialogs, RefuseOneFaultAfterTheOther) {
-    const std::string blank = "Запещен ввод пустых строк.";
-    struct Click {
-        std::string entry, text; // typed before OK is pressed
-        std::string message, focus;
-    };
+    constexpr const char* blank = "Запещен ввод пустых строк.";
     MGAction action; // stays as it is
     const struct {
-        std::string dialog;
         std::function<bool()> open;
-        std::vector<Click> clicks;
+        const char *dialog, *ok;
+        std::vector<Check> checks;
     } table[] = {
-        {"console", [&] { return set_action_console(action.console); }, {{"console_prog", " ", blank, "console_prog"}}},
-        {"send",
-         [&] { return set_action_send(action.send); },
-         {{"send_ip", " ", "Необходимо задать IP адрес или домен.", "send_ip"},
-          {"send_ip", "1.2.3", "Необходимо задать IP адрес в формате NNN.NNN.NNN.NNN", "send_ip"},
-          {"send_domen", "h", "Нельзя задавать IP адрес и домен одновременно. Нужен только один из двух.", "send_ip"},
-          {"send_ip", "\t", blank, "send_catalog"},
-          {"send_catalog", "from", blank, "send_file"}}},
-        {"copy",
-         [&] { return set_action_copy(action.copy); },
-         {{"copy_catalog", " ", blank, "copy_catalog"},
-          {"copy_catalog", "from", blank, "copy_file"},
-          {"copy_file", "file", blank, "copy_catalog_to"}}},
-        {"runprog", [&] { return set_action_runprog(action.runprog); }, {{"run_param", "a", blank, "run_prog"}}},
-        {"exist",
-         [&] { return set_action_exist(action.exist); },
-         {{"exist_content", "  ", blank, "exist_catalog"},
-          {"exist_catalog", "from", blank, "exist_file"},
-          {"exist_file", "f", "Пустая строка не должна содержать некорректные символы заполнения.", "exist_content"}}},
+        {[&] { return set_action_console(action.console); },
+         "dialog_console",
+         "button_console_ok",
+         {{"entry_console_prog= ", blank, "entry_console_prog"}}},
+        {[&] { return set_action_send(action.send); },
+         "dialog_send",
+         "button_send_ok",
+         {{"entry_send_ip= ", "Необходимо задать IP адрес или домен.", "entry_send_ip"},
+          {"entry_send_ip=1.2.3", "Необходимо задать IP адрес в формате NNN.NNN.NNN.NNN", "entry_send_ip"},
+          {"entry_send_domen=h", "Нельзя задавать IP адрес и домен одновременно. Нужен только один из двух.",
+           "entry_send_ip"},
+          {"entry_send_ip=\t", blank, "entry_send_catalog"},
+          {"entry_send_catalog=from", blank, "entry_send_file"}}},
+        {[&] { return set_action_copy(action.copy); },
+         "dialog_copy",
+         "button_copy_ok",
+         {{"entry_copy_catalog= ", blank, "entry_copy_catalog"},
+          {"entry_copy_catalog=from", blank, "entry_copy_file"},
+          {"entry_copy_file=file", blank, "entry_copy_catalog_to"}}},
+        {[&] { return set_action_runprog(action.runprog); },
+         "dialog_runprog",
+         "button_runprog_ok",
+         {{"entry_run_param=a", blank, "entry_run_prog"}}},
+        {[&] { return set_action_exist(action.exist); },
+         "dialog_exist",
+         "button_copy_ok1",
+         {{"entry_exist_content=  ", blank, "entry_exist_catalog"},
+          {"entry_exist_catalog=from", blank, "entry_exist_file"},
+          {"entry_exist_file=f", "Пустая строка не должна содержать некорректные символы заполнения.",
+           "entry_exist_content"}}},
     };
-    for (const auto& [dialog, open, clicks] : table) {
+    for (const auto& row : table) {
         UiScript script;
-        for (const Click& click : clicks) {
-            script.when("dialog_" + dialog, type({{click.entry, click.text}}, button(dialog, "ok")));
-            script.remark(click.message);
-            script.when("dialog_" + dialog,
-                        [&](UiWindow window) { EXPECT_EQ(window.focus(), "entry_" + click.focus) << click.text; });
-        }
-        script.when("dialog_" + dialog, type({}, button(dialog, "cancel")));
-        EXPECT_FALSE(open()) << dialog;
+        script.checks(row.dialog, row.ok, row.checks).when(row.dialog, [](UiWindow window) { window.close(); });
+        EXPECT_FALSE(row.open()) << row.dialog;
     }
     EXPECT_EQ(action, MGAction());
 }

@@ -15,15 +15,6 @@
 
 #include <set>
 
-// What a window is answered with: these texts in its entries, then a press on the button.
-inline std::function<void(UiWindow)> type(std::vector<std::pair<std::string, std::string>> entries,
-                                          std::string button) {
-    return [=](UiWindow window) {
-        for (const auto& [entry, text] : entries) window.set_entry("entry_" + entry, text);
-        window.click("button_" + button);
-    };
-}
-
 class EditorTest : public testing::Test {
 protected:
     EditorTest() {

@@ -54,9 +54,9 @@ TEST_F(ProfileEditor, ProposesCatalogsOfItsOwnWhichExistFromThenOn) {
 
 TEST_F(ProfileEditor, CancelDropsAllAndTheFirstSaveFillsEmptyChoices) {
     show({"own"});
-    configure(type({{"error_file", "другой"}}, "config_cancel"));
+    configure(enter("entry_error_file=другой;button_config_cancel"));
     EXPECT_THAT(config_files(), IsEmpty());
-    configure(type({}, "config_ok"));
+    configure(enter("button_config_ok"));
     EXPECT_EQ(config().mode_same_file, "ADD_NUM");
     EXPECT_EQ(config().ticket_type, "XML");
     EXPECT_EQ(config().sub_dir, "%%YYYY%%/%%MM%%/%%DD%%/%%LOGIN%%/%%QUEUE%%/%%TIME%%/");
@@ -94,7 +94,7 @@ TEST_F(ProfileEditor, RefusesThirteenAddressesOneAfterTheOther) {
     });
     for (const auto& row : checks) {
         const std::string entry = std::string("entry_") + row.entry;
-        script.when("dialog_config", type({}, "config_ok"));
+        script.when("dialog_config", enter("button_config_ok"));
         script.remark(std::string("В закладке (") + row.tab + ") в разделе (" + row.section + ") " + row.demand);
         script.when("dialog_config", [&row, entry](UiWindow window) {
             const std::string mode = std::string("radio_init_") + row.mode;
@@ -105,7 +105,7 @@ TEST_F(ProfileEditor, RefusesThirteenAddressesOneAfterTheOther) {
             window.set_entry(entry, row.good);
         });
     }
-    script.when("dialog_config", type({}, "config_ok"));
+    script.when("dialog_config", enter("button_config_ok"));
     configure();
     EXPECT_EQ(on_disk().at(0).config.recv_ip, "   ");
 }
@@ -123,7 +123,7 @@ TEST_F(ProfileEditor, StoresWhatNobodyTouchedByteForByteAndTheRestAsItIsShown) {
                                                                       {&MGConfig::fc_domen, "entry_fc_domen"},
                                                                       {&MGConfig::fc_hash, "entry_fc_password"}};
     show({"own"});
-    configure(type({}, "config_ok")); // fills what is empty
+    configure(enter("button_config_ok")); // fills what is empty
     for (const auto& [text, stored] : typed) {
         for (const auto& [field, id] : inputs) config().*field = beyond;
         config().log_catalog = beyond;

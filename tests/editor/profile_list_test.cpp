@@ -33,25 +33,20 @@ TEST_F(ProfileList, CreatesAProfileOnceNameAndIdAreRight) {
     const char* const no_id = "Идентификатор содержит недопустимые символы или нарушен его формат.\n"
                               "Разрешается латинский алфавита в нижнем регистре, цифры и символ подчеркивания.";
     const char* const taken = "Такой идентификатор уже существует в другом профиле.\nИзмените значение идентификатора.";
-    const struct {
-        const char *name, *id, *message, *focus;
-    } refused[] = {
-        {" \t", "Third", blank, "entry_enter_2_name"},           {"Третий", " ", blank, "entry_enter_2_id"},
-        {"Третий", "Third", no_id, "entry_enter_2_id"},          {"Третий", "second", taken, "entry_enter_2_id"},
-        {"Третий", "vormaqs_config", taken, "entry_enter_2_id"}, // its file would be the master file
-    };
+    const std::vector<Check> checks = {
+        {"entry_enter_2_name= \t;entry_enter_2_id=Third", blank, "entry_enter_2_name"},
+        {"entry_enter_2_name=Третий;entry_enter_2_id= ", blank, "entry_enter_2_id"},
+        {"entry_enter_2_id=Third", no_id, "entry_enter_2_id", true},
+        {"entry_enter_2_id=second", taken, "entry_enter_2_id", true},
+        {"entry_enter_2_id=vormaqs_config", taken, "entry_enter_2_id", true}, // its file would be the master file
+        {"entry_enter_2_id=third_3"}};
     UiScript script;
     script.when("dialog_enter_2", [](UiWindow window) {
         EXPECT_EQ(window.label("label_enter_2_profile"), "Создание профиля");
         EXPECT_THAT(window.combo_rows("combo_enter_2_name"), IsSupersetOf({"Имя first", "Имя second"}));
         EXPECT_THAT(window.combo_rows("combo_enter_2_id"), IsSupersetOf({"first", "second"}));
     });
-    for (const auto& row : refused) {
-        script.when("dialog_enter_2", type({{"enter_2_name", row.name}, {"enter_2_id", row.id}}, "enter_2_ok"));
-        row.message == blank ? script.remark(row.message) : script.refusal(row.message);
-        script.when("dialog_enter_2", [&row](UiWindow window) { EXPECT_EQ(window.focus(), row.focus) << row.id; });
-    }
-    script.when("dialog_enter_2", type({{"enter_2_id", "third_3"}}, "enter_2_ok"));
+    script.checks("dialog_enter_2", "button_enter_2_ok", checks);
     main().click("button_profile_create");
     expect_saved(
         {{"1", "0", "Имя first", "first"}, {"0", "1", "Имя second", "second"}, {"0", "0", "Третий", "third_3"}});
@@ -72,7 +67,7 @@ TEST_F(ProfileList, RenamesWithoutTouchingTheId) {
                   "Имя " + long_id + long_id.substr(0, 32));
         EXPECT_FALSE(window.sensitive("entry_enter_2_id") || window.sensitive("combo_enter_2_id"));
     });
-    script.when("dialog_enter_2", type({{"enter_2_name", "<Другой & новый>"}}, "enter_2_ok"));
+    script.when("dialog_enter_2", enter("entry_enter_2_name=<Другой & новый>;button_enter_2_ok"));
     main().select("profile_view", {1});
     main().click("button_profile_rename");
     expect_saved({{"1", "0", "Имя first", "first"}, {"0", "0", "<Другой & новый>", long_id}});
@@ -97,7 +92,7 @@ TEST_F(ProfileList, DeletesAfterAQuestionAndPassesTheDefaultMarkOn) {
     for (const char* button : {"rename", "delete", "configure"}) // with nothing selected they say and do nothing
         main().click(std::string("button_profile_") + button);
     UiScript script;
-    script.when("dialog_enter_2", type({{"enter_2_name", "Новый"}, {"enter_2_id", "d"}}, "enter_2_ok"));
+    script.when("dialog_enter_2", enter("entry_enter_2_name=Новый;entry_enter_2_id=d;button_enter_2_ok"));
     main().click("button_profile_create");
     expect_saved({{"1", "0", "Новый", "d"}});
 }
@@ -107,10 +102,10 @@ TEST_F(ProfileList, CancelLeavesAllAsItWas) {
     const std::vector<MGProfile> profiles = context.profiles;
     const Rows shown = rows();
     UiScript script;
-    script.when("dialog_enter_2", type({{"enter_2_name", "Другое"}, {"enter_2_id", "other"}}, "enter_2_cancel"));
-    script.when("dialog_enter_2", type({{"enter_2_name", "Другое"}}, "enter_2_cancel"));
+    script.when("dialog_enter_2", enter("entry_enter_2_name=Другое;entry_enter_2_id=other;button_enter_2_cancel"));
+    script.when("dialog_enter_2", enter("entry_enter_2_name=Другое;button_enter_2_cancel"));
     script.question(HasSubstr("(second)"), GTK_RESPONSE_NO);
-    script.when("dialog_settings", type({{"log_editor", "/other"}}, "settings_cancel"));
+    script.when("dialog_settings", enter("entry_log_editor=/other;button_settings_cancel"));
     script.when("dialog_about", [](UiWindow window) { window.close(); });
     main().select("profile_view", {1});
     for (const char* id : {"button_profile_create", "button_profile_rename", "button_profile_delete",
@@ -139,7 +134,7 @@ TEST_F(ProfileList, SavesOnceForEachRowThatTheDefaultMarkPassesAndKeepsWhatCanno
     EXPECT_THAT(home.read(".selunara/vormaqs/log/vormaqscfg.log"), HasSubstr("____ERROR____"));
     EXPECT_THAT(config_files(), IsEmpty());
     UiScript script;
-    script.when("dialog_settings", type({{"log_editor", ""}}, "settings_ok"));
+    script.when("dialog_settings", enter("entry_log_editor=;button_settings_ok"));
     main().click("menuitem_settings"); // the next save, of whatever, writes all of it
     expect_saved(moved);
     EXPECT_THAT(master_file(), HasSubstr("<editor path=\"\"/>"));

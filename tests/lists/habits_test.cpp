@@ -50,7 +50,7 @@ TEST_F(HabitsTest, KeysPressTheButtonsOfAList) {
             gtk_tree_view_row_activated(view, row, gtk_tree_view_get_column(view, 1));
             gtk_tree_path_free(row);
             script.when(dialog, [&](UiWindow record) {
-                enter(record, list.input);
+                record.enter(list.input);
                 record.click(ok);
             });
             press(window, list.view, GDK_KEY_Insert);

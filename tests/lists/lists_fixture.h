@@ -9,8 +9,6 @@
 #include "support/temp_dir.h"
 #include "support/ui_script.h"
 
-#include <sstream>
-
 class ListsTest : public testing::Test {
 protected:
     ListsTest() {
@@ -31,38 +29,6 @@ protected:
     MGConfig config;
     UiScript script;
 };
-
-// What a user gives: "entry_ip=10.0.0.1;check_active=1;spin_port=7".
-inline void enter(UiWindow window, const std::string& input) {
-    std::istringstream fields(input);
-    for (std::string field; std::getline(fields, field, ';');) {
-        const std::string id = field.substr(0, field.find('=')), value = field.substr(id.size() + 1);
-        if (id.starts_with("entry_")) window.set_entry(id, value);
-        if (id.starts_with("check_")) window.set_toggle(id, value == "1");
-        if (id.starts_with("spin_")) window.set_spin(id, std::stod(value));
-    }
-}
-
-// A press of OK on a record filled so far: the box and the focus that it leads to. Without a text it is accepted.
-struct Check {
-    std::string input;
-    const char* text = nullptr;
-    const char* focus = "";
-    bool refusal = false; // the box is titled "Ошибка"
-};
-
-inline void expect_checks(UiScript& script, const char* dialog, const char* ok, const std::vector<Check>& checks) {
-    for (const Check& check : checks) {
-        script.when(dialog, [=](UiWindow window) {
-            enter(window, check.input);
-            window.click(ok);
-            if (check.text) {
-                EXPECT_EQ(window.focus(), check.focus) << check.text;
-            }
-        });
-        if (check.text) check.refusal ? script.refusal(check.text) : script.remark(check.text);
-    }
-}
 
 // Each row of the view's store in one text, "mark|cell|cell".
 inline std::vector<std::string> rows_of(UiWindow window, const std::string& view) {

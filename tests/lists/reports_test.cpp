@@ -125,7 +125,7 @@ protected:
     CryptoPickerTest() {
         provider_stand_in.profiles = in_provider;
         config.crypto_name = "was";
-        enter(editor(), "entry_crypto_profile=typed;entry_psp=typed;entry_lsp=typed;entry_ldap=typed");
+        editor().enter("entry_crypto_profile=typed;entry_psp=typed;entry_lsp=typed;entry_ldap=typed");
     }
     static UiWindow editor() { return UiWindow(ConfigDialog->window); }
     std::string chosen() const { return config.crypto_name + "|" + config.psp + "|" + config.lsp + "|" + config.ldap; }

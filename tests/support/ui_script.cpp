@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
+#include <sstream>
 #include <utility>
 
 namespace {
@@ -138,6 +139,19 @@ void UiWindow::set_combo(const std::string& id, const std::string& row_id) const
     EXPECT_TRUE(gtk_combo_box_set_active_id(GTK_COMBO_BOX(find(id)), row_id.c_str())) << id << " has no " << row_id;
 }
 
+void UiWindow::enter(const std::string& input) const {
+    std::istringstream fields(input);
+    for (std::string field; std::getline(fields, field, ';');) {
+        const std::string id = field.substr(0, field.find('=')),
+                          value = field.substr(std::min(id.size() + 1, field.size()));
+        if (id.starts_with("entry_")) set_entry(id, value);
+        if (id.starts_with("check_") || id.starts_with("radio_")) set_toggle(id, value == "1");
+        if (id.starts_with("spin_")) set_spin(id, std::stod(value));
+        if (id.starts_with("combo_")) set_combo(id, value);
+        if (id.starts_with("button_")) click(id);
+    }
+}
+
 std::string UiWindow::combo(const std::string& id) const {
     return text_or_empty(gtk_combo_box_get_active_id(GTK_COMBO_BOX(find(id))));
 }
@@ -221,6 +235,20 @@ Rows UiWindow::screen() const {
 
 UiScript& UiScript::when(const std::string& id, std::function<void(UiWindow)> act) {
     return add({id, [id] { return visible_window(id); }, std::move(act)});
+}
+
+UiScript& UiScript::checks(const std::string& id, const std::string& ok, const std::vector<Check>& checks) {
+    for (const Check& check : checks) {
+        when(id, [=](UiWindow window) {
+            window.enter(check.input);
+            window.click(ok);
+            if (check.text) {
+                EXPECT_EQ(window.focus(), check.focus) << check.text;
+            }
+        });
+        if (check.text) check.refusal ? refusal(check.text) : remark(check.text);
+    }
+    return *this;
 }
 
 UiScript& UiScript::box(const std::string& title, testing::Matcher<std::string> text, GtkMessageType type,

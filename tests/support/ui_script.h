@@ -2,7 +2,7 @@
 // the user does is told before it:
 //
 //     UiScript script;
-//     script.when("dialog_queue", [](UiWindow window) { window.click("button_ok"); })
+//     script.when("dialog_queue", enter("entry_id=1;button_ok"))
 //         .remark("Введите идентификатор.")
 //         .when("dialog_queue", [](UiWindow window) { window.click("button_cancel"); });
 //     edit_queue();
@@ -58,6 +58,8 @@ public:
     void set_combo(const std::string& id, const std::string& row_id) const;
     std::string combo(const std::string& id) const; // id of the active row
     std::vector<std::string> combo_rows(const std::string& id) const;
+    // What a user gives, in order: "entry_ip=10.0.0.1;check_active=1;spin_port=7;button_ok".
+    void enter(const std::string& input) const;
     std::string label(const std::string& id) const { return gtk_label_get_text(GTK_LABEL(find(id))); }
     bool sensitive(const std::string& id) const { return gtk_widget_is_sensitive(find(id)); }
 
@@ -74,6 +76,18 @@ private:
     GtkWidget* window_;
 };
 
+inline std::function<void(UiWindow)> enter(std::string input) {
+    return [input = std::move(input)](UiWindow window) { window.enter(input); };
+}
+
+// A press of OK on what is given so far: the box and the focus that it leads to. Without a text it is accepted.
+struct Check {
+    std::string input;
+    const char* text = nullptr;
+    const char* focus = "";
+    bool refusal = false; // the box is titled "Ошибка"
+};
+
 class UiScript {
 public:
     UiScript() = default;
@@ -83,6 +97,9 @@ public:
 
     // When the window `id` takes the input: alone, or as the modal one on top.
     UiScript& when(const std::string& id, std::function<void(UiWindow)> act);
+
+    // The same window several times, each with a press of this button.
+    UiScript& checks(const std::string& id, const std::string& ok, const std::vector<Check>& checks);
 
     // When a message box is up: it must be as told, and is answered. The text may be a matcher.
     UiScript& box(const std::string& title, testing::Matcher<std::string> text, GtkMessageType type, int response);
