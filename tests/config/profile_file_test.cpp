@@ -18,17 +18,7 @@
 
 namespace {
 
-const std::string good = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                         "<!--Список конфигурационных профилей программы Резервного копирования.-->\n"
-                         "<config version=\"3\" release=\"9\" mark=\"VORQSCFG\">\n"
-                         "  <profiles quantity=\"2\">\n"
-                         "    <profile default=\"1\" name=\"Первый &amp; &lt;второй&gt;\" id=\"one\" active=\"0\"/>\n"
-                         "    <profile default=\"0\" name=\"\" id=\"two\" active=\"1\"/>\n"
-                         "  </profiles>\n"
-                         "  <settings>\n"
-                         "    <editor path=\"/bin/view\"/>\n"
-                         "  </settings>\n"
-                         "</config>\n";
+const std::string good = read_file(GOLDEN "/master.xml");
 
 struct MasterFile : testing::Test {
     TempDir dir;
