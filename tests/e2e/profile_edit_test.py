@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""An edit of each kind in the profile editor, with a list over a list, judged in the file and again after a restart;
-the file is the same in every locale."""
+"""From an empty home to a restart: an edit of each kind in the profile editor, with a list over a list, judged in the
+file and again in the windows; the file is the same in every locale."""
 
 import re
 import shutil
@@ -13,6 +13,7 @@ ACTION = "Окно добавления нового действия"
 CONSOLE = "Окно установки параметров консольной утилиты"
 LIST = "Список допуска"
 RECORD = "Добавление пользователя"
+CATALOGS = ["archive/in", "archive/out", "config", "error/in", "log", "result", "signal", "tmp"]
 
 
 def open_profile(editor):
@@ -56,6 +57,10 @@ def edit(desktop, locale):
     shutil.rmtree(home, ignore_errors=True)
     file = home / "vormaqs/config/vormaqs_profile_0.xml"
     with Editor(desktop, sys.argv[1], locale) as editor:
+        main = editor.window(MAIN)
+        assert "Профиль системы Архивирования" in editor.texts(main, "table cell")
+        editor.find(main, "label", str(file.parent))
+        assert all((home / "vormaqs" / catalog).is_dir() for catalog in CATALOGS)
         profile = open_profile(editor)
         page = editor.page(profile, "Общие")
         editor.type_into(page, "Период неактивности (сек.) :", "4321", role="spin button")
@@ -90,7 +95,7 @@ def edit(desktop, locale):
         editor.gone(CONSOLE)
         editor.press(editor.window(ACTION), "OK")
         editor.gone(ACTION)
-        assert not file.with_name("vormaqs_config.xml").exists()
+        assert not list(file.parent.iterdir())  # a first start writes nothing
         leave(editor, editor.window(PROFILE), "Сохранить")
     return file
 
