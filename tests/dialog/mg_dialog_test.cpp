@@ -1,13 +1,22 @@
 // Windows, boxes, lists and trees of MGDialog, and the edge of handlers, on real widgets.
 #include "app/log.h"
+#include "dialog/busy.h"
 #include "dialog/make_dialog.h"
 #include "support/temp_dir.h"
 #include "support/ui_script.h"
 
 #include <gtest/gtest-spi.h>
 
+#include <chrono>
 #include <cstring>
 #include <memory>
+
+static gint64 ahead = 0; // microseconds that the clock is put on
+
+// The toolkit's clock.
+extern "C" gint64 g_get_monotonic_time() {
+    return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::microseconds(1) + ahead;
+}
 
 namespace {
 
@@ -24,6 +33,7 @@ const char* definition = R"(<interface>
         <attributes><attribute name="text">0</attribute></attributes></child></object></child></object></child>
     <child><object class="GtkTreeView" id="tree"><property name="model">tree_store</property></object></child>
     <child><object class="GtkCalendar" id="calendar"/></child>
+    <child><object class="GtkComboBoxText" id="combo"><property name="has-entry">1</property></object></child>
   </object></child></object>
 </interface>)";
 
@@ -132,6 +142,75 @@ TEST(MGDialog, FileChoosersGiveNamesOnAcceptanceOnly) {
     EXPECT_TRUE(dialog->GetFilesFromDir("Файлы", folder, folder, names)); // the proposal takes the answer
     EXPECT_EQ(folder, dir.path());
     EXPECT_THAT(names, ElementsAre("a.txt"));
+}
+
+// The pop-up itself needs the focus, which another window can take: what it would show is looked at instead.
+TEST(DropDown, NarrowsToWhatContainsTheTypedTextAndTakesARowAsItStands) {
+    const auto dialog = make();
+    const UiWindow window(dialog->window);
+    GtkWidget* combo = window.find("combo");
+    for (const char* row : {"/mnt/Архив", "10.0.0.1", "архив", "%41"})
+        gtk_combo_box_text_append_text(GTK_COMBO_BOX_TEXT(combo), row);
+    gtk_widget_show_all(dialog->window);
+    GtkEntry* entry = GTK_ENTRY(gtk_bin_get_child(GTK_BIN(combo)));
+    GdkEvent* focus = gdk_event_new(GDK_FOCUS_CHANGE);
+    focus->focus_change.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(GTK_WIDGET(entry))));
+    focus->focus_change.in = TRUE;
+    gtk_widget_send_focus_change(GTK_WIDGET(entry), focus);
+    gdk_event_free(focus);
+    GtkEntryCompletion* completion = gtk_entry_get_completion(entry);
+    ASSERT_TRUE(completion);
+    const struct {
+        const char* typed;
+        std::vector<std::string> offered;
+    } rows[] = {{"АРХ", {"/mnt/Архив", "архив"}}, {"%4", {"%41"}}, {"none", {}}, {"", {}}, {"mnt", {"/mnt/Архив"}}};
+    for (const auto& row : rows) {
+        gtk_entry_set_text(entry, row.typed);
+        EXPECT_EQ(texts_of(gtk_entry_completion_get_model(completion)), row.offered) << row.typed;
+    }
+    GtkTreeModel* model = gtk_entry_completion_get_model(completion);
+    GtkTreeIter first;
+    gboolean taken = FALSE;
+    ASSERT_TRUE(gtk_tree_model_get_iter_first(model, &first));
+    g_signal_emit_by_name(completion, "match-selected", model, &first, &taken);
+    EXPECT_TRUE(taken);
+    EXPECT_STREQ(gtk_entry_get_text(entry), "/mnt/Архив");
+}
+
+TEST(Busy, ShowsItselfInTimeAndDropsWhatIsPressedMeanwhile) {
+    const auto dialog = make("hidden_window");
+    dialog->Show();
+    settle();
+    GdkWindow* window = gtk_widget_get_window(dialog->window);
+    std::string handled;
+    const auto note = [](GtkWidget*, GdkEvent* event, gpointer text) -> gboolean {
+        *static_cast<std::string*>(text) += event->type == GDK_KEY_PRESS ? "press " : "release ";
+        return TRUE;
+    };
+    for (const char* signal : {"key-press-event", "key-release-event"})
+        g_signal_connect(dialog->window, signal, G_CALLBACK(+note), &handled);
+    const auto put = [&](GdkEventType type) {
+        GdkEvent* event = gdk_event_new(type);
+        event->key.window = GDK_WINDOW(g_object_ref(window));
+        gdk_event_set_device(event, gdk_seat_get_keyboard(gdk_display_get_default_seat(gdk_display_get_default())));
+        gdk_event_put(event);
+        gdk_event_free(event);
+    };
+    {
+        const Busy busy;
+        Busy::step();
+        EXPECT_EQ(gdk_window_get_cursor(window), nullptr);
+        ahead += 300'000;
+        put(GDK_KEY_PRESS);
+        put(GDK_KEY_RELEASE);
+        Busy::step();
+        EXPECT_NE(gdk_window_get_cursor(window), nullptr);
+        put(GDK_KEY_PRESS);
+        EXPECT_EQ(handled, "");
+    }
+    settle();
+    EXPECT_EQ(handled, "release ");
+    EXPECT_EQ(gdk_window_get_cursor(window), nullptr);
 }
 
 void failing_handler(MGDialog* over, const std::function<void()>& body) {

@@ -157,16 +157,7 @@ std::string UiWindow::combo(const std::string& id) const {
 }
 
 std::vector<std::string> UiWindow::combo_rows(const std::string& id) const {
-    std::vector<std::string> rows;
-    GtkTreeModel* model = gtk_combo_box_get_model(GTK_COMBO_BOX(find(id)));
-    GtkTreeIter row;
-    for (gboolean more = gtk_tree_model_get_iter_first(model, &row); more;
-         more = gtk_tree_model_iter_next(model, &row)) {
-        char* text = nullptr;
-        gtk_tree_model_get(model, &row, 0, &text, -1);
-        rows.push_back(taken(text));
-    }
-    return rows;
+    return texts_of(gtk_combo_box_get_model(GTK_COMBO_BOX(find(id))));
 }
 
 void UiWindow::select(const std::string& view_id, const std::vector<int>& rows) const {
@@ -359,6 +350,18 @@ gboolean UiScript::look() {
 GtkWidget* modal_window() {
     GtkWidget* grab = gtk_grab_get_current();
     return GTK_IS_WINDOW(grab) && gtk_window_get_modal(GTK_WINDOW(grab)) ? grab : nullptr;
+}
+
+std::vector<std::string> texts_of(GtkTreeModel* model) {
+    std::vector<std::string> rows;
+    GtkTreeIter row;
+    for (gboolean more = gtk_tree_model_get_iter_first(model, &row); more;
+         more = gtk_tree_model_iter_next(model, &row)) {
+        char* text = nullptr;
+        gtk_tree_model_get(model, &row, 0, &text, -1);
+        rows.push_back(taken(text));
+    }
+    return rows;
 }
 
 std::string id_of(gpointer object) {

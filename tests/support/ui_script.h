@@ -134,6 +134,7 @@ private:
 std::string spoken_label(GtkWidget* input);
 // The modal window that takes the input; null if there is none.
 GtkWidget* modal_window();
+std::vector<std::string> texts_of(GtkTreeModel* model); // of its rows, first column
 std::string id_of(gpointer object); // in the interface definition; the name of its type where it has none
 void settle();                      // until the toolkit has nothing else to do
 void press_key(GtkWidget* window, guint key, guint state = 0); // where the window has the focus
