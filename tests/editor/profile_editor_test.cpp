@@ -2,6 +2,7 @@
 // disk.
 #include "app/mg_context.h"
 #include "config/profile_file.h"
+#include "editor/action_dialogs.h"
 #include "editor/histories.h"
 #include "editor_fixture.h"
 
@@ -71,42 +72,40 @@ TEST_F(ProfileEditor, RefusesThirteenAddressesOneAfterTheOther) {
         const std::string& demand;
         const char* good;
     } checks[] = {
-        {"recv", "Инициализация", "Получение файла по сети", "recv_ip", "10.0.0", ip, "   "},
-        {"client", "TLS посредник", "TLS клиент", "client_recv_ip", "10.0.0.256", ip, "10.0.0.255"},
-        {"client", "TLS посредник", "TLS клиент", "client_send_ip", "10.0.0.99999999999", ip, "0.0.0.0"},
-        {"server", "TLS посредник", "TLS сервер", "server_recv_ip", "localhost", ip, ""},
-        {"server", "TLS посредник", "TLS сервер", "server_send_ip", "10.0.0.1 ", ip, "10.0.0.1"},
-        {"gw_client", "TLS шлюз", "Шлюз клиента", "gw_client_send_ip", "10..0.1", ip, "10.0.0.1"},
-        {"gw_server", "TLS шлюз", "Шлюз сервера", "gw_server_recv_ip", "1", ip, "10.0.0.1"},
-        {"gw_client", "TLS шлюз", "Шлюз клиента", "gw_client_local_adr", "10.0.0.1/24", ip, "10.0.0.1"},
-        {"gw_client", "TLS шлюз", "Шлюз клиента", "gw_client_virtual_adr", "10.0.0.1", net, "10.0.0.1/24"},
-        {"gw_server", "TLS шлюз", "Шлюз сервера", "gw_server_local_adr", "-1.0.0.1", ip, "10.0.0.1"},
-        {"gw_server", "TLS шлюз", "Шлюз сервера", "gw_server_virtual_adr", "10.0.0.1/99999999999", net, "10.0.0.1/0"},
-        {"fc", "TLS файл", "Файл-клиента", "fc_ip", "a.b.c.d", ip, "10.0.0.1"},
-        {"fs", "TLS файл", "Файл-сервера", "fs_ip", "1.2.3.4.5", ip, "10.0.0.1"},
+        {"radio_init_recv", "Инициализация", "Получение файла по сети", "entry_recv_ip", "10.0.0", ip, "   "},
+        {"radio_init_client", "TLS посредник", "TLS клиент", "entry_client_recv_ip", "10.0.0.256", ip, "10.0.0.255"},
+        {"radio_init_client", "TLS посредник", "TLS клиент", "entry_client_send_ip", "10.0.0.99999999999", ip,
+         "0.0.0.0"},
+        {"radio_init_server", "TLS посредник", "TLS сервер", "entry_server_recv_ip", "localhost", ip, ""},
+        {"radio_init_server", "TLS посредник", "TLS сервер", "entry_server_send_ip", "10.0.0.1 ", ip, "10.0.0.1"},
+        {"radio_init_gw_client", "TLS шлюз", "Шлюз клиента", "entry_gw_client_send_ip", "10..0.1", ip, "10.0.0.1"},
+        {"radio_init_gw_server", "TLS шлюз", "Шлюз сервера", "entry_gw_server_recv_ip", "1", ip, "10.0.0.1"},
+        {"radio_init_gw_client", "TLS шлюз", "Шлюз клиента", "entry_gw_client_local_adr", "10.0.0.1/24", ip,
+         "10.0.0.1"},
+        {"radio_init_gw_client", "TLS шлюз", "Шлюз клиента", "entry_gw_client_virtual_adr", "10.0.0.1", net,
+         "10.0.0.1/24"},
+        {"radio_init_gw_server", "TLS шлюз", "Шлюз сервера", "entry_gw_server_local_adr", "-1.0.0.1", ip, "10.0.0.1"},
+        {"radio_init_gw_server", "TLS шлюз", "Шлюз сервера", "entry_gw_server_virtual_adr", "10.0.0.1/99999999999", net,
+         "10.0.0.1/0"},
+        {"radio_init_fc", "TLS файл", "Файл-клиента", "entry_fc_ip", "a.b.c.d", ip, "10.0.0.1"},
+        {"radio_init_fs", "TLS файл", "Файл-сервера", "entry_fs_ip", "1.2.3.4.5", ip, "10.0.0.1"},
     };
     show({"own"});
-    UiScript script;
-    script.when("dialog_config", [&](UiWindow window) {
+    configure([&](UiWindow window) {
         gtk_window_resize(GTK_WINDOW(window.widget()), 700, 300);
-        for (const auto& row : checks) window.set_entry(std::string("entry_") + row.entry, row.bad);
-        window.set_entry("entry_gw_server_internal_dev", "dev200");
-    });
-    for (const auto& row : checks) {
-        const std::string entry = std::string("entry_") + row.entry;
-        script.when("dialog_config", enter("button_config_ok"));
-        script.remark(std::string("В закладке (") + row.tab + ") в разделе (" + row.section + ") " + row.demand);
-        script.when("dialog_config", [&row, entry](UiWindow window) {
-            const std::string mode = std::string("radio_init_") + row.mode;
+        for (const auto& row : checks) window.set_entry(row.entry, row.bad);
+        for (const auto& row : checks) {
+            UiScript script;
+            script.remark(std::string("В закладке (") + row.tab + ") в разделе (" + row.section + ") " + row.demand);
+            window.click(ok);
             EXPECT_EQ(front_page(window), row.tab);
-            EXPECT_EQ(window.focus(), window.sensitive(entry) ? entry : mode); // which opens it
-            EXPECT_TRUE(is_in_view(window, entry));
-            window.set_toggle(mode, true);
-            window.set_entry(entry, row.good);
-        });
-    }
-    script.when("dialog_config", enter("button_config_ok"));
-    configure();
+            EXPECT_EQ(window.focus(), window.sensitive(row.entry) ? row.entry : row.mode); // which opens it
+            EXPECT_TRUE(is_in_view(window, row.entry)) << row.entry;
+            window.set_toggle(row.mode, true);
+            window.set_entry(row.entry, row.good);
+        }
+        window.click(ok);
+    });
     EXPECT_EQ(on_disk().at(0).config.recv_ip, "   ");
 }
 
@@ -149,30 +148,59 @@ TEST_F(ProfileEditor, StoresWhatNobodyTouchedByteForByteAndTheRestAsItIsShown) {
     }
 }
 
-TEST_F(ProfileEditor, ChoosesACatalogAndAFileThatKeepsItsBareName) {
-    show({"own"});
-    home.write("file.txt", "");
+// A catalog goes into its entry as a path, a file by its bare name, and no other entry changes.
+TEST_F(ProfileEditor, ChoosesForTheEntryOfTheIconWhatCanBeStored) {
+    const std::string catalog = "Окно выбора каталога", file = "Окно выбора имени файла";
     const std::string odd = home.path("\xD0"), control = home.path("a\x02");
     std::filesystem::create_directory(odd);
-    home.write("a\x02", "");
-    UiScript script;
-    const auto press = [&](const char* icon, const char* title, const std::string& path, const std::string& expected) {
-        script.when("dialog_config", [=](UiWindow window) { window.press_icon(icon); });
-        path.empty() ? script.cancel_chooser(title) : script.choose(title, path);
-        script.when("dialog_config", [=](UiWindow window) { EXPECT_EQ(window.entry(icon), expected) << icon; });
+    for (const char* name : {"a\x02", "file.txt"}) home.write(name, "");
+    MGAction action;
+    const struct {
+        const char* dialog;
+        std::function<void()> open;
+        std::vector<std::string> icons;
+    } windows[] = {
+        {"dialog_config",
+         [&] { configure(); },
+         {"catalog_log", "error_catalog", "error_file", "catalog_archive_in", "catalog_archive_out", "catalog_error_in",
+          "init_catalog", "mask_file", "recv_catalog", "modify_catalog", "modify_file"}},
+        {"dialog_send", [&] { set_action_send(action.send); }, {"send_catalog", "send_file"}},
+        {"dialog_copy", [&] { set_action_copy(action.copy); }, {"copy_catalog", "copy_file", "copy_catalog_to"}},
+        {"dialog_exist", [&] { set_action_exist(action.exist); }, {"exist_catalog", "exist_file"}},
     };
-    press("entry_init_catalog", "Окно выбора каталога", context.tmp_dir, context.tmp_dir);
-    press("entry_mask_file", "Окно выбора имени файла", home.path("file.txt"), "file.txt");
-    script.when("dialog_config", [=](UiWindow window) { window.press_icon("entry_init_catalog"); });
-    script.choose("Окно выбора каталога", odd).refusal(HasSubstr("Имя каталога не в кодировке UTF-8"));
-    script.when("dialog_config", [=](UiWindow window) { window.press_icon("entry_mask_file"); });
-    script.choose("Окно выбора имени файла", control).refusal(HasSubstr("содержит недопустимый символ U+0002"));
-    press("entry_mask_file", "Окно выбора имени файла", "", "file.txt");
-    script.when("dialog_config", [&](UiWindow window) {
-        EXPECT_EQ(window.entry("entry_init_catalog"), context.tmp_dir) << "the file lies elsewhere";
+    const auto expect_choice = [&](UiWindow window, const std::string& icon) {
+        SCOPED_TRACE(icon);
+        const bool is_file = icon.find("file") != icon.npos;
+        const Rows before = window.screen();
+        UiScript script;
+        is_file ? script.choose(file, home.path("file.txt")) : script.choose(catalog, home.path());
+        window.press_icon("entry_" + icon);
+        EXPECT_EQ(window.entry("entry_" + icon), is_file ? "file.txt" : home.path());
+        const Rows after = window.screen();
+        const auto same = std::ranges::mismatch(before, after);
+        EXPECT_TRUE(std::equal(same.in1 + 1, before.end(), same.in2 + 1)) << "another input has changed as well";
+    };
+    show({"own"});
+    for (const auto& row : windows) {
+        UiScript script;
+        script.when(row.dialog, [&](UiWindow window) {
+            for (const std::string& icon : row.icons) expect_choice(window, icon);
+            window.close();
+        });
+        row.open();
+    }
+    configure([&](UiWindow window) {
+        UiScript script;
+        script.choose(catalog, odd).refusal(HasSubstr("Имя каталога не в кодировке UTF-8"));
+        window.press_icon("entry_init_catalog");
+        script.choose(file, control).refusal(HasSubstr("содержит недопустимый символ U+0002"));
+        window.press_icon("entry_mask_file");
+        script.cancel_chooser(catalog);
+        window.press_icon("entry_recv_catalog");
+        for (const char* entry : {"entry_init_catalog", "entry_mask_file", "entry_recv_catalog"})
+            EXPECT_EQ(window.entry(entry), "");
         window.click(cancel);
     });
-    configure();
 }
 
 GtkWidget* list_on_top() {
