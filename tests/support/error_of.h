@@ -8,36 +8,31 @@
 #include <string>
 #include <utility>
 
-// The MGErr that body throws; if it throws none, the test fails and an empty one is given back.
+// The MGErr that body throws; an empty one if it throws none.
 template <class Body>
-MGErr error_of(Body&& body) {
+MGErr error_if_any(Body&& body) {
     try {
         std::forward<Body>(body)();
     } catch (const MGErr& err) {
         return err;
     }
-    ADD_FAILURE() << "no MGErr was thrown";
     return {};
 }
 
-// What the log would say of the MGErr that body throws; empty if it throws none.
+// The same, where it must throw one.
 template <class Body>
-std::string error_text(Body&& body) {
-    try {
-        std::forward<Body>(body)();
-    } catch (const MGErr& err) {
-        return err.GetString();
-    }
-    return "";
+MGErr error_of(Body&& body) {
+    const MGErr err = error_if_any(std::forward<Body>(body));
+    EXPECT_NE(err.GetString(), "") << "no MGErr was thrown";
+    return err;
 }
 
-// The condition or the call that body failed on; empty if it throws none.
+// What the log would say of it, and the condition or the call that body failed on.
+template <class Body>
+std::string error_text(Body&& body) {
+    return error_if_any(std::forward<Body>(body)).GetString();
+}
 template <class Body>
 std::string condition_of(Body&& body) {
-    try {
-        std::forward<Body>(body)();
-    } catch (const MGErr& err) {
-        return err.func_2;
-    }
-    return "";
+    return error_if_any(std::forward<Body>(body)).func_2;
 }
