@@ -26,50 +26,38 @@ uint32_t size_of(const Bytes& bytes) {
 }
 
 TEST(DerReader, StepsAndRefusesSteps) {
-    const struct {
-        const char* bytes;
-        uint32_t code; // of the first step
-        uint32_t length;
-    } rows[] = {
-        {"04", der_end, 0}, // a lone identifier byte is the end
-        {"04 84 00 00 00 01 aa", der_ok, 1},
-        {"30 05", der_ok, 5}, // a constructed length is not tested
-        {"04 84 ff ff ff ff 00", 0xeeee0001, 0xffffffff},
-        {"30 80 00 00", 0xeeee0002, 0x80},
-        {"04 82 01", 0xeeee0004, 0x82},
-        {"03 00", 0xeeee0005, 0},
-    };
-    for (const auto& row : rows) {
-        const Bytes bytes = hex(row.bytes);
+    // Bytes, the code of the first step and the length that it finds.
+    for (const auto& [digits, code, length] :
+         {std::tuple("04", uint32_t{der_end}, 0u), // a lone identifier byte is the end
+          {"04 84 00 00 00 01 aa", der_ok, 1},
+          {"30 05", der_ok, 5}, // a constructed length is not tested
+          {"04 84 ff ff ff ff 00", 0xeeee0001, 0xffffffff},
+          {"30 80 00 00", 0xeeee0002, 0x80},
+          {"04 82 01", 0xeeee0004, 0x82},
+          {"03 00", 0xeeee0005, 0}}) {
+        const Bytes bytes = hex(digits);
         DER_S_POINTER cursor;
         DER_S_ENCODING item;
         der_init_parsing(cursor, bytes.data(), size_of(bytes));
-        EXPECT_EQ(der_parsing_next(cursor, item), row.code) << row.bytes;
-        EXPECT_EQ(item.length, row.length) << row.bytes;
+        EXPECT_EQ(der_parsing_next(cursor, item), code) << digits;
+        EXPECT_EQ(item.length, length) << digits;
     }
 }
 
 TEST(DerReader, ObjectIdentifiers) {
-    const struct {
-        Bytes body;
-        uint32_t code;
-        std::string text;
-    } rows[] = {
-        {hex("2a 86 48"), der_ok, "1.2.840"},
-        {hex("55 04 03 00"), der_ok, "2.5.4.3.0"},   // the beginning is known
-        {hex("2a 90 80 80 80 00"), der_ok, "1.2.0"}, // 2^32
-        {hex(""), 0xeeee0007, ""},
-        {hex("55 04 83"), 0xeeee0008, ""},
-        {Bytes(256, 1), 0xeeee0008, ""}, // too long
-    };
     DER_S_OBJ_ID oid; // the same for all: nothing is left of the one before
-    for (const auto& row : rows) {
-        oid.data = row.body.data();
-        oid.length = size_of(row.body);
-        EXPECT_EQ(der_get_obj_id(oid), row.code) << row.text;
-        EXPECT_EQ(oid.oid_text, row.text);
-        EXPECT_EQ(oid.known, row.text == "1.2.840");
-    }
+    const auto read = [&](const Bytes& body) {
+        oid.data = body.data();
+        oid.length = size_of(body);
+        const uint32_t code = der_get_obj_id(oid);
+        return std::tuple(code, std::string(oid.oid_text), oid.known);
+    };
+    EXPECT_EQ(read(hex("2a 86 48")), std::tuple(der_ok, "1.2.840", true));
+    EXPECT_EQ(read(hex("55 04 03 00")), std::tuple(der_ok, "2.5.4.3.0", false)) << "the beginning is known";
+    EXPECT_EQ(read(hex("2a 90 80 80 80 00")), std::tuple(der_ok, "1.2.0", false)) << "2^32";
+    EXPECT_EQ(read({}), std::tuple(0xeeee0007, "", false));
+    EXPECT_EQ(read(hex("55 04 83")), std::tuple(0xeeee0008, "", false));
+    EXPECT_EQ(read(Bytes(256, 1)), std::tuple(0xeeee0008, "", false)) << "too long";
 }
 
 // What of the values is refused and where a walk ends; values that are right are held against OpenSSL elsewhere.

@@ -56,16 +56,16 @@ TEST(TransferFile, ComesBackAsItWasWritten) {
     got.file2_header(text);
     EXPECT_EQ(std::tie(got.que, got.name, got.size, got.buf_len), std::tuple("que", "name", huge, 1024u));
 
-    const struct {
-        int32_t kilobytes;
-        uint64_t size, full_blocks, rest;
-    } rows[] = {{5120, 10485761, 2, 1}, {0, huge, 0, huge}, {4194304, huge, 4294967295, 4294967295}, {1, 5, 0, 5}};
-    for (const auto& row : rows) {
-        send.buf_len = row.kilobytes;
-        write_file_header(send, row.size, text);
+    const auto blocks = [&](int32_t kilobytes, uint64_t size) {
+        send.buf_len = kilobytes;
+        write_file_header(send, size, text);
         got.file_header(text);
-        EXPECT_EQ(std::pair(got.file.full_blocks, got.file.rest), std::pair(row.full_blocks, row.rest)) << row.size;
-    }
+        return std::pair(got.file.full_blocks, got.file.rest);
+    };
+    EXPECT_EQ(blocks(5120, 10485761), std::pair(2ul, 1ul));
+    EXPECT_EQ(blocks(0, huge), std::pair(0ul, huge));
+    EXPECT_EQ(blocks(4194304, huge), std::pair(4294967295ul, 4294967295ul));
+    EXPECT_EQ(blocks(1, 5), std::pair(0ul, 5ul));
 }
 
 TEST(TransferClients, ComeBackAsTheyWereWritten) {

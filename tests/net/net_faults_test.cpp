@@ -15,7 +15,6 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <cstdlib>
 #include <dlfcn.h>
 #include <sched.h>
 #include <sys/socket.h>
@@ -86,8 +85,6 @@ uint16_t port_of(int sock) {
     getsockname(sock, reinterpret_cast<sockaddr*>(&address), &size);
     return ntohs(address.sin_port);
 }
-
-} // namespace
 
 TEST(NetFaults, OfConnectionsLeaveNothing) {
     std::signal(SIGPIPE, SIG_IGN);
@@ -198,8 +195,6 @@ TEST(NetFaults, OfDocumentsLeaveNothing) {
     for_each_fault(rows);
 }
 
-namespace {
-
 trelm_functions provider_functions;
 
 // A function of the provider, undisturbed: what it does without memory is not ours to say.
@@ -231,8 +226,6 @@ struct ProviderWorld : World {
     }
 };
 
-} // namespace
-
 TEST(NetFaults, OfTheProviderLeaveNothing) {
     const ProviderTest provider;
     void* const pinned = dlopen(provider_library.c_str(), RTLD_LAZY);
@@ -257,3 +250,5 @@ TEST(NetFaults, OfTheProviderLeaveNothing) {
     for_each_fault(rows);
     dlclose(pinned);
 }
+
+} // namespace

@@ -13,11 +13,7 @@
 namespace {
 
 TEST(Utf8, WalkEndsAtWhatIsNoCharacter) {
-    const struct {
-        std::string text;
-        size_t number;
-        bool valid;
-    } rows[] = {
+    const std::tuple<std::string, size_t, bool> rows[] = {
         {"aя€\xF0\x9F\x98\x80", 4, true},
         {"\x7F\xDF\xBF\xEF\xBF\xBF\xF7\xBF\xBF\xBF", 4, true},         // the last of each length
         {"\xC0\x80\xE0\x80\x80\xF0\x80\x80\x80\xED\xA0\x80", 4, true}, // overlong forms and a surrogate
@@ -27,8 +23,8 @@ TEST(Utf8, WalkEndsAtWhatIsNoCharacter) {
         {std::string("a\0z", 3), 1, false},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(MGFile::NumberUtf8(row.text), row.number) << row.text;
-        EXPECT_EQ(MGFile::IsUtf8String(row.text), row.valid) << row.text;
+        const std::string& text = std::get<0>(row);
+        EXPECT_EQ(row, std::tuple(text, MGFile::NumberUtf8(text), MGFile::IsUtf8String(text)));
     }
 }
 
@@ -77,19 +73,15 @@ TEST(Masks, AgreeWithTheCLibrary) {
 }
 
 TEST(Masks, CaseAndInvalidText) {
-    const struct {
-        std::string text, mask;
-        bool blind, exact;
-    } rows[] = {
-        {"Ёлка.TXT", "ё*.txt", true, false},
-        {"a\xFFz", "a*", true, true},
-        {"abc", "ab\xFF*", false, false}, // the mask is "ab"
-        {"\xD0", "?", false, false},      // half a character is none
+    const auto match = [](const char* text, const char* mask) {
+        return MGFile::CompareMaskUtf8(text, mask, true)    ? "exactly"
+               : MGFile::CompareMaskUtf8(text, mask, false) ? "but for case"
+                                                            : "not";
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(MGFile::CompareMaskUtf8(row.text, row.mask, false), row.blind) << row.text << " " << row.mask;
-        EXPECT_EQ(MGFile::CompareMaskUtf8(row.text, row.mask, true), row.exact) << row.text << " " << row.mask;
-    }
+    EXPECT_STREQ(match("Ёлка.TXT", "ё*.txt"), "but for case");
+    EXPECT_STREQ(match("a\xFFz", "a*"), "exactly");
+    EXPECT_STREQ(match("abc", "ab\xFF*"), "not") << "the mask is «ab»";
+    EXPECT_STREQ(match("\xD0", "?"), "not") << "half a character is none";
 }
 
 using Texts = std::vector<std::string>;
@@ -105,32 +97,27 @@ TEST(Numbers, AreReadAtTheStartOrRefused) {
 }
 
 TEST(TextHelpers, SplitFromEitherEnd) {
-    const struct {
-        const char *text, *sep;
-        Texts left, right;
-    } rows[] = {{".1..2", ".", {"", "1", "", "2"}, {"2", "", "1"}},
-                {"a<|>b<|>", "<|>", {"a", "b", ""}, {"", "b", "a"}}};
-    for (const auto& row : rows) {
-        Texts left = {"old"}, right = {"old"};
-        MGFile::SplitStringLeft(row.text, row.sep, left);
-        MGFile::SplitStringRight(row.text, row.sep, right);
-        EXPECT_EQ(left, row.left) << row.text;
-        EXPECT_EQ(right, row.right) << row.text;
-    }
+    const auto split = [](auto function, const char* text, const char* separator) {
+        Texts parts = {"old"};
+        function(text, separator, parts);
+        return parts;
+    };
+    EXPECT_EQ(split(MGFile::SplitStringLeft, ".1..2", "."), (Texts{"", "1", "", "2"}));
+    EXPECT_EQ(split(MGFile::SplitStringLeft, "a<|>b<|>", "<|>"), (Texts{"a", "b", ""}));
+    EXPECT_EQ(split(MGFile::SplitStringRight, ".1..2", "."), (Texts{"2", "", "1"}));
+    EXPECT_EQ(split(MGFile::SplitStringRight, "a<|>b<|>", "<|>"), (Texts{"", "b", "a"}));
 }
 
 TEST(Paths, KeepNamesSafeAndShort) {
-    const struct {
-        std::string given, safe, cut; // cut to 5 bytes
-    } rows[] = {{"\"%'*/:<>?\\|\x01\x1f\x7f ~", "_____________\x7f ~", "_____"},
-                {"Привет\n", "Привет_", "Пр"},
-                {"a*\xff*bcd", "a_\xff*bcd", "a_"}};
-    for (const auto& row : rows) {
-        std::string name = row.given;
+    // As it is given, without what a name can't hold, and cut to 5 bytes.
+    for (auto [name, safe, cut] : {std::tuple<std::string, const char*, const char*>("\"%'*/:<>?\\|\x01\x1f\x7f ~",
+                                                                                     "_____________\x7f ~", "_____"),
+                                   {"Привет\n", "Привет_", "Пр"},
+                                   {"a*\xff*bcd", "a_\xff*bcd", "a_"}}) {
         MGFile::ReplaceFileNameIllegalSimbos(name);
-        EXPECT_EQ(name, row.safe);
+        EXPECT_EQ(name, safe);
         MGFile::CutFileNameUpToNChars(name, 5);
-        EXPECT_EQ(name, row.cut);
+        EXPECT_EQ(name, cut);
     }
 }
 
@@ -175,22 +162,16 @@ TEST(Arguments, MayBeResultsToo) {
 }
 
 TEST(TextHelpers, FindTextBetweenMarksOfOneLine) {
-    const struct {
-        std::string text, begin, end, found;
-        bool escape;
-    } rows[] = {
-        {"<a\n<b> <c>", "<", ">", "b c", false},
-        {"\\<a> <b\\>c>", "<", ">", "b\\>c", true},
-        {"[[a]] [[\n]] [[b]]", "[[", "]]", "a b", false},
-        {"a\nb.", "", ".", "b", false},
-        {"<<<\n>", "<", ">", "", false},
-    };
-    for (const auto& row : rows) {
+    const auto all_found = [](const std::string& text, const char* begin, const char* end, bool escape) {
         std::string all, found;
-        for (size_t pos = 0; MGFile::FindSubString(row.text, pos, row.begin, row.end, found, row.escape);)
-            all += (all.empty() ? "" : " ") + found;
-        EXPECT_EQ(all, row.found) << row.text;
-    }
+        for (size_t pos = 0; MGFile::FindSubString(text, pos, begin, end, found, escape);) all += found + "|";
+        return all;
+    };
+    EXPECT_EQ(all_found("<a\n<b> <c>", "<", ">", false), "b|c|");
+    EXPECT_EQ(all_found("\\<a> <b\\>c>", "<", ">", true), "b\\>c|");
+    EXPECT_EQ(all_found("[[a]] [[\n]] [[b]]", "[[", "]]", false), "a|b|");
+    EXPECT_EQ(all_found("a\nb.", "", ".", false), "b|");
+    EXPECT_EQ(all_found("<<<\n>", "<", ">", false), "");
 }
 
 TEST(Encodings, AreThoseOfZlibAndOfTheBase64Program) {
@@ -239,33 +220,18 @@ TEST(Encodings, RefuseAndLeaveNothing) {
 }
 
 // Central European time, spelled out so that no time zone data are needed. Expected texts are those of date(1).
-void set_time_zone() {
+TEST(Dates, FollowTheLocalClock) {
     setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
     tzset();
-}
-
-TEST(Dates, FollowTheLocalClock) {
-    set_time_zone();
-    const struct {
-        time_t t;
-        std::string text, file, archive;
-    } rows[] = {
-        {1711846799, "2024-03-31 01:59:59", "_20240331_015959", "/d2024/03/31/015959_0000002a"},
-        {1711846800, "2024-03-31 03:00:00", "_20240331_030000", "/d2024/03/31/030000_0000002a"},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(MGFile::GetDateAndTime(row.t), row.text);
-        EXPECT_EQ(MGFile::GetDateAndTimeForFile(row.t), row.file);
-        std::string dir = "/d";
-        MGFile::DirAddArchiveDateExtTime(row.t, dir, 42);
-        EXPECT_EQ(dir, row.archive);
-    }
+    EXPECT_EQ(MGFile::GetDateAndTime(1711846799), "2024-03-31 01:59:59");
+    EXPECT_EQ(MGFile::GetDateAndTime(1711846800), "2024-03-31 03:00:00");
+    EXPECT_EQ(MGFile::GetDateAndTimeForFile(1711846800), "_20240331_030000");
+    std::string dir = "/d";
+    MGFile::DirAddArchiveDateExtTime(1711846800, dir, 42);
+    EXPECT_EQ(dir, "/d2024/03/31/030000_0000002a");
     EXPECT_EQ(MGFile::GetDateAndTime(0), "");
     EXPECT_EQ(error_of([] { MGFile::GetDateAndTime(67767976233532799); }).mess_1, "Непонятная ошибка"); // year 2^31
-}
 
-TEST(Dates, TextComesBackAsTheSameMoment) {
-    set_time_zone();
     constexpr time_t new_year = 1704063600, hour = 3600, twice_told = 1729990800;
     for (time_t t = new_year; t < new_year + 366 * 24 * hour; t += hour) {
         if (t == twice_told || t == twice_told - hour) continue;

@@ -167,6 +167,9 @@ VARIADIC(ioctl, (int fd, unsigned long flags, ...), (fd, flags, last), noexcept)
 
 WRITING(write, (int fd, const void* data, size_t size), (fd, data, size))
 WRITING(send, (int sock, const void* data, size_t size, int flags), (sock, data, size, flags))
+WRITING(sendto, (int sock, const void* data, size_t size, int flags, const sockaddr* to, socklen_t to_size),
+        (sock, data, size, flags, to, to_size))
+
 // Closes all the same, as the system does.
 extern "C" int close(int fd) {
     static const auto real = next<int(int)>("close");
