@@ -295,7 +295,7 @@ bool is_plain_number(const char* text, int32_t& value) {
 } // namespace
 
 const xmlAttr* MGLibxml::find_prop(const xmlNode* node, const char* name) const {
-    const bool is_next = next_prop_ && next_prop_->parent == node && is_name(next_prop_->name, name);
+    const bool is_next = next_prop_ && next_prop_->parent == node && name && is_name(next_prop_->name, name);
     const xmlAttr* found = is_next ? next_prop_ : xmlHasProp(node, xml(name));
     next_prop_ = found ? found->next : nullptr;
     return found;
