@@ -21,6 +21,16 @@ bool examine(const char* name, struct stat& info) {
     return !MGFile::IsEmptyString(name) && stat(name, &info) == 0;
 }
 
+// Linux moves no more than this in one call, whatever there is and whatever there is room for: known before a file is
+// touched.
+void refuse_beyond_one_call(MGErr& err, size_t size, const char* mess_2, const char* func_2) {
+    constexpr size_t most = 0x7ffff000;
+    if (size <= most) return;
+    err.num_param = static_cast<int64_t>(size);
+    errno = EFBIG;
+    fail_errno(err, mess_2, func_2);
+}
+
 // And closes it. errno is set first: a call that moves fewer bytes than asked for, as on a full disk, sets none.
 void write_in_one_call(MGErr& err, FileDescriptor& fd, const uint8_t* data, size_t size) {
     errno = ENOSPC;
@@ -39,6 +49,7 @@ HeapBuffer load(const char* file, size_t& size) {
     if (length < 0) fail_errno(err, "Ошибка получения размера файла", "lseek", "SEEK_END");
 
     const size_t wanted = static_cast<size_t>(length);
+    refuse_beyond_one_call(err, wanted, "Ошибка чтения данных из файла", "read");
     HeapBuffer buffer(static_cast<uint8_t*>(std::malloc(wanted + 1)), &std::free);
     if (!buffer) {
         err.num_param = static_cast<int64_t>(wanted + 1);
@@ -67,6 +78,7 @@ UnfinishedFile::~UnfinishedFile() {
 
 void vorma::write_file(const char* file, const uint8_t* data, size_t size, Partial partial) {
     MGErr err = error_of("WriteFile", "Ошибка функции записи данных в файл", file);
+    refuse_beyond_one_call(err, size, "Ошибка записи данных в файл", "write");
     FileDescriptor fd(open(file, O_CREAT | O_RDWR | O_TRUNC | O_CLOEXEC, file_mode));
     if (fd.get() < 0)
         fail_errno(err, "Ошибка создания файла", "open",
@@ -170,6 +182,7 @@ void MGFile::WriteFile(const char* file, const uint8_t* data, size_t size) {
 void MGFile::AddFile(const char* file, const uint8_t* data, size_t size) {
     at_edge("MGFile::AddFile", [&] {
         MGErr err = error_of("AddFile", "Ошибка функции добавления данных в файл", file);
+        refuse_beyond_one_call(err, size, "Ошибка записи данных в файл", "write");
         FileDescriptor fd(open(file, O_CREAT | O_RDWR | O_CLOEXEC, file_mode));
         if (fd.get() < 0)
             fail_errno(err, "Ошибка открытия файла", "open", "O_CREAT|O_RDWR, S_IRUSR|S_IWUSR|S_IRGRP|S_IWGRP|S_IROTH");

@@ -126,7 +126,8 @@ public:
     // The whole file; zero bytes stay in data. ReadFileVector empties data first, so a failure leaves it empty.
     static void ReadFileString(const std::string& file, std::string& data);
     static void ReadFileVector(const std::string& file, std::vector<uint8_t>& data);
-    // Creates or truncates the file (mode 0664 less the umask) and writes data with one write.
+    // Creates or truncates the file (mode 0664 less the umask) and writes data with one write. 2 GiB, here and in what
+    // reads or adds whole files, are more than one call moves: refused with the file untouched.
     static void WriteFile(const char* file, const uint8_t* data, size_t size);
     // Opens or creates the file and writes data at its end with one write. Seek and write are two steps: writers of
     // one file need a lock of their own.

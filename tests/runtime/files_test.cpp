@@ -168,6 +168,12 @@ TEST(Files, GiveBackWhatWasWritten) {
         EXPECT_EQ(size, content.size());
         EXPECT_EQ(buffer.get()[size], 0);
     }
+    constexpr size_t too_much = size_t{1} << 31;
+    std::filesystem::resize_file(copy, too_much);
+    EXPECT_EQ(error_of([&] { MGFile::CopyFile(copy, file); }).err_code, EFBIG);
+    EXPECT_EQ(error_of([&] { MGFile::WriteFile(file.c_str(), nullptr, too_much); }).err_code, EFBIG);
+    EXPECT_EQ(error_of([&] { MGFile::AddFile(file.c_str(), nullptr, too_much); }).err_code, EFBIG);
+    EXPECT_EQ(MGFile::SizeFile(file.c_str()), (1 << 20) + 4);
     MGFile::IfNotExistMakeDirRecursive(dir.path("dir//in/it/"));
     umask(mask);
     EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms(0664));
