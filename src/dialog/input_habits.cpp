@@ -4,6 +4,7 @@
 #include "dialog/drop_down.h"
 #include "dialog/list_habits.h"
 #include "dialog/number_habits.h"
+#include "dialog/signs.h"
 
 #include <string>
 
@@ -86,6 +87,7 @@ void let_rows_shrink(GtkCellLayout* combo) {
 }
 
 void mend(GtkWidget* input, GtkWidget* window, GtkBuilder* builder) {
+    explain_signs(input);
     if (GTK_IS_SPIN_BUTTON(input) || GTK_IS_COMBO_BOX(input))
         g_signal_connect(input, "scroll-event", G_CALLBACK(leave_wheel_to_page), window);
     if ((GTK_IS_SPIN_BUTTON(input) || GTK_IS_TREE_VIEW(input)) && gtk_widget_get_ancestor(input, GTK_TYPE_NOTEBOOK))

@@ -15,7 +15,8 @@
 // - a drop-down list can be narrower than its longest row;
 // - a cell of a list shows a text with line ends whole, in its one line, with a sign for each end as an entry has it;
 // - lists have the habits of list_habits.h, numbers those of number_habits.h;
-// - a label is dimmed together with the input that it names.
+// - a label is dimmed together with the input that it names;
+// - what signs alone would tell is told in words (signs.h).
 void mend_inputs(GtkBuilder* builder, GtkWidget* window);
 
 // Sets the text of an entry of such a window as it stands, line ends included: a value of a file may have them.

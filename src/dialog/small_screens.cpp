@@ -1,14 +1,17 @@
 // Lets what is too large for the screen scroll.
 #include "dialog/small_screens.h"
 
+#include <algorithm>
 #include <initializer_list>
 
 namespace {
 
-constexpr int room_for_frame = 64; // a title and borders, whoever draws them
+// For borders and a title, whoever draws them.
+constexpr int frame_width = 16;
+constexpr int frame_height = 64;
 
-// Of the monitor with the window's parent, since the window itself has none yet.
-GdkRectangle screen_room(GtkWidget* window) {
+// On the monitor with the window's parent, since the window itself has none yet.
+GtkRequisition screen_room(GtkWidget* window) {
     GtkWindow* parent = gtk_window_get_transient_for(GTK_WINDOW(window));
     GdkWindow* place = parent ? gtk_widget_get_window(GTK_WIDGET(parent)) : nullptr;
     GdkScreen* screen = gtk_widget_get_screen(window);
@@ -19,14 +22,19 @@ GdkRectangle screen_room(GtkWidget* window) {
         place ? gdk_screen_get_monitor_at_window(screen, place) : gdk_screen_get_primary_monitor(screen);
     gdk_screen_get_monitor_workarea(screen, monitor, &room);
     G_GNUC_END_IGNORE_DEPRECATIONS
-    return room;
+    return {room.width - frame_width, room.height - frame_height};
 }
 
-bool fits(GtkWidget* window) {
-    const GdkRectangle room = screen_room(window);
+bool fits(GtkWidget* window, const GtkRequisition& room) {
     GtkRequisition needed;
     gtk_widget_get_preferred_size(window, &needed, nullptr);
-    return needed.width <= room.width - room_for_frame && needed.height <= room.height - room_for_frame;
+    return needed.width <= room.width && needed.height <= room.height;
+}
+
+void open_within(GtkWindow* window, const GtkRequisition& room) {
+    int width = 0, height = 0;
+    gtk_window_get_default_size(window, &width, &height);
+    gtk_window_set_default_size(window, std::min(width, room.width), std::min(height, room.height));
 }
 
 // Without these, which the toolkit has since its version 3.22, the window would open at its smallest.
@@ -64,7 +72,9 @@ void shorten(GtkWidget* check) {
 } // namespace
 
 void fit_to_screen(GtkBuilder* builder, GtkWidget* window) {
-    const bool whole = fits(window);
+    const GtkRequisition room = screen_room(window);
+    const bool whole = fits(window, room);
+    open_within(GTK_WINDOW(window), room);
     GSList* objects = gtk_builder_get_objects(builder);
     for (GSList* item = objects; item; item = item->next) {
         if (!GTK_IS_WIDGET(item->data) || !gtk_widget_is_ancestor(GTK_WIDGET(item->data), window)) continue;

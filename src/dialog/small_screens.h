@@ -3,8 +3,8 @@
 
 #include <gtk/gtk.h>
 
-// Called for a window that `builder` has made and the code has filled, before it is shown. In the definition the
-// content of a dialog stands in a scrolled window that never scrolls, its buttons beside it. If the dialog as a whole
-// is too large for the screen, its content scrolls and long titles of check buttons shorten, so that the buttons stay
-// in sight. A column of buttons that is too low for them shows its bar.
+// Called for a window that `builder` has made and the code has filled, before it is shown. It opens no larger than its
+// screen. In the definition the content of a dialog stands in a scrolled window that never scrolls, its buttons beside
+// it. If the dialog as a whole is too large for the screen, its content scrolls and long titles of check buttons
+// shorten, so that the buttons stay in sight. A column of buttons that is too low for them shows its bar.
 void fit_to_screen(GtkBuilder* builder, GtkWidget* window);

@@ -35,6 +35,10 @@ GtkText shortened_text(GtkTreeView* view, GtkTreeViewColumn* column, GtkTreePath
 // The toolkit's own would break a line at spaces only, and paths have none.
 GtkWidget* make_label(const char* text) {
     GtkWidget* label = gtk_label_new(text);
+    PangoAttrList* attributes = pango_attr_list_new();
+    pango_attr_list_insert(attributes, pango_attr_insert_hyphens_new(FALSE)); // they would seem a part of the text
+    gtk_label_set_attributes(GTK_LABEL(label), attributes);
+    pango_attr_list_unref(attributes);
     gtk_label_set_line_wrap(GTK_LABEL(label), TRUE);
     gtk_label_set_line_wrap_mode(GTK_LABEL(label), PANGO_WRAP_WORD_CHAR);
     gtk_label_set_max_width_chars(GTK_LABEL(label), 70);

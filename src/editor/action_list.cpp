@@ -170,6 +170,7 @@ void active_add_and_insert(GtkListStore* store, bool insert, int index) {
                       insert ? "Окно вставки нового действия" : "Окно добавления нового действия");
     MGAction action;
     dialog->ToggleButtonSet("check_active_activ", true);
+    dialog->SetFocusToProblemWidget("combo_active_type");
     if (!edit_action(dialog, action)) return;
 
     if (insert)

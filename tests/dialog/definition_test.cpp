@@ -4,6 +4,8 @@
 #include "dialog/make_dialog.h"
 #include "support/ui_script.h"
 
+#include <gtk/gtk-a11y.h>
+
 #include <algorithm>
 #include <map>
 #include <memory>
@@ -74,17 +76,64 @@ TEST_F(Definition, ConnectsEveryControlThatActs) {
 }
 
 // What is typed into a list is looked for in the column of the search.
-TEST_F(Definition, NamesEveryInputForAssistiveTechnologyAndSearchesListsByText) {
+TEST_F(Definition, SearchesListsByText) {
     for (GObject* object : objects_) {
-        SCOPED_TRACE(id_of(object));
-        if (GTK_IS_ENTRY(object) || GTK_IS_COMBO_BOX(object) || GTK_IS_TREE_VIEW(object)) {
-            EXPECT_NE(spoken_label(GTK_WIDGET(object)), "");
-        }
         if (!GTK_IS_TREE_VIEW(object)) continue;
         GtkTreeView* view = GTK_TREE_VIEW(object);
+        EXPECT_NE(spoken_label(GTK_WIDGET(view)), "") << id_of(view);
         EXPECT_EQ(gtk_tree_model_get_column_type(gtk_tree_view_get_model(view), gtk_tree_view_get_search_column(view)),
                   G_TYPE_STRING);
     }
+}
+
+struct Spoken {
+    int marks = 0;
+    std::set<std::string> hints; // labels that describe an input
+};
+
+// What a screen reader finds from here on: inputs, frames, marks and icons that have a name of their own or a label's.
+void expect_names(AtkObject* object, Spoken& spoken) {
+    static const std::set<AtkRole> inputs{ATK_ROLE_TEXT,      ATK_ROLE_PASSWORD_TEXT, ATK_ROLE_SPIN_BUTTON,
+                                          ATK_ROLE_COMBO_BOX, ATK_ROLE_CHECK_BOX,     ATK_ROLE_RADIO_BUTTON,
+                                          ATK_ROLE_ICON,      ATK_ROLE_PUSH_BUTTON};
+    const bool mark = GTK_IS_BOOLEAN_CELL_ACCESSIBLE(object);
+    GtkWidget* widget = GTK_IS_WIDGET_ACCESSIBLE(object) ? gtk_accessible_get_widget(GTK_ACCESSIBLE(object)) : nullptr;
+    const char* name = atk_object_get_name(object);
+    if (mark || GTK_IS_FRAME_ACCESSIBLE(object) || inputs.count(atk_object_get_role(object))) {
+        EXPECT_TRUE((name && *name) || (widget && spoken_label(widget) != ""))
+            << G_OBJECT_TYPE_NAME(object) << (widget ? id_of(widget) : "");
+    }
+    spoken.marks += mark;
+    if (GTK_IS_ENTRY(widget)) {
+        const std::unique_ptr<AtkRelationSet, Unref> relations(atk_object_ref_relation_set(object));
+        if (AtkRelation* hint = atk_relation_set_get_relation_by_type(relations.get(), ATK_RELATION_DESCRIBED_BY))
+            spoken.hints.insert(
+                id_of(gtk_accessible_get_widget(GTK_ACCESSIBLE(atk_relation_get_target(hint)->pdata[0]))));
+    }
+    for (int i = 0; i < atk_object_get_n_accessible_children(object); ++i) {
+        const std::unique_ptr<AtkObject, Unref> child(atk_object_ref_accessible_child(object, i));
+        if (child) expect_names(child.get(), spoken);
+    }
+}
+
+TEST_F(Definition, NamesEveryInputFrameAndMarkForAssistiveTechnology) {
+    Spoken spoken;
+    for (GtkWidget* window : windows_) {
+        SCOPED_TRACE(id_of(window));
+        const std::unique_ptr<MGDialog> dialog(make_dialog(id_of(window).c_str()));
+        dialog->SetLabel("label_enter_2_profile", "Профиль"); // by the opener
+        for (GObject* object : objects_)
+            if (GTK_IS_LIST_STORE(object))
+                dialog->ListStoreAppend(GTK_LIST_STORE(dialog->GetObject(id_of(object).c_str())));
+        dialog->Show();
+        settle();
+        expect_names(gtk_widget_get_accessible(dialog->window), spoken);
+    }
+    EXPECT_EQ(spoken.marks, 5); // one row in each list that is in sight
+    for (GObject* object : objects_)
+        if (GTK_IS_LABEL(object) && id_of(object).ends_with("_hint")) {
+            EXPECT_EQ(spoken.hints.count(id_of(object)), 1) << id_of(object);
+        }
 }
 
 GdkRectangle place_in(GtkWidget* window, GtkWidget* widget) {
@@ -134,12 +183,12 @@ TEST_F(Definition, FitsASmallScreenAndIsReadInOrderByTab) {
     }
 }
 
-// The font is to the display as one of 20 points to a screen of 800 x 640.
+// The font is to the display as one of 22 points to a screen of 800 x 640.
 TEST_F(Definition, KeepsTheAnswersInSightWithALargeFont) {
     GtkSettings* settings = gtk_settings_get_default();
     char* usual = nullptr;
     g_object_get(settings, "gtk-font-name", &usual, nullptr);
-    g_object_set(settings, "gtk-font-name", "Sans 32", nullptr);
+    g_object_set(settings, "gtk-font-name", "Sans 36", nullptr);
     for (GtkWidget* window : windows_) {
         const std::unique_ptr<MGDialog> dialog(make_dialog(id_of(window).c_str()));
         gtk_window_resize(GTK_WINDOW(dialog->window), 1280, 1024);

@@ -127,15 +127,18 @@ TEST_F(ActionList, AsksAndTellsByTheNumberOfSelectedRows) {
 TEST_F(ActionList, AnActionNeedsATypeAndAName) {
     working.actions = {action("none", "")};
     show_actions(*dialog, working.actions);
+    const auto stands_at_type = [](UiWindow active) {
+        GtkWidget* focus = gtk_window_get_focus(GTK_WINDOW(active.widget()));
+        EXPECT_TRUE(focus && gtk_widget_is_ancestor(focus, active.find("combo_active_type")));
+    };
     UiScript script;
+    script.when("dialog_active", stands_at_type).when("dialog_active", enter("button_active_cancel"));
+    press("add", {}); // a new one starts there
     script.when("dialog_active", enter("button_active_customize"));
     script.remark("Для нажатия кнопки \"Настроить\" требуется установить значение поля \"Тип действия :\"");
     script.when("dialog_active", enter("button_active_ok"));
     script.remark("Не выбран тип действия");
-    script.when("dialog_active", [](UiWindow active) {
-        GtkWidget* focus = gtk_window_get_focus(GTK_WINDOW(active.widget()));
-        EXPECT_TRUE(focus && gtk_widget_is_ancestor(focus, active.find("combo_active_type")));
-    });
+    script.when("dialog_active", stands_at_type);
     script.checks("dialog_active", "button_active_ok",
                   {{"combo_active_type=EXIST", "Запещен ввод пустых строк.", "entry_active_name"}});
     script.when("dialog_active", enter("button_active_cancel"));
