@@ -29,6 +29,16 @@ void settle() {
     while (gtk_events_pending()) gtk_main_iteration();
 }
 
+// As a window manager would; without one the toolkit gathers what it would offer, but shows none of it.
+void give_focus(GtkWidget* entry) {
+    gtk_widget_grab_focus(entry);
+    GdkEvent* focus = gdk_event_new(GDK_FOCUS_CHANGE);
+    focus->focus_change.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(entry)));
+    focus->focus_change.in = TRUE;
+    gtk_widget_send_focus_change(entry, focus);
+    gdk_event_free(focus);
+}
+
 // Runs in the dialog's own loop once it is drawn.
 gboolean use(gpointer) {
     GtkComboBox* combo = GTK_COMBO_BOX(ConfigDialog->GetObject("combo_client_send_ip"));
@@ -40,15 +50,13 @@ gboolean use(gpointer) {
     add(times.pop_up);
     gtk_combo_box_popdown(combo);
     GtkWidget* entry = gtk_bin_get_child(GTK_BIN(combo));
-    gtk_widget_grab_focus(entry);
+    give_focus(entry);
     settle();
 
     begin = bench::processor_time();
     gtk_editable_delete_text(GTK_EDITABLE(entry), 0, -1);
     int end = 0;
     gtk_editable_insert_text(GTK_EDITABLE(entry), ".1", -1, &end);
-    if (gtk_entry_get_completion(GTK_ENTRY(entry)))
-        gtk_entry_completion_complete(gtk_entry_get_completion(GTK_ENTRY(entry)));
     settle();
     add(times.narrow);
     begin = bench::processor_time();
@@ -70,12 +78,13 @@ gboolean watch(gpointer) {
 }
 
 void know(int addresses) {
+    History known;
+    for (int i = 0; i < addresses; ++i)
+        known.push_back("10." + std::to_string(i >> 16) + "." + std::to_string(i >> 8 & 255) + "." +
+                        std::to_string(i & 255));
     for (History* history : {&init_recv_ip, &init_send_ip, &init_send_domen}) {
         history->clear();
-        for (int i = 0; i < addresses; ++i)
-            add_string_to_vector("10." + std::to_string(i >> 16) + "." + std::to_string(i >> 8 & 255) + "." +
-                                     std::to_string(i & 255),
-                                 *history);
+        add_vector_to_vector(known, *history);
     }
 }
 

@@ -34,15 +34,30 @@ GtkWidget* pop_up_of(gpointer owner) {
     return found;
 }
 
+// The list below a widget.
+GtkTreeView* list_in(GtkWidget* widget) {
+    if (GTK_IS_TREE_VIEW(widget)) return GTK_TREE_VIEW(widget);
+    GtkTreeView* found = nullptr;
+    GList* children = GTK_IS_CONTAINER(widget) ? gtk_container_get_children(GTK_CONTAINER(widget)) : nullptr;
+    for (GList* child = children; child && !found; child = child->next) found = list_in(GTK_WIDGET(child->data));
+    g_list_free(children);
+    return found;
+}
+
+// One row tells the height of all; else each is asked before the first is shown.
+void give_rows_one_height(GtkTreeView* rows) {
+    gtk_tree_view_column_set_sizing(gtk_tree_view_get_column(rows, 0), GTK_TREE_VIEW_COLUMN_FIXED);
+    gtk_tree_view_set_fixed_height_mode(rows, TRUE);
+}
+
 // Before each pop-up the toolkit turns the scroll bar off and asks the list for its height. A list that has yet to
 // look at its rows would say nothing then, and take the height of all of them later, beyond any screen.
 void look_at_rows(GtkScrolledWindow* scrolled, GParamSpec*, gpointer) {
     GtkPolicyType horizontal, vertical;
     gtk_scrolled_window_get_policy(scrolled, &horizontal, &vertical);
     if (vertical != GTK_POLICY_NEVER) return;
-    GtkTreeView* rows = GTK_TREE_VIEW(gtk_bin_get_child(GTK_BIN(scrolled)));
-    gtk_tree_view_column_set_sizing(gtk_tree_view_get_column(rows, 0), GTK_TREE_VIEW_COLUMN_FIXED);
-    gtk_tree_view_set_fixed_height_mode(rows, TRUE); // one row tells the height of all
+    GtkTreeView* rows = list_in(GTK_WIDGET(scrolled));
+    give_rows_one_height(rows);
     int width = 0;
     gtk_widget_get_preferred_width(GTK_WIDGET(rows), &width, nullptr);
     gtk_widget_queue_resize(GTK_WIDGET(rows));
@@ -61,23 +76,18 @@ void shorten_in_the_middle(GtkCellLayout* layout) {
     g_list_free(cells);
 }
 
-// Who finds his text among so many types on.
-constexpr int most_matches = 1000;
 constexpr const char* row_was_picked = "row-was-picked"; // of a completion: by a key, since the last typing
 
 GtkListStorePtr rows_with(GtkTreeModel* rows, const char* typed) {
     GtkListStorePtr matches(gtk_list_store_new(1, G_TYPE_STRING));
     const GtkText key = folded(typed);
     GtkTreeIter row;
-    int count = 0;
-    for (gboolean found = *typed && gtk_tree_model_get_iter_first(rows, &row); found && count < most_matches;
+    for (gboolean found = *typed && gtk_tree_model_get_iter_first(rows, &row); found;
          found = gtk_tree_model_iter_next(rows, &row)) {
         GValue text = G_VALUE_INIT;
         gtk_tree_model_get_value(rows, &row, 0, &text);
-        if (contains(g_value_get_string(&text), key.get())) {
+        if (contains(g_value_get_string(&text), key.get()))
             gtk_list_store_insert_with_values(matches.get(), nullptr, -1, 0, g_value_get_string(&text), -1);
-            ++count;
-        }
         g_value_unset(&text);
     }
     return matches;
@@ -163,7 +173,9 @@ gboolean offer_matches(GtkWidget* widget, GdkEvent*, gpointer) {
     gtk_entry_completion_set_text_column(completion, 0);
     shorten_in_the_middle(GTK_CELL_LAYOUT(completion));
     g_signal_connect(completion, "match-selected", G_CALLBACK(take_match), nullptr);
-    g_signal_connect(pop_up_of(completion), "event-after", G_CALLBACK(pass_press_on), nullptr);
+    GtkWidget* pop_up = pop_up_of(completion);
+    give_rows_one_height(list_in(pop_up));
+    g_signal_connect(pop_up, "event-after", G_CALLBACK(pass_press_on), nullptr);
     gtk_entry_set_completion(entry, completion);
     g_object_unref(completion); // the entry has it
     return FALSE;
@@ -175,7 +187,7 @@ void prepare_drop_down(GtkComboBox* combo) {
     show_as_list(GTK_WIDGET(combo));
     shorten_in_the_middle(GTK_CELL_LAYOUT(combo));
     GtkWidget* scrolled = gtk_bin_get_child(GTK_BIN(pop_up_of(GTK_WIDGET(combo))));
-    show_whole_cells(GTK_TREE_VIEW(gtk_bin_get_child(GTK_BIN(scrolled))));
+    show_whole_cells(list_in(scrolled));
     turn_scroll_bar_on(GTK_SCROLLED_WINDOW(scrolled), nullptr);
     g_signal_connect(scrolled, "notify::vscrollbar-policy", G_CALLBACK(look_at_rows), nullptr);
     g_signal_connect(scrolled, "unmap", G_CALLBACK(turn_scroll_bar_on), nullptr);
