@@ -136,9 +136,9 @@ void note_cut_short(GtkWidget* view, gboolean has_input, gpointer) {
 }
 
 gboolean count_clicks_anew(GtkWidget* view, GdkEvent*, gpointer) {
+    const bool cut_short = g_object_steal_data(G_OBJECT(view), click_was_cut_short);
     gpointer counter = g_object_get_data(G_OBJECT(view), click_counter);
-    if (counter && g_object_steal_data(G_OBJECT(view), click_was_cut_short))
-        gtk_event_controller_reset(GTK_EVENT_CONTROLLER(counter));
+    if (cut_short && counter) gtk_event_controller_reset(GTK_EVENT_CONTROLLER(counter));
     return FALSE;
 }
 
