@@ -29,16 +29,24 @@ bool is_name(const xmlChar* is, const char* name) {
     return std::strcmp(plain(is), name) == 0;
 }
 
-// An operation of this class, as its errors name it.
+// Where in its file an element stands that lacks what was asked for.
+std::string place_of(const xmlNode* element) {
+    const long line = xmlGetLineNo(element);
+    return "Элемент «" + std::string(plain(element->name)) + "»" + (line > 0 ? ", строка " + std::to_string(line) : "");
+}
+
+// An operation of this class, as its errors name it, on an element, if it reads one.
 struct Operation {
     const char* mess_1;
     const char* func_1;
+    const xmlNode* element = nullptr;
 
     [[noreturn]] void fails(const char* mess_2, const char* func_2, const char* opt_param = "",
                             const char* str_param = "", const XmlReports* reports = nullptr) const {
         MGErr err = error_of(func_1, mess_1);
         err.opt_param = opt_param;
         err.str_param = str_param;
+        if (element) err.err_description = place_of(element);
         if (reports) reports->complete(err);
         fail(err, mess_2, func_2);
     }
@@ -242,7 +250,7 @@ xmlNode* MGLibxml::GetFirstChildren(const xmlNode* node, const char* name) const
     return at_edge("MGLibxml::GetFirstChildren", [&] {
         xmlNode* child = GetFirstChildrenIfNoRetNull(node, name);
         if (!child)
-            Operation{"Ошибка получения первого подчиненного раздела", "GetFirstChildren"}.fails(
+            Operation{"Ошибка получения первого подчиненного раздела", "GetFirstChildren", node}.fails(
                 "Не удалось найти подчиненный раздел", "", name);
         return child;
     });
@@ -260,9 +268,9 @@ bool MGLibxml::IsChildren(const xmlNode* node, const char* name) const {
 
 namespace {
 
-MGLibxml::Text get_prop(const Operation& operation, const xmlNode* node, const char* name) {
+MGLibxml::Text get_prop(const Operation& operation, const char* name) {
     const XmlReports reports;
-    MGLibxml::Text text(xmlGetProp(node, xml(name)));
+    MGLibxml::Text text(xmlGetProp(operation.element, xml(name)));
     if (!text || reports.any())
         operation.fails("Не удалось получить значение свойства", "xmlGetProp", name, "", &reports);
     return text;
@@ -275,7 +283,7 @@ public:
         if (!attribute) operation.fails("Не удалось получить значение свойства", "xmlGetProp", name);
         const xmlNode* content = attribute->children;
         const bool whole = content && !content->next && content->type == XML_TEXT_NODE && content->content;
-        if (!whole) copy_ = get_prop(operation, attribute->parent, name);
+        if (!whole) copy_ = get_prop(operation, name);
         text_ = plain(whole ? content->content : copy_.get());
     }
 
@@ -307,14 +315,14 @@ bool MGLibxml::IsProp(const xmlNode* node, const char* name) const {
 
 MGLibxml::Text MGLibxml::GetTextProp(const xmlNode* node, const char* name) const {
     return at_edge("MGLibxml::GetTextProp", [&] {
-        return get_prop({"Ошибка получения свойства раздела", "GetTextProp"}, node, name);
+        return get_prop({"Ошибка получения свойства раздела", "GetTextProp", node}, name);
     });
 }
 
 std::string MGLibxml::GetStringProp(const xmlNode* node, const char* name) const {
     return at_edge("MGLibxml::GetStringProp", [&] {
         return std::string(
-            Value({"Ошибка получения свойства раздела", "GetTextProp"}, find_prop(node, name), name).text());
+            Value({"Ошибка получения свойства раздела", "GetTextProp", node}, find_prop(node, name), name).text());
     });
 }
 
@@ -332,7 +340,7 @@ uint64_t MGLibxml::GetNumber64Prop(const xmlNode* node, const char* name) const 
 
 void MGLibxml::GetNumberPropExt(const xmlNode* node, const char* name, void* value, bool is_64) const {
     at_edge("MGLibxml::GetNumberPropExt", [&] {
-        const Operation operation{"Ошибка получения свойства раздела", "GetNumberPropExt"};
+        const Operation operation{"Ошибка получения свойства раздела", "GetNumberPropExt", node};
         const Value text(operation, find_prop(node, name), name);
         try {
             if (is_64)

@@ -159,7 +159,9 @@ TEST_F(ProfileFile, RefusesAndTellsWhy) {
         {root, "<config/>", "GetRoot\nprofile\n"},
         {"VORQSPRF", "VORQSCFG", "\nVORQSCFG\n"},
         {"id=\"profile\"", "id=\"other\"", "str != id\nother\n"},
-        {"<crypto ", "<krypto ", "GetFirstChildren\ncrypto\n"},
+        {"<crypto ", "<krypto ", "GetFirstChildren\ncrypto\nЭлемент «profile», строка 3\n"},
+        {" time_hour=", " hour=", "xmlGetProp\ntime_hour\nЭлемент «init_timer», строка 9\n"},
+        {"time_minute=\"59\"", "time_minute=\"\"", "stoi\ntime_minute\nЭлемент «init_timer», строка 9\n"},
         {"<gw_server_virtual quantity=\"2\"", "<gw_server_virtual quantity=\"4\"", "counter != quantity\n"},
         {"<fs_allow quantity=\"2\"", "<fs_allow quantity=\"1\"", "counter == quantity\n"},
     };
