@@ -27,6 +27,28 @@ struct Trelm : MGTrelm {
     }
 };
 
+Bytes bytes_of(size_t size) {
+    Bytes data(size);
+    std::iota(data.begin(), data.end(), static_cast<uint8_t>(size));
+    return data;
+}
+
+// One side of a conversation.
+struct End {
+    MGSocket& socket;
+    int sock;
+    MGTrelm& trelm;
+
+    bool sends(size_t size) const { return socket.TlsSendData(trelm, nullptr, sock, bytes_of(size)); }
+    bool receives(size_t size) const {
+        if (size == 0) return true; // nothing is sent for it
+        Bytes data;
+        EXPECT_TRUE(socket.TlsRecvData(trelm, nullptr, sock, data, size % 2 ? size : 0, size % 2 ? 0 : size));
+        EXPECT_TRUE(data == bytes_of(size));
+        return true;
+    }
+};
+
 // A client and a server in threads of their own, and between them a wire that moves `piece` bytes at a time and, once
 // `limit` bytes have passed, carries no more: both sides then see the other close.
 struct Conversation {
@@ -37,7 +59,7 @@ struct Conversation {
     bool options = true;
     std::string client, server; // how they ended
 
-    using Talk = std::function<bool(MGSocket&, int sock, MGTrelm&)>;
+    using Talk = std::function<bool(const End&)>;
 
     void run(const Talk& client_talk, const Talk& server_talk) {
         TcpPair client_end, server_end;
@@ -45,8 +67,10 @@ struct Conversation {
         client_socket.SetSendSock(client_end.peer.release());
         std::thread client_thread([&] {
             client = outcome([&] {
-                return client_socket.TlsClientAuth(nullptr, client_trelm, "vorma.test", options) &&
-                       talk(client_socket, client_socket.m_sock, client_trelm, client_talk);
+                if (!client_socket.TlsClientAuth(nullptr, client_trelm, "vorma.test", options)) return false;
+                const bool done = client_talk({client_socket, client_socket.m_sock, client_trelm});
+                client_trelm.TlsDestroy();
+                return done;
             });
             client_socket.Clear();
         });
@@ -54,7 +78,9 @@ struct Conversation {
             MGSocket& socket = server_end.server;
             server = outcome([&] {
                 socket.TlsServerAuth(nullptr, server_trelm, options);
-                return talk(socket, socket.m_recv_sock, server_trelm, server_talk);
+                const bool done = server_talk({socket, socket.m_recv_sock, server_trelm});
+                server_trelm.TlsDestroy();
+                return done;
             });
             socket.ClearRecvSock();
         });
@@ -65,70 +91,36 @@ struct Conversation {
     }
 
 private:
-    static bool talk(MGSocket& socket, int sock, MGTrelm& trelm, const Talk& talk) {
-        const bool done = talk(socket, sock, trelm);
-        trelm.TlsDestroy();
-        return done;
-    }
-
     void carry(int a, int b) {
         std::vector<char> buffer(piece);
         pollfd ends[] = {{a, POLLIN, 0}, {b, POLLIN, 0}};
-        for (int open = 2; open > 0;) {
+        while (limit > 0 && (ends[0].fd >= 0 || ends[1].fd >= 0)) {
             poll(ends, 2, -1);
-            for (int i = 0; i < 2; ++i) {
-                if (!ends[i].revents) continue;
-                const int other = i == 0 ? b : a;
-                const ssize_t got = recv(ends[i].fd, buffer.data(), buffer.size(), 0);
+            for (pollfd& end : ends) {
+                if (!end.revents) continue;
+                const int other = &end == ends ? b : a;
+                const ssize_t got = recv(end.fd, buffer.data(), buffer.size(), 0);
                 const size_t passes = got > 0 ? std::min(limit, static_cast<size_t>(got)) : 0;
                 send(other, buffer.data(), passes, 0);
                 limit -= passes;
-                if (got <= 0) {
-                    shutdown(other, SHUT_WR);
-                    ends[i].fd = -1;
-                    --open;
-                } else if (limit == 0) {
-                    shutdown(a, SHUT_WR);
-                    shutdown(b, SHUT_WR);
-                }
+                if (got > 0) continue;
+                shutdown(other, SHUT_WR);
+                end.fd = -1;
             }
         }
+        for (const int end : {a, b}) shutdown(end, SHUT_WR);
     }
 };
-
-Bytes bytes_of(size_t size) {
-    Bytes data(size);
-    std::iota(data.begin(), data.end(), static_cast<uint8_t>(size));
-    return data;
-}
-
-Conversation::Talk sends(size_t size) {
-    return [=](MGSocket& socket, int sock, MGTrelm& trelm) {
-        return socket.TlsSendData(trelm, nullptr, sock, bytes_of(size));
-    };
-}
-
-Conversation::Talk receives(size_t size) {
-    return [=](MGSocket& socket, int sock, MGTrelm& trelm) {
-        if (size == 0) return true; // nothing is sent for it
-        Bytes data;
-        EXPECT_TRUE(socket.TlsRecvData(trelm, nullptr, sock, data, size % 2 ? size : 0, size % 2 ? 0 : size));
-        EXPECT_TRUE(data == bytes_of(size));
-        return true;
-    };
-}
 
 // A message and its echo for each size, one right behind the other, in pieces of any size. With their options the
 // client shows a certificate.
 TEST(TlsTransport, CarriesMessagesOfAnySize) {
-    const auto turns = [](bool begins) -> Conversation::Talk {
-        return [begins](MGSocket& socket, int sock, MGTrelm& trelm) {
-            bool done = true;
-            for (const size_t size : {1, 8, 0, 16383, 16384, 16385, 17408, 17409, 40000, 300000})
-                for (const bool sending : {begins, !begins})
-                    done = done && (sending ? sends(size) : receives(size))(socket, sock, trelm);
-            return done;
-        };
+    const auto take_turns = [](const End& end, bool begins) {
+        bool done = true;
+        for (const size_t size : {1, 8, 0, 16383, 16384, 16385, 17408, 17409, 40000, 300000})
+            for (const bool sending : {begins, !begins})
+                done = done && (sending ? end.sends(size) : end.receives(size));
+        return done;
     };
     for (const size_t piece : {5, 1000, 17408, 100000})
         for (const bool client_begins : {true, false}) {
@@ -137,10 +129,11 @@ TEST(TlsTransport, CarriesMessagesOfAnySize) {
             talk.piece = piece;
             talk.options = client_begins;
             Bytes cert{1};
-            talk.run(turns(client_begins), [&](MGSocket& socket, int sock, MGTrelm& trelm) {
-                socket.TlsServerAuthCert(trelm, cert);
-                return turns(!client_begins)(socket, sock, trelm);
-            });
+            talk.run([&](const End& end) { return take_turns(end, client_begins); },
+                     [&](const End& end) {
+                         end.socket.TlsServerAuthCert(end.trelm, cert);
+                         return take_turns(end, !client_begins);
+                     });
             EXPECT_EQ(talk.client + " " + talk.server, "true true");
             EXPECT_EQ(text(cert).find("vorma.test") != std::string::npos, talk.options);
         }
@@ -152,13 +145,10 @@ TEST(TlsTransport, AnOrderlyEndFollowsAPeersCloseAnywhere) {
             SCOPED_TRACE(testing::Message() << limit << (client_sends ? " bytes, from client" : " bytes, from server"));
             Conversation talk;
             talk.limit = limit;
-            const Conversation::Talk send = sends(700), receive = receives(700);
             bool shaken = false; // the sender's hands
-            const auto sender_talk = [&](MGSocket& socket, int sock, MGTrelm& trelm) {
-                shaken = true;
-                return send(socket, sock, trelm);
-            };
-            client_sends ? talk.run(sender_talk, receive) : talk.run(receive, sender_talk);
+            const auto send = [&](const End& end) { return shaken = true, end.sends(700); };
+            const auto receive = [](const End& end) { return end.receives(700); };
+            client_sends ? talk.run(send, receive) : talk.run(receive, send);
             const std::string& sender = client_sends ? talk.client : talk.server;
             const std::string& receiver = client_sends ? talk.server : talk.client;
             if (sender == "true") {
@@ -174,12 +164,13 @@ TEST(TlsTransport, AnOrderlyEndFollowsAPeersCloseAnywhere) {
 TEST(TlsTransport, AWaitSitsThroughANewHandshake) {
     Conversation talk;
     talk.run(
-        [](MGSocket& socket, int sock, MGTrelm& trelm) {
+        [](const End& end) {
             Bytes data{'!'};
-            socket.TlsConnRecv(sock, nullptr, trelm, 5, data, true);
-            return data == Bytes{'!', 'n', 'e', 'w', 's'} && trelm.TlsComplete();
+            end.socket.TlsConnRecv(end.sock, nullptr, end.trelm, 5, data, true);
+            return text(data) == "!news" && end.trelm.TlsComplete();
         },
-        [](MGSocket& socket, int sock, MGTrelm& trelm) {
+        [](const End& end) {
+            const auto& [socket, sock, trelm] = end;
             Bytes in, out;
             provider_stand_in.renegotiate = true;
             trelm.TlsWrite({}, out);
