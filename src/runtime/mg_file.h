@@ -386,7 +386,7 @@ public:
     void OpenDir(const char* dir);
     void CloseDir();
     const char* ReadDir();
-    // One file at a time, in pieces. OpenFileBuf closes what is open.
+    // One regular file at a time, in pieces. OpenFileBuf closes what is open.
     void OpenFileBuf(std::string file);
     // Up to size bytes; 0 at the end.
     size_t ReadFileBufEx(uint8_t* buf, size_t size);
@@ -502,7 +502,7 @@ public:
     bool IsRepeatError(MGErr& err);
     // "stem~<num>.ext" of a bare name.
     static std::string SameFileName(const std::string& name, unsigned num);
-    // SameFileName with the number that is next to use in dir.
+    // SameFileName with the number that is next to use in dir; throws if none is free.
     static std::string MaxSameFileName(const std::string& dir, const std::string& name);
 };
 
