@@ -4,8 +4,8 @@
 #include "editor_fixture.h"
 
 #include <algorithm>
-#include <map>
 #include <regex>
+#include <sstream>
 
 namespace {
 
@@ -183,41 +183,17 @@ TEST_F(Windows, ShowEveryFieldBehindItsLabelAndReadItBack) {
 
 // Each of them is turned, and a mode chosen; then follows what that changes.
 TEST_F(Windows, OpenAndCloseInputsAsTheUserClicks) {
-    const std::string clicks[] = {
-        "check_debug_log",
-        "check_ext_debug_log",
-        "check_debug_log",
-        "check_error_save",
-        "check_error_save",
-        "check_crypto_init",
-        "check_crypto_init",
-        "radio_init_recv",
-        "check_tls_recv",
-        "check_tls_recv",
-        "radio_init_timer",
-        "radio_init_recv",
-        "check_tls_recv",
-        "radio_init_file",
-        "radio_init_modify",
-        "radio_init_client",
-        "radio_init_recv",
-        "radio_init_server",
-        "check_server_need_cert",
-        "check_use_admission_list",
-        "check_use_admission_list",
-        "check_use_admission_list",
-        "radio_init_gw_client",
-        "radio_init_server",
-        "check_server_need_cert",
-        "radio_init_gw_server",
-        "radio_init_server",
-        "radio_init_fc",
-        "radio_init_fs",
-    };
+    std::istringstream clicks(
+        "check_debug_log check_ext_debug_log check_debug_log check_error_save check_error_save check_crypto_init "
+        "check_crypto_init radio_init_recv check_tls_recv check_tls_recv radio_init_timer radio_init_recv "
+        "check_tls_recv radio_init_file radio_init_modify radio_init_client radio_init_recv radio_init_server "
+        "check_server_need_cert check_use_admission_list check_use_admission_list check_use_admission_list "
+        "radio_init_gw_client radio_init_server check_server_need_cert radio_init_gw_server radio_init_server "
+        "radio_init_fc radio_init_fs");
     load(times); // all flags are off
     configure([&](UiWindow window) {
         Rows before = window.screen();
-        for (const std::string& id : clicks) {
+        for (std::string id; clicks >> id;) {
             window.set_toggle(id, !window.toggle(id));
             const Rows after = window.screen();
             seen += id + "\n";

@@ -23,19 +23,20 @@ std::string taken(char* text) {
     return result;
 }
 
-// The widget of that id below this one, or null.
-GtkWidget* below(GtkWidget* widget, const std::string& id) {
-    if (id_of(widget) == id) return widget;
-    GtkWidget* submenu = GTK_IS_MENU_ITEM(widget) ? gtk_menu_item_get_submenu(GTK_MENU_ITEM(widget)) : nullptr;
-    std::vector<GtkWidget*> children;
-    const auto collect = [](GtkWidget* child, gpointer all) {
-        static_cast<std::vector<GtkWidget*>*>(all)->push_back(child);
-    };
-    if (submenu) children.push_back(submenu);
-    if (GTK_IS_CONTAINER(widget)) gtk_container_forall(GTK_CONTAINER(widget), collect, &children);
-    for (GtkWidget* child : children)
-        if (GtkWidget* found = below(child, id)) return found;
-    return nullptr;
+// Adds the widget and all within it; of a stack only the page in front.
+void collect(GtkWidget* widget, gpointer widgets) {
+    static_cast<std::vector<GtkWidget*>*>(widgets)->push_back(widget);
+    if (GTK_IS_MENU_ITEM(widget))
+        if (GtkWidget* submenu = gtk_menu_item_get_submenu(GTK_MENU_ITEM(widget))) collect(submenu, widgets);
+    if (GTK_IS_STACK(widget))
+        collect(gtk_stack_get_visible_child(GTK_STACK(widget)), widgets);
+    else if (GTK_IS_CONTAINER(widget))
+        gtk_container_foreach(GTK_CONTAINER(widget), collect, widgets);
+}
+std::vector<GtkWidget*> widgets_of(GtkWidget* window) {
+    std::vector<GtkWidget*> widgets;
+    collect(window, &widgets);
+    return widgets;
 }
 
 std::string describe(GtkWidget* window) {
@@ -81,30 +82,16 @@ std::string cell_text(GtkTreeViewColumn* column) {
     return is_flag ? std::to_string(on) : taken(text);
 }
 
-Rows cells_of(GtkTreeView* view) {
-    Rows rows;
-    GtkTreeModel* model = gtk_tree_view_get_model(view);
-    GtkTreeIter row;
-    for (gboolean more = gtk_tree_model_get_iter_first(model, &row); more;
-         more = gtk_tree_model_iter_next(model, &row)) {
-        rows.emplace_back();
-        for (int at = 0; GtkTreeViewColumn* column = gtk_tree_view_get_column(view, at); ++at) {
-            gtk_tree_view_column_cell_set_cell_data(column, model, &row, FALSE, FALSE);
-            rows.back().push_back(cell_text(column));
-        }
-    }
+// The value of an input, the rows that an editable drop-down list offers, the id of a button.
+std::string value_of(UiWindow window, GtkWidget* control) {
+    const std::string id = id_of(control);
+    if (GTK_IS_TOGGLE_BUTTON(control)) return std::to_string(window.toggle(id));
+    if (GTK_IS_BUTTON(control)) return id;
+    if (GTK_IS_ENTRY(control)) return window.entry(id);
+    if (!gtk_combo_box_get_has_entry(GTK_COMBO_BOX(control))) return window.combo(id);
+    std::string rows;
+    for (const std::string& row : window.combo_rows(id)) rows += "[" + row + "]";
     return rows;
-}
-
-// Adds the inputs, buttons and views within a widget, on all pages of a notebook but only on the page in front of a
-// stack.
-void collect_controls(GtkWidget* widget, gpointer controls) {
-    if (GTK_IS_ENTRY(widget) || GTK_IS_COMBO_BOX(widget) || GTK_IS_BUTTON(widget) || GTK_IS_TREE_VIEW(widget))
-        static_cast<std::vector<GtkWidget*>*>(controls)->push_back(widget);
-    if (GTK_IS_STACK(widget))
-        collect_controls(gtk_stack_get_visible_child(GTK_STACK(widget)), controls);
-    else if (GTK_IS_CONTAINER(widget))
-        gtk_container_foreach(GTK_CONTAINER(widget), collect_controls, controls);
 }
 
 } // namespace
@@ -112,9 +99,10 @@ void collect_controls(GtkWidget* widget, gpointer controls) {
 // --- UiWindow ---
 
 GtkWidget* UiWindow::find(const std::string& id) const {
-    GtkWidget* found = below(window_, id);
-    if (!found) GTEST_LOG_(FATAL) << "no widget " << id << " in " << describe(window_);
-    return found;
+    for (GtkWidget* widget : widgets_of(window_))
+        if (id_of(widget) == id) return widget;
+    GTEST_LOG_(FATAL) << "no widget " << id << " in " << describe(window_);
+    return nullptr;
 }
 
 std::string UiWindow::title() const {
@@ -189,34 +177,35 @@ void UiWindow::toggle_cell(const std::string& view_id, int row, int view_column)
 }
 
 Rows UiWindow::table(const std::string& view_id) const {
-    return cells_of(GTK_TREE_VIEW(find(view_id)));
+    Rows rows;
+    GtkTreeView* view = GTK_TREE_VIEW(find(view_id));
+    GtkTreeModel* model = gtk_tree_view_get_model(view);
+    GtkTreeIter row;
+    for (gboolean more = gtk_tree_model_get_iter_first(model, &row); more;
+         more = gtk_tree_model_iter_next(model, &row)) {
+        rows.emplace_back();
+        for (int at = 0; GtkTreeViewColumn* column = gtk_tree_view_get_column(view, at); ++at) {
+            gtk_tree_view_column_cell_set_cell_data(column, model, &row, FALSE, FALSE);
+            rows.back().push_back(cell_text(column));
+        }
+    }
+    return rows;
 }
 
 Rows UiWindow::screen() const {
     Rows rows;
-    std::vector<GtkWidget*> controls;
-    collect_controls(window_, &controls);
-    for (GtkWidget* control : controls) {
-        const auto add = [&](const std::string& label, const std::string& value) {
-            rows.push_back({label, value, gtk_widget_is_sensitive(control) ? "open" : "closed"});
-        };
+    for (GtkWidget* control : widgets_of(window_)) {
+        const std::string id = id_of(control);
+        if (id == G_OBJECT_TYPE_NAME(control)) continue; // a part of another one
         if (GTK_IS_TREE_VIEW(control)) {
             rows.emplace_back();
             for (int at = 0; GtkTreeViewColumn* column = gtk_tree_view_get_column(GTK_TREE_VIEW(control), at); ++at)
                 rows.back().push_back(gtk_tree_view_column_get_title(column));
-            std::ranges::copy(cells_of(GTK_TREE_VIEW(control)), std::back_inserter(rows));
-        } else if (GTK_IS_TOGGLE_BUTTON(control)) {
-            add(gtk_button_get_label(GTK_BUTTON(control)), std::to_string(toggle(id_of(control))));
-        } else if (GTK_IS_BUTTON(control)) {
-            add(text_or_empty(gtk_button_get_label(GTK_BUTTON(control))), id_of(control));
-        } else if (GTK_IS_ENTRY(control)) {
-            add(spoken_label(control), entry(id_of(control)));
-        } else if (gtk_combo_box_get_has_entry(GTK_COMBO_BOX(control))) {
-            std::string offered;
-            for (const std::string& row : combo_rows(id_of(control))) offered += "[" + row + "]";
-            add(spoken_label(control), offered);
-        } else {
-            add(spoken_label(control), combo(id_of(control)));
+            std::ranges::copy(table(id), std::back_inserter(rows));
+        } else if (GTK_IS_ENTRY(control) || GTK_IS_COMBO_BOX(control) || GTK_IS_BUTTON(control)) {
+            rows.push_back({GTK_IS_BUTTON(control) ? text_or_empty(gtk_button_get_label(GTK_BUTTON(control)))
+                                                   : spoken_label(control),
+                            value_of(*this, control), sensitive(id) ? "open" : "closed"});
         }
     }
     return rows;
@@ -336,7 +325,7 @@ void UiScript::disarm() {
 }
 
 // A step may block in a loop of its own, in which this source does not fire again: the next one is queued before it.
-gboolean UiScript::look() {
+gboolean UiScript::look() noexcept {
     GtkWidget* window = steps_.front().ready();
     if (!window) return G_SOURCE_CONTINUE;
     const Step step = std::move(steps_.front());

@@ -123,7 +123,7 @@ private:
     UiScript& add(Step step);
     void arm();
     void disarm();
-    gboolean look();
+    gboolean look() noexcept; // what a step throws must not pass through the toolkit
 
     std::deque<Step> steps_;
     guint look_source_ = 0;
