@@ -261,23 +261,23 @@ TEST(MGInfo, PrintsTheEndsOfLongData) {
 TEST(Guard, IsHeldByOneAndFreeOnceItIsKilledThoughItsProgramLivesOn) {
     const TempDir dir;
     const std::string name = "vorma-test-" + std::to_string(getpid()); // guards are a matter of the whole machine
-    const std::string fifo = dir.path("fifo");
-    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    for (const char* fifo : {"program", "started"}) ASSERT_EQ(mkfifo(dir.path(fifo).c_str(), 0600), 0);
     const pid_t holder = fork();
     if (holder == 0) {
         MGFile::Reloading(name);
-        MGFile::RunExtenProgNoWait("sh", "-c<|>echo $$ > " + fifo + "; exec sleep 600");
+        MGFile::RunExtenProgNoWait("sh", "-c<|>echo $$ > " + dir.path("program") + "; exec sleep 600");
+        dir.write("started", "and the process that started it is gone");
         for (;;) pause();
     }
-    pid_t program = 0;
-    std::ifstream(fifo) >> program;
+    const pid_t program = std::stoi(dir.read("program"));
+    dir.read("started");
     EXPECT_TRUE(MGFile::IsRunProgram(name));
     EXPECT_EQ(error_of([&] { MGFile::Reloading(name); }).err_code, EADDRINUSE);
     kill(holder, SIGKILL);
     waitpid(holder, nullptr, 0);
     EXPECT_FALSE(MGFile::IsRunProgram(name));
     MGFile::Reloading(name);
-    if (program > 0) kill(program, SIGKILL);
+    kill(program, SIGKILL);
 }
 
 TEST(Files, CarrySignalsAndTheProcessId) {
