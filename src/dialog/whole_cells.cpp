@@ -32,9 +32,18 @@ GtkText shortened_text(GtkTreeView* view, GtkTreeViewColumn* column, GtkTreePath
     return GtkText(text);
 }
 
+// What a screen has room for beside the pointer; of a longer text its beginning, and how long it is.
+GtkText shown_part(const char* text) {
+    constexpr long most = 1000;
+    const long length = g_utf8_strlen(text, -1);
+    if (length <= most) return GtkText(g_strdup(text));
+    const auto bytes = static_cast<int>(g_utf8_offset_to_pointer(text, most) - text);
+    return GtkText(g_strdup_printf("%.*s…\n(показано начало: %ld символов из %ld)", bytes, text, most, length));
+}
+
 // The toolkit's own would break a line at spaces only, and paths have none.
 GtkWidget* make_label(const char* text) {
-    GtkWidget* label = gtk_label_new(text);
+    GtkWidget* label = gtk_label_new(shown_part(text).get());
     PangoAttrList* attributes = pango_attr_list_new();
     pango_attr_list_insert(attributes, pango_attr_insert_hyphens_new(FALSE)); // they would seem a part of the text
     gtk_label_set_attributes(GTK_LABEL(label), attributes);
@@ -42,7 +51,7 @@ GtkWidget* make_label(const char* text) {
     gtk_label_set_line_wrap(GTK_LABEL(label), TRUE);
     gtk_label_set_line_wrap_mode(GTK_LABEL(label), PANGO_WRAP_WORD_CHAR);
     gtk_label_set_max_width_chars(GTK_LABEL(label), 70);
-    gtk_label_set_lines(GTK_LABEL(label), 30); // no screen has room for 64 KiB
+    gtk_label_set_lines(GTK_LABEL(label), 20); // a text can be full of line ends
     gtk_label_set_ellipsize(GTK_LABEL(label), PANGO_ELLIPSIZE_END);
     gtk_widget_show(label);
     return label;
