@@ -168,7 +168,8 @@ int main(int argc, char** argv) {
     gtk_init(&argc, &argv);
     Context = new MGContext;
     init_vorma_catalogs(Context, "bench.log");
-    for (const int size : bench::sizes) measure_rows(size);
+    for (int turn = 0; turn < 3; ++turn)
+        for (const int size : bench::sizes) measure_rows(size);
     bench::print_head("rows of a list");
     bool fits = bench::print_growth(opening.name, opening.times);
     for (const Operation& operation : list_operations) fits &= bench::print_growth(operation.name, operation.times);
