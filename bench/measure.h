@@ -38,7 +38,7 @@ inline bool print_growth(const char* operation, const std::vector<double>& times
     for (size_t i = count; i < times.size(); ++i) least[i % count] = std::min(least[i % count], times[i]);
     std::printf("%-34s", operation);
     for (const double time : least) std::printf("%10.1f", time);
-    const bool fits = least[5] <= 21 * std::max(least[3], 10.0);
+    const bool fits = least[5] <= 21 * std::max(least[3], 20.0);
     std::printf("   ms%s\n", fits ? "" : "   GROWS");
     return fits;
 }
