@@ -1,11 +1,9 @@
 #include "runtime/copy_pieces.h"
 #include "runtime/mg_file.h"
-#include "runtime/mg_info.h"
 #include "support/error_of.h"
 #include "support/temp_dir.h"
 
 #include <csignal>
-#include <dlfcn.h>
 #include <sstream>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -79,7 +77,6 @@ TEST(SameName, IsDecidedByTheModeOrByRotation) {
         std::string name;
         const char *before, *result, *after; // without a result it is refused
     } rows[] = {
-        {"ADD_NUM", 0, "a.txt", "a.txt=0", "a~1.txt", "a.txt=0 a~1.txt=new "},
         {"ADD_NUM", -1, "a.txt", "a.txt=0", "a~1.txt", "a.txt=0 a~1.txt=new a~1.txt.p7d=sign "},
         {"REPLACE", 0, "a.txt", "a.txt=0", "a.txt", "a.txt=new "},
         {"ERROR", 0, "a.txt", "a.txt=0", "", "a.txt=0 "},
@@ -185,8 +182,6 @@ using Names = std::vector<std::string>;
 // The waits of the code under test: counted, not waited for. What happens meanwhile is up to a test.
 unsigned slept_microseconds;
 std::function<void()> meanwhile;
-std::vector<double> slept_seconds;
-timespec interrupted_after{}; // what a signal leaves of the next wait
 
 } // namespace
 
@@ -194,13 +189,6 @@ extern "C" int usleep(useconds_t microseconds) {
     slept_microseconds = microseconds;
     if (meanwhile) meanwhile();
     return 0;
-}
-
-extern "C" int nanosleep(const timespec* wanted, timespec* left) {
-    slept_seconds.push_back(static_cast<double>(wanted->tv_sec) + static_cast<double>(wanted->tv_nsec) / 1e9);
-    *left = std::exchange(interrupted_after, {});
-    errno = EINTR;
-    return left->tv_sec == 0 ? 0 : -1;
 }
 
 namespace {
@@ -238,24 +226,7 @@ TEST(Waiting, PicksFilesAtRest) {
     MGFile().GetListFilesFromDirTimeout(dir.path(), "*", true, list, 0, 5000);
     EXPECT_EQ(list, Names({"rests"}));
     EXPECT_EQ(slept_microseconds, 1000000U);
-}
-
-TEST(Waiting, SleepsItsTimeThroughSignals) {
     meanwhile = nullptr;
-    interrupted_after = {1, 600000000};
-    MGFile::SleepTimeout(3, 2);
-    EXPECT_EQ(slept_seconds, (std::vector<double>{3, 1.6}));
-    EXPECT_EQ(slept_microseconds, 2000U);
-}
-
-TEST(MGInfo, PrintsTheEndsOfLongData) {
-    MGInfo info;
-    std::vector<uint8_t> bytes = {0xF8, 0xF9, 0xFA, 0xFB, 0xFC, 0xFD, 0xFE, 0xFF, 0, 1, 2, 3, 4, 5, 6, 7};
-    info.AddRow("dump", bytes);
-    bytes.push_back(8);
-    info.AddRow("dump", bytes);
-    EXPECT_EQ(info.GetString(), "dump: (16) [F8 F9 FA FB FC FD FE FF 00 01 02 03 04 05 06 07]\n"
-                                "dump: (17) [F8 F9 FA FB FC FD FE FF ... 01 02 03 04 05 06 07 08]\n");
 }
 
 TEST(Guard, IsHeldByOneAndFreeOnceItIsKilledThoughItsProgramLivesOn) {
@@ -328,14 +299,6 @@ TEST(Programs, StartWithoutWaitingAndLeaveNoZombie) {
     MGFile::RunExtenProgNoWait("/no/such/program", "");
     signal(SIGCHLD, SIG_DFL);
     EXPECT_EQ(waitpid(-1, nullptr, 0), -1); // a zombie would be given out
-}
-
-TEST(Library, IsLoadedOneAtATime) {
-    const char* first = "libBrokenLocale.so.1";
-    MGFile file;
-    file.LoadLib(first);
-    file.LoadLib("libm.so.6");
-    EXPECT_EQ(dlopen(first, RTLD_LAZY | RTLD_NOLOAD), nullptr);
 }
 
 } // namespace
