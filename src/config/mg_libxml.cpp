@@ -44,8 +44,8 @@ struct Operation {
     [[noreturn]] void fails(const char* mess_2, const char* func_2, const char* opt_param = "",
                             const char* str_param = "", const XmlReports* reports = nullptr) const {
         MGErr err = error_of(func_1, mess_1);
-        err.opt_param = opt_param;
-        err.str_param = str_param;
+        err.opt_param = opt_param ? opt_param : ""; // a name that a caller gives may be null
+        err.str_param = str_param ? str_param : "";
         if (element) err.err_description = place_of(element);
         if (reports) reports->complete(err);
         fail(err, mess_2, func_2);
@@ -302,8 +302,10 @@ bool is_plain_number(const char* text, int32_t& value) {
 
 } // namespace
 
+// The first attribute of that name, as xmlHasProp finds it. The next one is that unless another name space has it too.
 const xmlAttr* MGLibxml::find_prop(const xmlNode* node, const char* name) const {
-    const bool is_next = next_prop_ && next_prop_->parent == node && name && is_name(next_prop_->name, name);
+    bool is_next = next_prop_ && next_prop_->parent == node && name && is_name(next_prop_->name, name);
+    for (const xmlAttr* prop = next_prop_; is_next && prop; prop = prop->prev) is_next = !prop->ns;
     const xmlAttr* found = is_next ? next_prop_ : xmlHasProp(node, xml(name));
     next_prop_ = found ? found->next : nullptr;
     return found;

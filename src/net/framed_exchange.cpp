@@ -2,6 +2,7 @@
 #include "app/mg_err.h"
 #include "net/address_syntax.h"
 #include "net/exchange.h"
+#include "net/mg_ip.h"
 #include "net/mg_socket.h"
 
 #include <algorithm>
@@ -181,10 +182,7 @@ std::string MGSocket::SprintfBuf(const void* buf, size_t size) {
 }
 
 void MGSocket::Data2Vector(const void* data, size_t size, std::vector<uint8_t>& out) {
-    at_edge("MGSocket::Data2Vector", [&] {
-        const auto* bytes = static_cast<const uint8_t*>(data);
-        out.assign(bytes, bytes + size);
-    });
+    at_edge("MGSocket::Data2Vector", [&] { MGIp::Data2Vector(data, size, out); });
 }
 
 void MGSocket::ClearMem(void* data, size_t size) {

@@ -7,6 +7,7 @@
 #include <arpa/inet.h>
 #include <cerrno>
 #include <cstring>
+#include <optional>
 
 using namespace vorma;
 
@@ -85,10 +86,11 @@ uint16_t udp_sum(uint16_t checksum) {
     return checksum != 0 ? checksum : 0xFFFF;
 }
 
-// The bytes from `at` to the end of the vector, 0 if it doesn't point into it.
-size_t bytes_from(const std::vector<uint8_t>& bytes, const uint8_t* at) {
+// The bytes from `at` to the end of the vector, none if it doesn't point into it or to its end.
+std::optional<size_t> bytes_from(const std::vector<uint8_t>& bytes, const uint8_t* at) {
     const auto offset = reinterpret_cast<uintptr_t>(at) - reinterpret_cast<uintptr_t>(bytes.data());
-    return offset < bytes.size() ? bytes.size() - offset : 0;
+    if (!at || offset > bytes.size()) return std::nullopt;
+    return bytes.size() - offset;
 }
 
 } // namespace
@@ -296,8 +298,8 @@ void MGIp::MakeIp() {
         if (m_len < min_ip_header) operation.Fail(bad_lengths, "(m_len < 20)", m_len);
         if (m_len < m_ihl * 4) operation.Fail(bad_lengths, "(m_len < m_ihl * 4)", m_len);
 
-        if (const size_t rest = bytes_from(m_buf, m_udp_data)) {
-            m_udp_copy.assign(m_udp_data, m_udp_data + rest);
+        if (const std::optional<size_t> rest = bytes_from(m_buf, m_udp_data)) {
+            m_udp_copy.assign(m_udp_data, m_udp_data + *rest);
             m_udp_data = m_udp_copy.data();
         }
         m_buf.resize(m_len);
@@ -325,8 +327,9 @@ void MGIp::MakeUdp() {
         TestLengths(operation, m_udp_len);
         const size_t data_size = m_udp_len - udp_header;
         if (data_size != 0 && !m_udp_data) operation.Fail("Не заданы данные UDP пакета", "(m_udp_data == NULL)");
-        const size_t own = bytes_from(m_buf, m_udp_data) + bytes_from(m_udp_copy, m_udp_data);
-        if (own != 0 && own < data_size) operation.Fail(bad_lengths, "(m_udp_data + m_udp_len - 8)", m_udp_len);
+        for (const std::vector<uint8_t>* own : {&m_buf, &m_udp_copy})
+            if (bytes_from(*own, m_udp_data).value_or(data_size) < data_size)
+                operation.Fail(bad_lengths, "(m_udp_data + m_udp_len - 8)", m_udp_len);
 
         uint8_t* const header = Transport();
         put16(header, m_src_port);
@@ -444,7 +447,7 @@ void MGIp::Data2Vector(const void* data, size_t size, std::vector<uint8_t>& out)
         const auto* bytes = static_cast<const uint8_t*>(data);
         if (!bytes) {
             out.clear();
-        } else if (bytes_from(out, bytes) == 0) {
+        } else if (!bytes_from(out, bytes)) {
             out.assign(bytes, bytes + size);
         } else {
             out = std::vector<uint8_t>(bytes, bytes + size);

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <sys/types.h>
 
 namespace vorma {
 
@@ -24,6 +25,8 @@ public:
 private:
     const char* name_;
     bool goes_;
+    ino_t inode_ = 0;
+    dev_t device_ = 0;
 };
 
 // MGFile::WriteFile. Throws MGErr.

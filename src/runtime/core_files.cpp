@@ -70,10 +70,15 @@ HeapBuffer load(const char* file, size_t& size) {
 UnfinishedFile::UnfinishedFile(const FileDescriptor& fd, const char* name, Partial partial) : name_(name) {
     struct stat info;
     goes_ = partial == Partial::goes && fstat(fd.get(), &info) == 0 && S_ISREG(info.st_mode);
+    if (!goes_) return;
+    inode_ = info.st_ino;
+    device_ = info.st_dev;
 }
 
 UnfinishedFile::~UnfinishedFile() {
-    if (goes_) unlink(name_);
+    struct stat now;
+    // Behind the name there can be a link, or by now what somebody else has put there.
+    if (goes_ && lstat(name_, &now) == 0 && now.st_ino == inode_ && now.st_dev == device_) unlink(name_);
 }
 
 void vorma::write_file(const char* file, const uint8_t* data, size_t size, Partial partial) {

@@ -151,7 +151,8 @@ void MGFile::MoveFile(const char* from, const char* to) {
         MGErr err = error_of("MoveFile", "Ошибка копирования файла");
         err.str_param = from;
         err.ext_param = to;
-        refuse_itself(err, open_source(err, from), to);
+        MGErr unreadable = error_of("ReadFile", "Ошибка чтения данных из файла", from); // as the copy would say it
+        refuse_itself(err, open_source(unreadable, from), to);
         CopyFile(from, to);
         RemoveFile(from);
     });
@@ -205,7 +206,11 @@ void MGFile::CopySameFile(std::string from_dir, std::string to_dir, std::string 
         err.ext_param = name;
 
         const std::string source = JoinDirAndFileName(from_dir, name.c_str());
-        if (with_sign) open_source(err, (source + detached_sign_ext).c_str()); // now: later it would be half a delivery
+        if (with_sign) { // now: later it would be half a delivery
+            const std::string sign = source + detached_sign_ext;
+            MGErr unreadable = error_of("ReadFile", "Ошибка чтения данных из файла", sign.c_str());
+            open_source(unreadable, sign.c_str());
+        }
         const std::string dir = target_dir(to_dir, date_dirs);
         const std::string plain = JoinDirAndFileName(dir, name.c_str());
         std::string final_name = name;

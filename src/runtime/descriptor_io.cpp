@@ -15,11 +15,12 @@ bool is_within_limit(size_t size) {
     return false;
 }
 
-// Finds room for the data while the old content stands. Where the file system can't reserve any, what goes beyond the
-// old content is written there already.
+// Finds room for the data while the old content stands. A file that grows always asks for it: its blocks may hold more
+// than data, such as attributes. Where the file system can't reserve any, what goes beyond the old content is written
+// there already.
 bool reserve(int fd, const struct stat& old, const uint8_t* data, size_t size) {
     if (!is_within_limit(size)) return false;
-    if (old.st_blocks * 512 >= static_cast<off_t>(size)) return true;
+    if (static_cast<off_t>(size) <= old.st_size && old.st_blocks * 512 >= old.st_size) return true;
     int result;
     do result = fallocate(fd, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(size));
     while (result != 0 && errno == EINTR);
