@@ -50,16 +50,6 @@ TEST(Socket, BindWaitsForAPortThatIsInUse) {
     }
 }
 
-TEST(Socket, TellsAtOnceWhatCannotBeWaitedFor) {
-    MGSocket plain;
-    bool is_close;
-    int ends[2];
-    ASSERT_FALSE(pipe(ends) || close(ends[0]));
-    const vorma::FileDescriptor broken(ends[1]);
-    EXPECT_EQ(outcome([&] { plain.RecvPoll(broken.get(), is_close); }), "RecvPoll: (m_fds[0].revents & POLLERR)");
-    EXPECT_EQ(outcome([&] { plain.RecvPoll(-1, is_close); }), "RecvPoll: (sock < 0)");
-}
-
 // What ends a wait at its third time-out, 45 seconds after its beginning. Each kind of wait has limits of its own.
 TEST(Socket, WaitsThroughTimeoutsUntilSomethingEndsIt) {
     using Event = bool(TcpPair&, MGSignal&); // true if the socket has something to say then
@@ -230,24 +220,6 @@ TEST(FramedExchange, RefusesABrokenMessage) {
     }
 }
 
-TEST(FramedExchange, RecvAllEndsAtItsSizeItsLimitOrATimeout) {
-    // How it ends, and how many bytes came behind the one that was there before.
-    const auto received = [](size_t sent, bool closed, uint64_t only_equal, uint64_t less_then) {
-        TcpPair pair;
-        const VirtualClock clock;
-        pair.peer_sends(std::string(sent, 'x'));
-        if (closed) pair.peer_closes();
-        Bytes data{'!'};
-        const std::string ending = outcome([&] { return pair.server.RecvAll(pair.sock, data, only_equal, less_then); });
-        return ending + (text(data) == "!" + std::string(data.size() - 1, 'x') ? " " : " altered ") +
-               std::to_string(data.size() - 1);
-    };
-    EXPECT_EQ(received(100, true, 0, 100), "true 100");
-    EXPECT_EQ(received(40000, false, 39999, 0), "true 39999");
-    EXPECT_EQ(received(99, false, 100, 0), "false 99");
-    EXPECT_EQ(received(101, true, 0, 100), "RecvAll: (read_all > less_then) 101");
-}
-
 // A message that comes in pieces with time-outs between them; the last time-out ends the reading of the body.
 TEST(FramedExchange, GathersWhatTimeoutsPullApart) {
     TcpPair pair;
@@ -263,24 +235,6 @@ TEST(FramedExchange, GathersWhatTimeoutsPullApart) {
     EXPECT_EQ(text(data), "abcdef");
     EXPECT_EQ(clock.timeouts, 6);
     EXPECT_EQ(pair.peer_got(16), std::string(16, '\0'));
-}
-
-TEST(FramedExchange, OnlyTheLimitOnInactivityEndsAWait) {
-    for (const std::string& sent : {std::string(), code(3), code(3) + "ab"})
-        for (const int64_t limit : {60, 0}) {
-            SCOPED_TRACE(testing::Message() << sent.size() << " bytes, limit " << limit);
-            TcpPair pair;
-            VirtualClock clock;
-            clock.at_timeout = [&] { return clock.timeouts == 1000 && (pair.peer_resets(), true); };
-            pair.peer_sends(sent);
-            pair.server.SetLimitInactive(limit);
-            pair.server.m_begin_inactive = 1; // an earlier quiet doesn't count
-            Bytes data{1};
-            const std::string ending = outcome([&] { pair.server.RecvData(pair.sock, data); });
-            EXPECT_EQ(ending == "exit 6", limit != 0) << ending;
-            EXPECT_EQ(clock.timeouts, limit == 0 ? 1000 : 5);
-            EXPECT_TRUE(data.empty());
-        }
 }
 
 // What a peer does in another thread; each gives the next.

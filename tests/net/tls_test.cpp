@@ -243,19 +243,6 @@ TEST(TlsTransport, AClientWithoutAServerIsToldSo) {
     EXPECT_EQ(client.m_connect_error, ECONNREFUSED);
 }
 
-TEST(TlsTransport, TheFirstErrorGoesOnAndTheSecondIsLogged) {
-    const ProviderTest provider;
-    const TempDir dir;
-    TcpPair pair;
-    Trelm trelm;
-    pair.server.SetLogFile(dir.path("log").c_str());
-    pair.peer_sends("no handshake");
-    pair.peer_closes();
-    provider_stand_in.fail_call = provider_stand_in.calls + 3; // a session is created, shakes hands and is destroyed
-    EXPECT_EQ(error_of([&] { pair.server.TlsServerAuth(nullptr, trelm, false); }).uint32_param, stand_in_trouble);
-    EXPECT_NE(dir.read("log").find("TRELM_TlsSessionDestroy"), std::string::npos);
-}
-
 TEST(MGTrelm, StaysUnloadedWithoutTheLibraryOrAFunctionOfIt) {
     const ProviderTest provider;
     const std::string whole = vorma::provider_library;
@@ -337,19 +324,6 @@ TEST(MGTrelm, SharedContextsLiveAsLongAsTheirLastHolder) {
         copy_of_copy.UnInitLib(); // before its destructor
     }
     EXPECT_FALSE(dlopen(vorma::provider_library.c_str(), RTLD_LAZY | RTLD_NOLOAD));
-}
-
-TEST(MGTrelm, RefusesWhatLacksItsLibraryItsContextOrItsSession) {
-    const ProviderTest provider;
-    MGTrelm unloaded, loaded;
-    Trelm initialised;
-    loaded.InitLib();
-    Bytes out;
-    EXPECT_EQ(condition_of([&] { unloaded.Initialize(); }), "(!library)");
-    EXPECT_EQ(condition_of([&] { loaded.TlsCreate("", false, false); }), "(!context)");
-    EXPECT_EQ(condition_of([&] { loaded.SignFileDetached("/dev/null", "/dev/null", 1); }), "(!context)");
-    EXPECT_EQ(condition_of([&] { initialised.TlsHandshake({}, out); }), "(!session)");
-    EXPECT_EQ(condition_of([&] { initialised.TlsRead({}, out, true); }), "(!session)");
 }
 
 TEST(MGTrelm, SignsAndVerifiesFiles) {
