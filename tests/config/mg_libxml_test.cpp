@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <thread>
+
 namespace {
 
 // Each "#" is the number of the piece.
@@ -86,6 +88,27 @@ TEST(MGLibxml, TakesANameByteForByte) {
         const MGLibxml xml(dir.path(names[i]).c_str());
         EXPECT_EQ(xml.GetName(xml.GetRoot()), root(i));
     }
+}
+
+TEST(MGLibxml, ServesEachThreadWithDocumentsOfItsOwn) {
+    const TempDir dir;
+    const auto work = [&](int number) {
+        const std::string name = dir.path("file" + std::to_string(number)), value = std::to_string(number);
+        for (int round = 0; round < 200; ++round) {
+            MGLibxml xml;
+            xml.SetTextProp(xml.AddDocRoot("root"), "n", value.c_str());
+            std::string text;
+            xml.SaveString(text);
+            xml.SaveFile(name.c_str());
+            EXPECT_NE(error_text([] { MGLibxml("<a", 0); }).find("строка 1"), std::string::npos);
+            const MGLibxml from_file(name.c_str()), from_text(text.c_str(), 0);
+            for (const MGLibxml* read : {&from_file, &from_text})
+                EXPECT_EQ(read->GetNumberProp(read->GetRoot(), "n"), number);
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) threads.emplace_back(work, i);
+    for (std::thread& thread : threads) thread.join();
 }
 
 } // namespace

@@ -77,6 +77,7 @@ TEST(SameName, IsDecidedByTheModeOrByRotation) {
         std::string name;
         const char *before, *result, *after; // without a result it is refused
     } rows[] = {
+        {"ADD_NUM", 0, "a.txt", "a.txt=0", "a~1.txt", "a.txt=0 a~1.txt=new "},
         {"ADD_NUM", -1, "a.txt", "a.txt=0", "a~1.txt", "a.txt=0 a~1.txt=new a~1.txt.p7d=sign "},
         {"REPLACE", 0, "a.txt", "a.txt=0", "a.txt", "a.txt=new "},
         {"ERROR", 0, "a.txt", "a.txt=0", "", "a.txt=0 "},
@@ -182,6 +183,8 @@ using Names = std::vector<std::string>;
 // The waits of the code under test: counted, not waited for. What happens meanwhile is up to a test.
 unsigned slept_microseconds;
 std::function<void()> meanwhile;
+std::vector<double> slept_seconds;
+timespec interrupted_after{}; // what a signal leaves of the next wait
 
 } // namespace
 
@@ -189,6 +192,13 @@ extern "C" int usleep(useconds_t microseconds) {
     slept_microseconds = microseconds;
     if (meanwhile) meanwhile();
     return 0;
+}
+
+extern "C" int nanosleep(const timespec* wanted, timespec* left) {
+    slept_seconds.push_back(static_cast<double>(wanted->tv_sec) + static_cast<double>(wanted->tv_nsec) / 1e9);
+    *left = std::exchange(interrupted_after, {});
+    errno = EINTR;
+    return left->tv_sec == 0 ? 0 : -1;
 }
 
 namespace {
@@ -226,7 +236,14 @@ TEST(Waiting, PicksFilesAtRest) {
     MGFile().GetListFilesFromDirTimeout(dir.path(), "*", true, list, 0, 5000);
     EXPECT_EQ(list, Names({"rests"}));
     EXPECT_EQ(slept_microseconds, 1000000U);
+}
+
+TEST(Waiting, SleepsItsTimeThroughSignals) {
     meanwhile = nullptr;
+    interrupted_after = {1, 600000000};
+    MGFile::SleepTimeout(3, 2);
+    EXPECT_EQ(slept_seconds, (std::vector<double>{3, 1.6}));
+    EXPECT_EQ(slept_microseconds, 2000U);
 }
 
 TEST(Guard, IsHeldByOneAndFreeOnceItIsKilledThoughItsProgramLivesOn) {

@@ -84,12 +84,28 @@ TEST(Masks, CaseAndInvalidText) {
     EXPECT_STREQ(match("\xD0", "?"), "not") << "half a character is none";
 }
 
+using Texts = std::vector<std::string>;
+
 TEST(Numbers, AreReadAtTheStartOrRefused) {
     const std::pair<const char*, int32_t> good[] = {
         {nullptr, 0}, {" \r\n", 0}, {"12abc", 12}, {"\t -7 8", -7}, {"-2147483648", INT32_MIN}};
     for (const auto& [text, number] : good) EXPECT_EQ(MGFile::StringToInt32(text), number) << text;
     for (const char* text : {"abc", "- 1", "2147483648"})
         EXPECT_EQ(error_of([&] { MGFile::StringToInt32(text); }).str_param, text);
+    EXPECT_EQ(error_of([] { MGFile::StringToInt64("9223372036854775808"); }).func_2, "stoll");
+    EXPECT_EQ(MGFile::GetUint32Format(7, "%0200u"), std::string(127, '0')); // the work area's limit
+}
+
+TEST(TextHelpers, SplitFromEitherEnd) {
+    const auto split = [](auto function, const char* text, const char* separator) {
+        Texts parts = {"old"};
+        function(text, separator, parts);
+        return parts;
+    };
+    EXPECT_EQ(split(MGFile::SplitStringLeft, ".1..2", "."), (Texts{"", "1", "", "2"}));
+    EXPECT_EQ(split(MGFile::SplitStringLeft, "a<|>b<|>", "<|>"), (Texts{"a", "b", ""}));
+    EXPECT_EQ(split(MGFile::SplitStringRight, ".1..2", "."), (Texts{"2", "", "1"}));
+    EXPECT_EQ(split(MGFile::SplitStringRight, "a<|>b<|>", "<|>"), (Texts{"", "b", "a"}));
 }
 
 TEST(Paths, KeepNamesSafeAndShort) {
@@ -117,6 +133,32 @@ TEST(Paths, TryOutADirectoryAndLeaveNothingThere) {
     dir.write("file.tmp", "another");
     EXPECT_FALSE(MGFile::IsRenamedFile(dir.path("file")));
     EXPECT_EQ(dir.read("file") + " " + dir.read("file.tmp"), "x another");
+}
+
+// Long texts, so that reading one that is gone shows.
+TEST(Arguments, MayBeResultsToo) {
+    const TempDir dir;
+    const std::string stem = "the-stem-of-a-family", plain = stem + ".txt", copy = stem + "~2.txt";
+    dir.write(plain, std::string("a text of its own\0", 18));
+    dir.write(copy, "");
+    MGFile file;
+    Texts list = {dir.path(), stem, ".txt"};
+    file.GetListFilesFromDir(list[0], list[1], list[2], list);
+    EXPECT_EQ(list, (Texts{plain, copy}));
+    list = {dir.path(), "the-stem-of-a-family?2*"};
+    file.GetListFilesFromDir(list[0], list[1], true, list);
+    EXPECT_EQ(list, Texts{copy});
+    std::string text = stem;
+    EXPECT_EQ(file.GetMaxNameNExtFromDir(dir.path(), text, ".txt", text), 2U);
+    EXPECT_EQ(text, copy);
+    file.CopySameFile(dir.path(), dir.path(), text, text, "ADD_NUM", false, false, 0, false, false, 0);
+    EXPECT_EQ(text, stem + "~2~1.txt");
+    text = dir.path(plain);
+    file.ReadFileStringEx(text, 5, text);
+    EXPECT_EQ(text, "a text of its own");
+    list = {" the first of two lines \nthe second\nthe rest"};
+    MGFile::SplitBlockOnSubStrings(list[0], list, false);
+    EXPECT_EQ(list, (Texts{"the first of two lines", "the second"}));
 }
 
 TEST(TextHelpers, FindTextBetweenMarksOfOneLine) {
@@ -184,6 +226,10 @@ TEST(Dates, FollowTheLocalClock) {
     EXPECT_EQ(MGFile::GetDateAndTime(1711846799), "2024-03-31 01:59:59");
     EXPECT_EQ(MGFile::GetDateAndTime(1711846800), "2024-03-31 03:00:00");
     EXPECT_EQ(MGFile::GetDateAndTimeForFile(1711846800), "_20240331_030000");
+    std::string dir = "/d";
+    MGFile::DirAddArchiveDateExtTime(1711846800, dir, 42);
+    EXPECT_EQ(dir, "/d2024/03/31/030000_0000002a");
+    EXPECT_EQ(MGFile::GetDateAndTime(0), "");
     EXPECT_EQ(error_of([] { MGFile::GetDateAndTime(67767976233532799); }).mess_1, "Непонятная ошибка"); // year 2^31
 
     constexpr time_t new_year = 1704063600, hour = 3600, twice_told = 1729990800;
