@@ -163,10 +163,6 @@ class Editor:
         wait_for(f"the focus on «{name}»", lambda: node.get_state_set().contains(Atspi.StateType.FOCUSED))
         return node
 
-    def choose(self, window, label, row):
-        """Picks a row of a drop-down list, as a screen reader does."""
-        self.find(window, "combo box", label).get_selection_iface().select_child(row)
-
     def page(self, window, label):
         """Brings a notebook page to the front and gives it back."""
         tab = self.find(window, "page tab", label)
@@ -176,11 +172,6 @@ class Editor:
 
     def texts(self, window, role):
         return [node.get_name() for node in walk(window) if node.get_role_name() == role]
-
-    def cell(self, window, row, column):
-        """A cell of the window's one table."""
-        table = next(node for node in walk(window) if node.get_role_name() == "table")
-        return table.get_table_iface().get_accessible_at(row, column)
 
     def click(self, node, times=1):
         box = node.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
@@ -201,8 +192,7 @@ class Editor:
             self.desktop.run("xdotool", "type", "--delay", "5", text)
         else:
             entry.get_editable_text_iface().set_text_contents(text)
-        shown = "•" * len(text) if role == "password text" else text
-        wait_for(f"«{text}» in «{label}»", lambda: Atspi.Text.get_text(entry, 0, -1) == shown)
+        wait_for(f"«{text}» in «{label}»", lambda: Atspi.Text.get_text(entry, 0, -1) == text)
 
     def close(self, main):
         """The window manager's close button of the main window, by its key, until the program ends: the manager can miss
