@@ -21,7 +21,6 @@ extern "C" void* xmlBufCreateSize(size_t size) {
 
 namespace {
 
-// A home with one profile.
 struct World {
     TempDir dir;
     MGContext context;

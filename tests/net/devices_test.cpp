@@ -80,7 +80,6 @@ TEST(Interfaces, AreTold) {
 
 constexpr uint16_t port = 7777;
 
-// Gives the interface its address and MTU and sets it up.
 void set_up(const std::string& name, const std::string& ip, int mtu) {
     const std::string set = "ip link set " + name + " up mtu " + std::to_string(mtu);
     ASSERT_EQ(std::system((set + " && ip addr replace " + ip + "/24 dev " + name).c_str()), 0);

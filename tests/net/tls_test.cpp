@@ -33,7 +33,6 @@ Bytes bytes_of(size_t size) {
     return data;
 }
 
-// One side of a conversation.
 struct End {
     MGSocket& socket;
     int sock;
@@ -189,7 +188,6 @@ TEST(TlsTransport, AWaitSitsThroughANewHandshake) {
     EXPECT_EQ(talk.client + " " + talk.server, "true true");
 }
 
-// The limits and the flag, against a peer that keeps silent.
 TEST(TlsTransport, OnlyLimitsAndTheFlagEndTheWaitForASilentPeer) {
     enum Where { in_handshake, in_message, without_tls };
     const struct {
