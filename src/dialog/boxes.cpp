@@ -1,6 +1,7 @@
 // Boxes that MGDialog opens over its window: messages and file choosers.
 #include "dialog/gtk_owner.h"
 #include "dialog/mg_dialog.h"
+#include "dialog/small_screens.h"
 #include "dialog/valid_text.h"
 
 #include <algorithm>
@@ -105,6 +106,7 @@ int32_t MGDialog::MessageBox(const char* title, const char* text, GtkMessageType
     mend_text(GTK_MESSAGE_DIALOG(box.get()), valid.get());
     name_answers(GTK_DIALOG(box.get()));
     if (title) gtk_window_set_title(GTK_WINDOW(box.get()), title);
+    fit_to_screen(GTK_MESSAGE_DIALOG(box.get()));
     return gtk_dialog_run(GTK_DIALOG(box.get()));
 }
 

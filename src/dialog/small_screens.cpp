@@ -83,3 +83,24 @@ void fit_to_screen(GtkBuilder* builder, GtkWidget* window) {
     }
     g_slist_free(objects);
 }
+
+void fit_to_screen(GtkMessageDialog* box) {
+    const GtkRequisition room = screen_room(GTK_WIDGET(box));
+    GtkWidget* texts = gtk_message_dialog_get_message_area(box);
+    GtkRequisition whole, text;
+    gtk_widget_get_preferred_size(GTK_WIDGET(box), nullptr, &whole);
+    gtk_widget_get_preferred_size(texts, nullptr, &text);
+    if (whole.width <= room.width && whole.height <= room.height) return;
+    GtkWidget* scrolled = gtk_scrolled_window_new(nullptr, nullptr);
+    gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(scrolled), GTK_POLICY_NEVER, GTK_POLICY_AUTOMATIC);
+    gtk_scrolled_window_set_overlay_scrolling(GTK_SCROLLED_WINDOW(scrolled), FALSE);
+    gtk_widget_set_size_request(scrolled, std::min(room.width - whole.width, 0) + text.width,
+                                std::min(room.height - whole.height, 0) + text.height);
+    GtkWidget* content = gtk_widget_get_parent(texts);
+    g_object_ref(texts);
+    gtk_container_remove(GTK_CONTAINER(content), texts);
+    gtk_container_add(GTK_CONTAINER(scrolled), texts);
+    g_object_unref(texts);
+    gtk_box_pack_start(GTK_BOX(content), scrolled, TRUE, TRUE, 0);
+    gtk_widget_show(scrolled);
+}

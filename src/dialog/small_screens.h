@@ -8,3 +8,6 @@
 // it. If the dialog as a whole is too large for the screen, its content scrolls and long titles of check buttons
 // shorten, so that the buttons stay in sight. A column of buttons that is too low for them shows its bar.
 void fit_to_screen(GtkBuilder* builder, GtkWidget* window);
+
+// The same for a box, which has the size that its text asks for: a text too large for the screen scrolls.
+void fit_to_screen(GtkMessageDialog* box);

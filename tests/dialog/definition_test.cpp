@@ -183,12 +183,8 @@ TEST_F(Definition, FitsASmallScreenAndIsReadInOrderByTab) {
     }
 }
 
-// The font is to the display as one of 22 points to a screen of 800 x 640.
 TEST_F(Definition, KeepsTheAnswersInSightWithALargeFont) {
-    GtkSettings* settings = gtk_settings_get_default();
-    char* usual = nullptr;
-    g_object_get(settings, "gtk-font-name", &usual, nullptr);
-    g_object_set(settings, "gtk-font-name", "Sans 36", nullptr);
+    const LargeFont font;
     for (GtkWidget* window : windows_) {
         const std::unique_ptr<MGDialog> dialog(make_dialog(id_of(window).c_str()));
         gtk_window_resize(GTK_WINDOW(dialog->window), 1280, 1024);
@@ -206,8 +202,6 @@ TEST_F(Definition, KeepsTheAnswersInSightWithALargeFont) {
             EXPECT_GT(place.height, 60) << id; // the font is large indeed
         }
     }
-    g_object_set(settings, "gtk-font-name", usual, nullptr);
-    g_free(usual);
 }
 
 void count_signal(GtkWidget*, int* count) {

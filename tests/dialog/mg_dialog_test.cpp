@@ -125,6 +125,14 @@ TEST(MGDialog, ABoxShowsBothEndsOfAnyTextOnASmallScreenAndCopiesTheWhole) {
         }));
         show_refusal(dialog.get(), row.text.c_str());
     }
+    const LargeFont font;
+    UiScript script;
+    script.refusal(testing::Truly([](const std::string&) {
+        int width = 0, height = 0;
+        gtk_window_get_size(GTK_WINDOW(modal_window()), &width, &height);
+        return width <= 1280 && height <= 1024;
+    }));
+    show_refusal(dialog.get(), (line + lines).c_str());
 }
 
 TEST(MGDialog, FileChoosersGiveNamesOnAcceptanceOnly) {

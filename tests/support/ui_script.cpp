@@ -408,6 +408,16 @@ extern "C" const char* __lsan_default_suppressions() {
            "leak:g_hash_table_foreach\n";
 }
 
+LargeFont::LargeFont() {
+    g_object_get(gtk_settings_get_default(), "gtk-font-name", &usual_, nullptr);
+    g_object_set(gtk_settings_get_default(), "gtk-font-name", "Sans 36", nullptr);
+}
+
+LargeFont::~LargeFont() {
+    g_object_set(gtk_settings_get_default(), "gtk-font-name", usual_, nullptr);
+    g_free(usual_);
+}
+
 namespace {
 
 GLogWriterOutput write_message(GLogLevelFlags level, const GLogField* fields, gsize count, gpointer) {
