@@ -302,4 +302,32 @@ TEST(Peers, DoNoHarmByMisbehaving) {
     }
 }
 
+TEST(Socket, TellsAtOnceWhatCannotBeWaitedFor) {
+    MGSocket plain;
+    bool is_close;
+    int ends[2];
+    ASSERT_FALSE(pipe(ends) || close(ends[0]));
+    const vorma::FileDescriptor broken(ends[1]);
+    EXPECT_EQ(outcome([&] { plain.RecvPoll(broken.get(), is_close); }), "RecvPoll: (m_fds[0].revents & POLLERR)");
+    EXPECT_EQ(outcome([&] { plain.RecvPoll(-1, is_close); }), "RecvPoll: (sock < 0)");
+}
+
+TEST(FramedExchange, OnlyTheLimitOnInactivityEndsAWait) {
+    for (const std::string& sent : {std::string(), code(3), code(3) + "ab"})
+        for (const int64_t limit : {60, 0}) {
+            SCOPED_TRACE(testing::Message() << sent.size() << " bytes, limit " << limit);
+            TcpPair pair;
+            VirtualClock clock;
+            clock.at_timeout = [&] { return clock.timeouts == 1000 && (pair.peer_resets(), true); };
+            pair.peer_sends(sent);
+            pair.server.SetLimitInactive(limit);
+            pair.server.m_begin_inactive = 1; // an earlier quiet doesn't count
+            Bytes data{1};
+            const std::string ending = outcome([&] { pair.server.RecvData(pair.sock, data); });
+            EXPECT_EQ(ending == "exit 6", limit != 0) << ending;
+            EXPECT_EQ(clock.timeouts, limit == 0 ? 1000 : 5);
+            EXPECT_TRUE(data.empty());
+        }
+}
+
 } // namespace

@@ -357,4 +357,17 @@ TEST(MGTrelm, ConvertsTexts) {
     EXPECT_EQ(out, "профиль no№ 1");
 }
 
+TEST(MGTrelm, RefusesWhatLacksItsLibraryItsContextOrItsSession) {
+    const ProviderTest provider;
+    MGTrelm unloaded, loaded;
+    Trelm initialised;
+    loaded.InitLib();
+    Bytes out;
+    EXPECT_EQ(condition_of([&] { unloaded.Initialize(); }), "(!library)");
+    EXPECT_EQ(condition_of([&] { loaded.TlsCreate("", false, false); }), "(!context)");
+    EXPECT_EQ(condition_of([&] { loaded.SignFileDetached("/dev/null", "/dev/null", 1); }), "(!context)");
+    EXPECT_EQ(condition_of([&] { initialised.TlsHandshake({}, out); }), "(!session)");
+    EXPECT_EQ(condition_of([&] { initialised.TlsRead({}, out, true); }), "(!session)");
+}
+
 } // namespace
