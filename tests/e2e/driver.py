@@ -105,9 +105,6 @@ class Editor:
 
     def __exit__(self, kind, *_):
         if kind:
-            picture = os.environ.get("E2E_PICTURE")
-            if picture:
-                subprocess.run(["import", "-window", "root", picture])
             self.process.kill()
         self.process.wait(LIMIT)
         self.errors.seek(0)

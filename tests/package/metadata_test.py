@@ -1,7 +1,6 @@
 #!/usr/bin/python3
-"""What software centres, menus and man say of the program is well-formed, and agrees in version and in both languages."""
+"""What software centres and menus say of the program is well-formed, and agrees with man in version and in both languages."""
 
-import os
 import pathlib
 import re
 import subprocess
@@ -13,8 +12,8 @@ DATA = ROOT / "data"
 VERSION = sys.argv[1]
 
 
-def run(*command, **kwargs):
-    return subprocess.run(command, capture_output=True, text=True, **kwargs)
+def run(*command):
+    return subprocess.run(command, capture_output=True, text=True)
 
 
 result = run("desktop-file-validate", DATA / "vormaqscfg.desktop")
@@ -26,9 +25,6 @@ result = run("appstreamcli", "validate", "--no-net", "--strict", "--no-color", m
 assert re.findall(r"^[EWIP]: \S+ (\S+)", result.stdout, re.M) == ["metadata-license-missing"], result.stdout
 
 pages = [DATA / "vormaqscfg.1", DATA / "ru/vormaqscfg.1"]
-for page in pages:
-    result = run("man", "--warnings", "-E", "UTF-8", "-Tutf8", "-Z", "-l", page, env={**os.environ, "LC_ALL": "C.UTF-8"})
-    assert (result.returncode, result.stderr) == (0, ""), (page, result.stderr)
 shapes = [re.findall(r"^\.(?:SH|TP|PP|nf)", page.read_text(), re.M) for page in pages]
 assert shapes[0] == shapes[1], "the man pages differ in their paragraphs"
 
