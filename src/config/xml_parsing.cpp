@@ -46,8 +46,8 @@ bool is_crowded(const xmlParserCtxt* parser) {
     return parser->maxatts > 2 * 5 * (most_attributes + 1) || parser->nsNr > 2 * most_attributes;
 }
 
-// Which bound what was handed out so far oversteps; null for none. At its own limit the dictionary would pass for a want
-// of memory.
+// Which bound what was handed out so far oversteps; null for none. At its own limit the dictionary would pass for a
+// want of memory.
 const char* overstepped(const Source& source) {
     if (is_crowded(source.parser)) return too_many_attributes;
     if (source.since_element > source.element_limit) return "Слишком длинный элемент";
