@@ -72,6 +72,7 @@ MGCert::MGCert(const uint8_t* buffer, uint32_t length) {
 
 void MGCert::Init(const uint8_t* buffer, uint32_t length) {
     at_edge("MGCert::Init", [&] {
+        if (!buffer) length = 0;
         DerBytes copy = mem_alloc_copy(buffer, length);
         Free();
         cert_data = std::move(copy);

@@ -21,7 +21,7 @@ public:
     MGCert(const MGCert&) = delete;
     MGCert& operator=(const MGCert&) = delete;
 
-    // Copies the input, clears everything else, and makes the copy the request body.
+    // Copies the input, clears everything else, and makes the copy the request body. A null has no bytes.
     void Init(const uint8_t* buffer, uint32_t length);
     // Releases all that the object owns: back to the state of an empty one.
     void Free();

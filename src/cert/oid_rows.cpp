@@ -10,7 +10,7 @@ constexpr uint8_t body[] = {bytes...};
 } // namespace
 
 // clang-format off
-constexpr OidRow oid_table[oid_row_count] = {
+const OidRow oid_table[oid_row_count] = {
     {"UNDEF", "undefined", 0, 0, nullptr},
     {"rsadsi", "RSA Data Security, Inc.", 1, 6, body<0x2a, 0x86, 0x48, 0x86, 0xf7, 0x0d>}, // 1.2.840.113549
     {"pkcs", "RSA Data Security, Inc. PKCS", 2, 7, body<0x2a, 0x86, 0x48, 0x86, 0xf7, 0x0d, 0x01>}, // 1.2.840.113549.1
@@ -1102,13 +1102,3 @@ constexpr OidRow oid_table[oid_row_count] = {
     {"INNLE", "INNLE", 1088, 5, body<0x2a, 0x85, 0x03, 0x64, 0x04>}, // 1.2.643.100.4
     {"identificationKind", "Identification Kind", 1089, 5, body<0x2a, 0x85, 0x03, 0x64, 0x72>}, // 1.2.643.100.114
 };
-
-// Reckoned by the compiler: nothing of it is done at the start.
-constexpr std::array<uint8_t, oid_row_count> make_fingerprints() {
-    std::array<uint8_t, oid_row_count> all{};
-    for (size_t row = 0; row < all.size(); ++row)
-        all[row] = oid_fingerprint(oid_table[row].data, static_cast<uint32_t>(oid_table[row].length));
-    return all;
-}
-
-constexpr std::array<uint8_t, oid_row_count> oid_fingerprints = make_fingerprints();

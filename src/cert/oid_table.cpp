@@ -4,7 +4,6 @@
 #include "cert/der_memory.h"
 #include "cert/der_reader.h"
 
-#include <cstring>
 #include <iterator>
 
 using namespace vorma;
@@ -33,11 +32,7 @@ const OidRow* row_of(int32_t nid) {
 } // namespace
 
 bool get_name_oid(const uint8_t* body, uint32_t length, const char*& short_name, const char*& long_name) {
-    const uint8_t fingerprint = oid_fingerprint(body, length);
-    const uint8_t *const first = oid_fingerprints.data(), *const end = first + oid_row_count;
-    const uint8_t* found = first;
-    while ((found = static_cast<const uint8_t*>(std::memchr(found, fingerprint, static_cast<size_t>(end - found))))) {
-        const OidRow& row = oid_table[found++ - first];
+    for (const OidRow& row : oid_table) {
         if (!has_body(row, body, length)) continue;
         short_name = row.short_name;
         long_name = row.long_name;

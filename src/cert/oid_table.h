@@ -1,10 +1,8 @@
 // The table of object identifiers: gives the body of an identifier its names, and gives code row numbers to test for.
-// Constant data, scanned from the first row on. A body is compared only with rows whose fingerprint is its own: they
-// stand in a column of their own, which the C library's memchr goes through. Beside it the names of the universal
-// tags of ASN.1. Used by the DER reader and by MGCert. Any thread may call these.
+// Constant data without an index: a body is looked for from the first row on, since a certificate has few of them.
+// Beside it the names of the universal tags of ASN.1. Used by the DER reader and by MGCert. Any thread may call these.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -21,14 +19,6 @@ struct OidRow {
 
 constexpr size_t oid_row_count = 1090;
 extern const OidRow oid_table[oid_row_count];
-
-// Of the body that each row has. Equal bodies have equal ones.
-extern const std::array<uint8_t, oid_row_count> oid_fingerprints;
-constexpr uint8_t oid_fingerprint(const uint8_t* body, uint32_t length) {
-    uint32_t sum = length;
-    for (uint32_t i = 0; i < length; ++i) sum = sum * 31 + body[i];
-    return static_cast<uint8_t>(sum);
-}
 
 // The rows that code tests for.
 enum OidRowNumber : int32_t {

@@ -160,6 +160,7 @@ std::string sprintf_buf(const void* data, size_t size) {
         constexpr char hex[] = "0123456789ABCDEF";
         constexpr size_t per_line = 16;
         const auto* bytes = static_cast<const uint8_t*>(data);
+        if (!bytes) size = 0;
         std::string text;
         text.reserve(size * 3 + size / per_line + 1);
         for (size_t i = 0; i < size; ++i) {

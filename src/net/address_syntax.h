@@ -51,5 +51,5 @@ std::string uint32_to_string(uint32_t number); // "%u"
 std::string uint64_to_string(uint64_t number); // "%lu"
 
 // Hexadecimal dump: each byte as "%02X ", a line feed after each 16 bytes and at the end, but never two for one line.
-// No bytes give one line feed.
+// No bytes give one line feed, and a null has none.
 std::string sprintf_buf(const void* data, size_t size);

@@ -206,6 +206,7 @@ std::string MGSocket::GetMac(const std::string& dev) {
 
 void MGSocket::Ioctl(MGErr& err, int sock, unsigned long request, void* arg, const char* mess, const char* func) {
     at_edge("MGSocket::Ioctl", [&] {
+        IfErrSockExt(err, sock);
         if (ioctl(sock, request, arg) >= 0) return;
         fail_errno(err, mess ? mess : err.mess_2.c_str(), func ? func : err.func_2.c_str());
     });

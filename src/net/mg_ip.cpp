@@ -166,7 +166,7 @@ bool MGIp::IsIp() {
 size_t MGIp::GetIpLen(const unsigned char* buf, size_t n) {
     return at_edge("MGIp::GetIpLen", [&]() -> size_t {
         const Operation operation{"MGIp::GetIpLen", "Ошибка получения длины IP пакета"};
-        if (n == 0) return 0;
+        if (!buf || n == 0) return 0;
         if (buf[0] >> 4 != 4) operation.Fail("Заголовок IP пакета не содержит 4 версию", "(ver != 4)");
         const unsigned ihl = buf[0] & 15;
         if (ihl < 5) operation.Fail("Размер IP заголовка меньне 5 блоков по 4 байта", "(ihl < 5)", ihl);

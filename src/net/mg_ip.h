@@ -80,7 +80,7 @@ public:
     // Whether the bytes begin with a sound IP header with the right checksum. Throws nothing, sets no field.
     bool IsIp();
     // The total length of the packet at buf, the first of a stream, or 0 while n bytes don't hold it whole. Throws as
-    // soon as the bytes can't begin a packet.
+    // soon as the bytes can't begin a packet. A null has no bytes.
     static size_t GetIpLen(const unsigned char* buf, size_t n);
 
     // Fills the parsed fields from the bytes; the bytes stay as they are. With check, both checksums must be right;

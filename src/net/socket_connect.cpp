@@ -75,6 +75,7 @@ int MGSocket::SetNonBlock(MGErr& err, int sock, bool non_block) {
 
 int MGSocket::GetFcntl(MGErr& err, int sock) {
     return at_edge("MGSocket::GetFcntl", [&] {
+        IfErrSockExt(err, sock);
         const int flags = fcntl(sock, F_GETFL);
         if (flags < 0) fail_errno(err, "Не удалось получить флаги соединения", "fcntl");
         return flags;
@@ -83,6 +84,7 @@ int MGSocket::GetFcntl(MGErr& err, int sock) {
 
 void MGSocket::SetFcntl(MGErr& err, int sock, int flags) {
     at_edge("MGSocket::SetFcntl", [&] {
+        IfErrSockExt(err, sock);
         if (fcntl(sock, F_SETFL, flags) < 0) fail_errno(err, "Не удалось установить флаги соединения", "fcntl");
     });
 }

@@ -86,6 +86,7 @@ void MGSocket::SetSockOpt(int sock, int level, int optname, const void* optval, 
         err.num_param = level;
         err.num_2_param = optname;
         err.uint32_param = static_cast<uint32_t>(sock);
+        IfErrSockExt(err, sock);
         if (setsockopt(sock, level, optname, optval, optlen) < 0)
             fail_errno(err, "Ошибка функции установки параметра", "setsockopt");
     });
@@ -121,6 +122,7 @@ void MGSocket::OpenTun(const char* dev) {
 size_t MGSocket::ReadTun(int sock, void* buf, size_t len_buf) {
     return at_edge("MGSocket::ReadTun", [&] {
         MGErr err = error_of("ReadTun", "Ошибка получения данных из виртуального сетевого интерфейса типа TUN");
+        IfErrSockExt(err, sock);
         const ssize_t got = read_some(sock, static_cast<uint8_t*>(buf), len_buf);
         if (got < 0) fail_errno(err, "Ошибка чтения данных из сокета", "read");
         return static_cast<size_t>(got);
@@ -131,7 +133,8 @@ size_t MGSocket::SendIp(int sock, void* buf, size_t len_buf) {
     return at_edge("MGSocket::SendTo", [&]() -> size_t {
         MGErr err = error_of("SendTo", "Ошибка отправки данных в сетевое соединение");
         err.num_param = static_cast<int64_t>(len_buf);
-        if (len_buf < ip_header) fail(err, "Неправильный размер заголовка", "(len_buf < 20)");
+        IfErrSockExt(err, sock);
+        if (!buf || len_buf < ip_header) fail(err, "Неправильный размер заголовка", "(len_buf < 20)");
 
         auto* const packet = static_cast<uint8_t*>(buf);
         sockaddr_in to{};

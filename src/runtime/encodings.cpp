@@ -136,6 +136,7 @@ const uint8_t* bytes_of(const std::string& text) {
 } // namespace
 
 uint32_t MGFile::MakeCrc32(const uint8_t* data, size_t size) {
+    if (!data) size = 0;
     uint32_t crc = 0xFFFFFFFFu;
     crc = crc_of_blocks<long_lane>(crc, data, size);
     crc = crc_of_blocks<short_lane>(crc, data, size);

@@ -308,6 +308,7 @@ public:
 
     // --- encodings: CRC-32 (IEEE 802.3), base64, hexadecimal. ---
 
+    // A null has no bytes.
     static uint32_t MakeCrc32(const uint8_t* data, size_t size);
     static uint32_t MakeCrc32(const std::string& text);
     static uint32_t MakeCrc32Ext(const std::string& text);

@@ -309,7 +309,16 @@ TEST(Socket, TellsAtOnceWhatCannotBeWaitedFor) {
     ASSERT_FALSE(pipe(ends) || close(ends[0]));
     const vorma::FileDescriptor broken(ends[1]);
     EXPECT_EQ(outcome([&] { plain.RecvPoll(broken.get(), is_close); }), "RecvPoll: (m_fds[0].revents & POLLERR)");
-    EXPECT_EQ(outcome([&] { plain.RecvPoll(-1, is_close); }), "RecvPoll: (sock < 0)");
+    uint8_t packet[20] = {0x45};
+    const std::function<void()> without_socket[] = {
+        [&] { plain.RecvPoll(-1, is_close); },
+        [] { MGSocket::SetNonBlock(-1, true); },
+        [] { MGSocket::SetIpHdrIncl(-1); },
+        [&] { MGSocket::ReadTun(-1, packet, sizeof packet); },
+        [&] { MGSocket::SendIp(-1, packet, sizeof packet); },
+    };
+    EXPECT_EQ(MGSocket::SprintfBuf(nullptr, 5), "\n") << "a null has no bytes";
+    for (const auto& call : without_socket) EXPECT_TRUE(outcome(call).ends_with("(sock < 0)"));
 }
 
 TEST(FramedExchange, OnlyTheLimitOnInactivityEndsAWait) {
