@@ -433,6 +433,7 @@ GLogWriterOutput write_message(GLogLevelFlags level, const GLogField* fields, gs
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
+    setenv("NO_AT_BRIDGE", "1", 1);
     gtk_init(&argc, &argv);
     g_log_set_writer_func(write_message, nullptr, nullptr);
     return RUN_ALL_TESTS();
