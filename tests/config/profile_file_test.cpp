@@ -114,20 +114,6 @@ TEST_F(ProfileFile, WritesEveryAttributeThatItReads) {
     EXPECT_EQ(config().fs_allow[1].crc_login, 0x23e02658u);
 }
 
-TEST_F(ProfileFile, EachFlagHasAFieldOfItsOwn) {
-    int flags = 0;
-    for (size_t at = 0; (at = every_field.find("=\"", at + 1)) != std::string::npos;) {
-        const std::string value = every_field.substr(at, 4);
-        if ((value != "=\"0\"" && value != "=\"1\"") || every_field.compare(at - 8, 8, "quantity") == 0) continue;
-        std::string content = every_field;
-        content[at + 2] ^= '0' ^ '1';
-        ASSERT_EQ(read(content), "");
-        ASSERT_EQ(without_hashes(written()), without_hashes(content));
-        ++flags;
-    }
-    EXPECT_GT(flags, 60);
-}
-
 TEST_F(ProfileFile, ReadsWithoutJudgingAndWritesInOneForm) {
     const size_t virt = every_field.find("<gw_client_virtual ") + 32;
     const std::string address = every_field.substr(virt, every_field.find("  <init_gw_server") - 1 - virt);

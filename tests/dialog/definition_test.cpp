@@ -1,13 +1,11 @@
-// The interface definition as a whole: it leaves no control without its handler and no input without a name for
-// assistive technology; every window fits a small screen, with a large font too, and is read by keyboard and wheel
-// without harm. That each handler exists is told by the toolkit, whenever a window is made.
+// The interface definition as a whole: it leaves no input without a name for assistive technology; every window fits a
+// small screen, with a large font too, and is read by keyboard and wheel without harm.
 #include "dialog/make_dialog.h"
 #include "support/ui_script.h"
 
 #include <gtk/gtk-a11y.h>
 
 #include <algorithm>
-#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -15,7 +13,6 @@
 
 namespace {
 
-using testing::IsEmpty;
 using testing::SizeIs;
 
 struct Unref {
@@ -35,45 +32,15 @@ protected:
             if (GTK_IS_WINDOW(item->data)) windows_.push_back(GTK_WIDGET(item->data));
         }
         g_slist_free(objects);
-        gtk_builder_connect_signals_full(builder_.get(), &Definition::collect, this);
     }
     void TearDown() override {
         for (GtkWidget* window : windows_) gtk_widget_destroy(window);
     }
 
-    static void collect(GtkBuilder*, GObject* object, const gchar* signal, const gchar*, GObject*, GConnectFlags flags,
-                        gpointer self) {
-        auto* definition = static_cast<Definition*>(self);
-        definition->connected_[object].insert(signal);
-        if (flags & G_CONNECT_SWAPPED) definition->swapped_.push_back(id_of(object) + " " + signal);
-    }
-
     std::unique_ptr<GtkBuilder, Unref> builder_;
     std::vector<GObject*> objects_;
     std::vector<GtkWidget*> windows_;
-    std::map<GObject*, std::set<std::string>> connected_; // the signals of each object that lead to a handler
-    std::vector<std::string> swapped_;                    // signals whose handler would get its arguments exchanged
 };
-
-// The signal by which the user sets the object in motion; null for what has none of its own.
-const char* acting_signal(GObject* object) {
-    if (G_OBJECT_TYPE(object) == GTK_TYPE_BUTTON) return "clicked";
-    if (GTK_IS_CELL_RENDERER_TOGGLE(object)) return "toggled";
-    if (GTK_IS_MENU_ITEM(object) && !gtk_menu_item_get_submenu(GTK_MENU_ITEM(object))) return "activate";
-    if (GTK_IS_ENTRY(object) && !GTK_IS_SPIN_BUTTON(object) &&
-        gtk_entry_get_icon_storage_type(GTK_ENTRY(object), GTK_ENTRY_ICON_SECONDARY) != GTK_IMAGE_EMPTY)
-        return "icon-press";
-    return nullptr;
-}
-
-TEST_F(Definition, ConnectsEveryControlThatActs) {
-    EXPECT_THAT(swapped_, IsEmpty());
-    for (GObject* object : objects_) {
-        if (const char* signal = acting_signal(object)) {
-            EXPECT_TRUE(connected_[object].count(signal)) << id_of(object) << " " << signal;
-        }
-    }
-}
 
 // What is typed into a list is looked for in the column of the search.
 TEST_F(Definition, SearchesListsByText) {
@@ -184,7 +151,7 @@ TEST_F(Definition, FitsASmallScreenAndIsReadInOrderByTab) {
 }
 
 TEST_F(Definition, KeepsTheAnswersInSightWithALargeFont) {
-    const LargeFont font;
+    set_font(36);
     for (GtkWidget* window : windows_) {
         const std::unique_ptr<MGDialog> dialog(make_dialog(id_of(window).c_str()));
         gtk_window_resize(GTK_WINDOW(dialog->window), 1280, 1024);
@@ -202,6 +169,7 @@ TEST_F(Definition, KeepsTheAnswersInSightWithALargeFont) {
             EXPECT_GT(place.height, 60) << id; // the font is large indeed
         }
     }
+    set_font(0);
 }
 
 void count_signal(GtkWidget*, int* count) {

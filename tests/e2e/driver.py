@@ -63,14 +63,6 @@ class Desktop:
         self.manager.terminate()
         self.manager.wait()
 
-    def with_opt(self, opt, program):
-        """A command that starts the program where the directory opt is the machine's /opt; not for root alone."""
-        command = self.folder / "with_opt"
-        user = "" if os.geteuid() == 0 else "--map-current-user --keep-caps"
-        command.write_text(f"#!/bin/sh\nexec unshare {user} --mount sh -c 'mount --bind \"$0\" /opt && exec \"$1\"' '{opt}' '{program}'\n")
-        command.chmod(0o755)
-        return str(command)
-
     @staticmethod
     def run(*command):
         return subprocess.run(command, check=True, capture_output=True, text=True).stdout

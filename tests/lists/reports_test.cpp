@@ -4,7 +4,6 @@
 #include "lists/crypto_picker.h"
 #include "lists/lists_fixture.h"
 #include "lists/reports.h"
-#include "net/provider.h"
 #include "support/error_of.h"
 #include "support/provider/stand_in.h"
 
@@ -195,10 +194,6 @@ TEST_F(CryptoPickerTest, WithoutAChoiceNothingChanges) {
     script.box("Информационное сообщение", "Для установки криптографического профиля нужно выбрать его в списке",
                GTK_MESSAGE_INFO, GTK_RESPONSE_OK);
     open("button_store_fill");
-    vorma::provider_library = "/absent.so"; // there is only a box then
-    script.refusal(testing::HasSubstr("Ошибка подключения динамической библиотеки"));
-    open("button_store_fill");
-
     EXPECT_EQ(chosen(), "was|||");
     EXPECT_EQ(entries(), "typed|typed|typed|typed");
 }

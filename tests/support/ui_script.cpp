@@ -408,14 +408,9 @@ extern "C" const char* __lsan_default_suppressions() {
            "leak:g_hash_table_foreach\n";
 }
 
-LargeFont::LargeFont() {
-    g_object_get(gtk_settings_get_default(), "gtk-font-name", &usual_, nullptr);
-    g_object_set(gtk_settings_get_default(), "gtk-font-name", "Sans 36", nullptr);
-}
-
-LargeFont::~LargeFont() {
-    g_object_set(gtk_settings_get_default(), "gtk-font-name", usual_, nullptr);
-    g_free(usual_);
+void set_font(int points) {
+    if (points == 0) return gtk_settings_reset_property(gtk_settings_get_default(), "gtk-font-name");
+    g_object_set(gtk_settings_get_default(), "gtk-font-name", ("Sans " + std::to_string(points)).c_str(), nullptr);
 }
 
 namespace {

@@ -138,15 +138,5 @@ std::vector<std::string> texts_of(GtkTreeModel* model); // of its rows, first co
 std::string id_of(gpointer object); // in the interface definition; the name of its type where it has none
 void settle();                      // until the toolkit has nothing else to do
 void press_key(GtkWidget* window, guint key, guint state = 0); // where the window has the focus
-
-// A font that is to the display of tests as one of 22 points to a screen of 800 x 640, until the end of the scope.
-class LargeFont {
-public:
-    LargeFont();
-    ~LargeFont();
-    LargeFont(const LargeFont&) = delete;
-    LargeFont& operator=(const LargeFont&) = delete;
-
-private:
-    char* usual_ = nullptr;
-};
+// From here on: a size in points; 36 are to the display of tests what 22 are to a screen of 800 x 640. 0 is the usual one.
+void set_font(int points);
