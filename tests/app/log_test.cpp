@@ -85,6 +85,10 @@ TEST_F(Log, EntriesHaveTheirForm) {
     const std::string text = "operation 100%s\nstep\nfile\n";
     const std::regex form("\n____ERROR____" + date + text + "\n____ERROR____" + date + "Профиль: mail\n" + text);
     EXPECT_TRUE(std::regex_match(dir.read("log"), form)) << dir.read("log");
+    MGInfo bytes;
+    for (const uint8_t size : {16, 17}) bytes.AddRow("a", std::vector<uint8_t>(size, size));
+    EXPECT_EQ(bytes.GetString(), "a: (16) [10 10 10 10 10 10 10 10 10 10 10 10 10 10 10 10]\n"
+                                 "a: (17) [11 11 11 11 11 11 11 11 ... 11 11 11 11 11 11 11 11]\n");
 }
 
 // One line for each entry that is lost, the caller goes on, and the mutex is free again.

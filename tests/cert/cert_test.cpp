@@ -141,6 +141,11 @@ void expect_same(const Bytes& der, X509* cert) {
     expect_bytes(&MGCert::GetSubjKeyId, key_id ? bytes_of(key_id) : Bytes());
 
     EXPECT_EQ(ours.extensions.count, static_cast<uint32_t>(X509_get_ext_count(cert)));
+    for (int i = 0; i < X509_get_ext_count(cert); i++) {
+        const DER_S_EXTENSION& extension = ours.extensions.items[static_cast<size_t>(i)];
+        EXPECT_EQ(extension.critical, X509_EXTENSION_get_critical(X509_get_ext(cert, i)) != 0);
+        EXPECT_GE(extension.has_critical, extension.critical);
+    }
     const uint32_t usage = X509_get_key_usage(cert);
     for (uint32_t i = 0; usage != UINT32_MAX && i < 9; i++)
         EXPECT_EQ(ours.GetKeyUsage(i, skip, skip, name),

@@ -215,6 +215,10 @@ TEST(ProfileReport, ListsTheModesThatAreOnInTheirOrder) {
         EXPECT_EQ(part.find("Действие: ") != std::string::npos, &mode - modes < 4) << part;
     }
     EXPECT_EQ(report_of(all), whole);
+
+    MGInfo info;
+    for (const MGDev& side : {none.config.gw_client, none.config.gw_server}) print_info_dev(info, side);
+    EXPECT_EQ(info.GetString(), golden("devices.txt"));
 }
 
 } // namespace
