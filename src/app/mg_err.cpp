@@ -1,6 +1,7 @@
 // Text forms of MGErr, and the throw sites.
 #include "app/mg_err.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cinttypes>
 #include <clocale>
@@ -29,18 +30,69 @@ void dump(const char* field, uint32_t value) {
     if (value != 0) std::printf("err.%s = %u\n", field, value);
 }
 
+constexpr char foreign[] = "Непонятная ошибка";
+
 MGErr foreign_error(const char* function, const char* mess_2, const char* what) {
     MGErr err;
-    err.mess_1 = "Непонятная ошибка";
+    err.mess_1 = foreign;
     err.mess_2 = mess_2;
     err.func_1 = function;
     err.err_description = what;
     return err;
 }
 
-// Made while there is memory.
-const std::exception_ptr no_memory =
-    std::make_exception_ptr(foreign_error("", "Исключение библиотеки STD", "std::bad_alloc"));
+// Room for the texts of an error for which there is no memory: made beforehand, lent to one error at a time.
+struct Room {
+    std::string mess_1, mess_2, func_1, err_description;
+    std::atomic<const MGErr*> holder = nullptr;
+
+    Room() {
+        for (std::string* text : {&mess_1, &mess_2, &func_1, &err_description}) text->reserve(96);
+    }
+    void exchange_texts(MGErr& err) {
+        mess_1.swap(err.mess_1);
+        mess_2.swap(err.mess_2);
+        func_1.swap(err.func_1);
+        err_description.swap(err.err_description);
+    }
+};
+Room rooms[8];
+
+// An error like any other to who catches it, also to one that writes into it; its room goes back with it.
+class LentError : public MGErr {
+public:
+    LentError(const char* function, const char* step, const char* what) {
+        for (Room& room : rooms) {
+            const MGErr* nobody = nullptr;
+            if (!room.holder.compare_exchange_strong(nobody, this)) continue;
+            room.exchange_texts(*this);
+            put(mess_1, foreign);
+            put(mess_2, step);
+            put(func_1, function);
+            put(err_description, what);
+            return;
+        }
+        err_code = ENOMEM;
+    }
+    ~LentError() {
+        for (Room& room : rooms) {
+            if (room.holder != this) continue;
+            room.exchange_texts(*this);
+            room.holder = nullptr;
+        }
+    }
+    LentError(const LentError&) = delete;
+    LentError& operator=(const LentError&) = delete;
+
+private:
+    static void put(std::string& text, const char* value) {
+        text.clear();
+        if (std::strlen(value) <= text.capacity()) text = value;
+    }
+};
+// It takes the place of an error that could not be copied in the C++ runtime's reserve for exceptions: something larger
+// would cut that into pieces, which are not joined again.
+static_assert(sizeof(LentError) == sizeof(MGErr));
 
 // While it lives, the C library gives this thread its texts in UTF-8. The language stays the locale's: a charset
 // without the letters of the language would turn them into question marks before we could convert them. The locale for
@@ -192,6 +244,6 @@ void vorma::throw_foreign(const char* function, const char* mess_2, const char* 
     try {
         throw foreign_error(function, mess_2, what);
     } catch (const std::bad_alloc&) {
-        std::rethrow_exception(no_memory);
+        throw LentError(function, mess_2, what);
     }
 }

@@ -99,8 +99,9 @@ std::string system_text(const std::function<const char*()>& text);
 }
 // MGErr::RepeatCompare, in place.
 bool same_error(const MGErr& a, const MGErr& b);
-// Throws the MGErr into which the edge of `function` turns an exception that is not ours. Without memory for a new one
-// it throws the one that was made beforehand, which names no function and is the same for all: catch by reference.
+// Throws the MGErr into which the edge of `function` turns an exception that is not ours. Without memory for its texts
+// they stand in room that is kept for that; with all of it lent, to eight errors at once, err_code alone tells ENOMEM.
+// Catch by reference: a copy needs memory.
 [[noreturn]] void throw_foreign(const char* function, const char* mess_2, const char* what);
 
 // Runs body at the edge of the operation `function` (full name, "MGFile::ReadFile"): MGErr and MGExit pass unchanged,

@@ -25,7 +25,7 @@ struct World {
                       stem = "file", mask = "*", mode_add = "ADD_NUM", mode_replace = "REPLACE", missing = to + "/a/b",
                       text = "text of the test, long enough to be allocated", log = dir.path("log"),
                       program = "/no/such/program", words = "a<|>b", guard = "vorma-test-" + dir.path(),
-                      date = "2024-12-31 23:59:59",
+                      link = to + "/link", date = "2024-12-31 23:59:59",
                       block = "a line that is long\n== a header [that is long too]\nand what follows, long as well\n";
     std::string result, second;
     std::vector<uint8_t> data = {0x41, 0x42, 0};
@@ -39,6 +39,7 @@ struct World {
         dir.write("from/file.txt.p7d", "signature");
         dir.write("to/file.txt", old);
         dir.write("to/file~1.txt", "older");
+        std::filesystem::create_symlink(dir.path("behind"), link);
         err.mess_1 = err.str_param = text;
         info.AddRow("row", text);
         for (MGFile* logging : {&file, &LogFileGlobal}) logging->SetLogFile(log.c_str());
@@ -101,6 +102,8 @@ TEST(Delivery, LosesNothingWhateverFails) {
         expect_nothing_lost(w, done);
         EXPECT_TRUE(done || w.contents() == std::multiset({content, "signature"s, old, "older"s})) << "a stump";
     });
+    const Row onto_link[] = {OF_VALUES(w.file.WriteSameFile(w.link, w.bytes(), 3, w.mode_replace, false))};
+    for_each_fault(onto_link, [](World& w, bool) { EXPECT_TRUE(std::filesystem::is_symlink(w.link)); });
     EXPECT_EQ(failed_closes, 9U); // one for each file that is written above
 }
 
@@ -177,6 +180,28 @@ TEST(FilesAndText, LeaveNothingBehindWhateverFails) {
         OF(w.file.SetProfileId(w.text)),
         OF_VALUES(w.file.SplitFileNameToNameAndExt(w.text, w.result, w.second)),
     };
+    for_each_fault(rows);
+}
+
+// Each has its texts, and who writes into one writes into no other.
+TEST(Errors, WithoutMemoryAreNotShared) {
+    const Row rows[] = {{"two at once", [](World& w) {
+                             const auto operation = [&] {
+                                 vorma::at_edge("MGFile::Operation", [&] { w.data = std::vector<uint8_t>(1000); });
+                             };
+                             try {
+                                 operation();
+                             } catch (MGErr& first) {
+                                 EXPECT_STREQ(first.func_1.c_str(), "MGFile::Operation");
+                                 first.mess_1[0] = '!';
+                                 try {
+                                     operation();
+                                 } catch (const MGErr& second) {
+                                     EXPECT_STREQ(second.mess_1.c_str(), "Непонятная ошибка");
+                                 }
+                                 throw;
+                             }
+                         }}};
     for_each_fault(rows);
 }
 
