@@ -1,7 +1,7 @@
 // One libxml2 document: the few steps that readers and writers of XML take. Each failed step throws the MGErr that says
-// which call failed and with which name or value, so a caller never tests a result; err_code and err_description bear
-// what libxml2 or the system said of it, or the element and line that lack what was asked for. libxml2 itself prints
-// nothing.
+// which call failed and with which name or value, so a caller never tests a result; err_description bears what libxml2
+// or the system said of it, with libxml2's number in uint32_param or errno in err_code, or the element and line that lack
+// what was asked for. libxml2 itself prints nothing.
 // Documents keep to the bounds of config/xml_parsing.h: a document type declaration, for one, is refused where it
 // begins. Names and values are UTF-8. Nodes belong to the document and die with it. Each thread may use documents of
 // its own.

@@ -6,6 +6,7 @@
 #include <libxml/globals.h>
 #include <libxml/parser.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <mutex>
@@ -89,7 +90,7 @@ XmlReports::XmlReports()
             reports.spoilt_ = true;
             reports.add_errno(ENOMEM);
         } else if (error->level != XML_ERR_WARNING) {
-            reports.keep(error->code, error->message ? error->message : "", error->line, error->int2);
+            reports.keep(0, error->code, error->message ? error->message : "", error->line, error->int2);
         }
     };
 }
@@ -101,18 +102,18 @@ XmlReports::~XmlReports() {
 
 void XmlReports::refuse(const char* why, int line, int column) {
     spoilt_ = true;
-    keep(0, why, line, column);
+    keep(0, 0, why, line, column);
 }
 
 void XmlReports::add_errno(int code) {
     try {
-        keep(code, vorma::system_error_text(code).c_str(), 0, 0);
+        keep(code, 0, vorma::system_error_text(code).c_str(), 0, 0);
     } catch (const std::bad_alloc&) { // the library, which is C, may be the caller
-        keep(code, "", 0, 0);
+        keep(code, 0, "", 0, 0);
     }
 }
 
-void XmlReports::keep(int code, const char* text, int line, int column) {
+void XmlReports::keep(int system_code, int library_code, const char* text, int line, int column) {
     if (any()) return;
     size_t length = std::min(std::strlen(text), sizeof text_ - 1);
     while (length > 0 && text[length - 1] == '\n') --length;
@@ -121,14 +122,16 @@ void XmlReports::keep(int code, const char* text, int line, int column) {
     std::memcpy(text_, text, length);
     if (length == 0) text_[length++] = '?';
     text_[length] = 0;
-    code_ = code;
+    system_code_ = system_code;
+    library_code_ = library_code;
     line_ = line;
     column_ = column;
 }
 
 void XmlReports::complete(MGErr& err) const {
     if (!any()) return;
-    err.err_code = code_;
+    err.err_code = system_code_;
+    err.uint32_param = static_cast<uint32_t>(library_code_);
     err.err_description = text_;
     if (line_ > 0) err.err_description += " (строка " + std::to_string(line_);
     if (line_ > 0 && column_ > 0) err.err_description += ", столбец " + std::to_string(column_);

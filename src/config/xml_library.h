@@ -7,7 +7,8 @@
 
 // Each document holds one as long as it lives. The first one in prepares libxml2; the last one out gives its
 // process-wide state back (xmlCleanupParser), unless another living thread has used it, whose part of the state would
-// be lost then. Any thread may hold any number of them.
+// be lost then. Any thread may hold any number of them; a thread_local object that holds some is to be no older than
+// the first document of its thread, or it would outlive what counts the thread.
 class XmlLibrary {
 public:
     XmlLibrary();
@@ -33,11 +34,12 @@ public:
     bool any() const { return *text_; }
     // Whether the document is no good whatever libxml2 made of it: refused, or cut short for want of memory.
     bool spoilt() const { return spoilt_; }
-    // Puts the error and its place into err_code and err_description.
+    // Puts the error and its place into err_description, with it errno into err_code or libxml2's number into
+    // uint32_param: the two count alike.
     void complete(MGErr& err) const;
 
 private:
-    void keep(int code, const char* text, int line, int column);
+    void keep(int system_code, int library_code, const char* text, int line, int column);
 
     // What xmlSetStructuredErrorFunc sets in this thread. libxml2 asks which thread it is each time; this is made for
     // every step over a document.
@@ -46,7 +48,8 @@ private:
     xmlStructuredErrorFunc earlier_;
     void* earlier_data_;
     bool spoilt_ = false;
-    int code_ = 0;
+    int system_code_ = 0;
+    int library_code_ = 0;
     int line_ = 0;
     int column_ = 0;
     char text_[512]; // ends at once while nothing was reported

@@ -67,7 +67,7 @@ int next_bytes(void* data, char* buffer, int size) {
         if (got < 0) source.reports.add_errno(errno);
     } else {
         got = static_cast<ssize_t>(std::min(source.left, static_cast<size_t>(size)));
-        std::memcpy(buffer, source.text, static_cast<size_t>(got));
+        std::copy_n(source.text, got, buffer);
         source.text += got;
         source.left -= static_cast<size_t>(got);
     }

@@ -72,6 +72,9 @@ TEST(MGLibxml, OpensAndWritesRegularFilesOnly) {
     }
     EXPECT_EQ(error_of([&] { MGLibxml(dir.path("none").c_str()); }).err_code, ENOENT);
     EXPECT_EQ(error_of([&] { xml.SaveFile(dir.path("none/a").c_str()); }).err_code, ENOENT);
+    const MGLibxml two("<a xmlns:x='u' x:b='1' b='2'/>", 0);
+    for (int time = 0; time < 3; ++time) EXPECT_EQ(two.GetStringProp(two.GetRoot(), "b"), "1") << "as xmlGetProp";
+    EXPECT_EQ(error_of([] { MGLibxml("", 0); }).err_code, 0) << "libxml2's number is not errno's";
 }
 
 TEST(MGLibxml, TakesANameByteForByte) {

@@ -165,14 +165,19 @@ TEST(Recovery, NamesWhatHelps) {
         write_config_file(&context);
         write_profile_file(&context, 0);
     }
-    const auto advice = [&](int index) {
+    const auto advice = [&](int index, int error = 0) {
         MGErr err;
+        err.err_code = error;
         index < 0 ? advise_on_config_file(err, context) : advise_on_profile_file(err, context, index);
         return err.err_description;
     };
     for (const auto& [name, index] : {std::pair{"master.xml", -1}, {"one.xml", 0}}) {
         dir.write(name, "");
         EXPECT_THAT(advice(index), testing::HasSubstr("цела его резервная копия\n«" + dir.path(name) + "~»"));
+        EXPECT_THAT(advice(index), testing::HasSubstr("Переименуйте файл, скопируйте копию"));
+        EXPECT_THAT(advice(index, ENOENT), testing::HasSubstr("» нет, но цела его резервная копия\n"));
+        EXPECT_THAT(advice(index, EIO), testing::HasSubstr("» сейчас недоступен"));
+        EXPECT_THAT(advice(index, EACCES), testing::StartsWith("Проверьте права"));
         dir.write(name + std::string("~"), "<a/>");
         EXPECT_THAT(advice(index), testing::HasSubstr("Восстановите файл из своего архива"));
     }

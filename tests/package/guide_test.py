@@ -23,7 +23,7 @@ def literals(code):
     return [[plain(line) for line in text.split("\\n")] for text in re.findall(r'(?<!\\)"((?:[^"\\\n]|\\.)+)"', code)]
 
 
-reached = read("src/[acdel]*/*.*", *(f"src/runtime/{name}" for name in ("core_files.cpp", "descriptor_io.h", "process.cpp")))
+reached = read("src/[acdel]*/*.*", *(f"src/runtime/{name}" for name in ("core_files.cpp", "descriptor_io.cpp", "process.cpp")))
 known = {line for lines in literals(reached + read("data/demo/config/*.xml")) for line in lines}
 known |= {plain(html.unescape(text).replace("_", "")) for text in re.findall(
     ">([^<]+)<|^Name.*=(.+)", read("resources/vormacfg.glade", "data/vormaqscfg.desktop"), re.M) for text in text}
