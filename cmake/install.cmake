@@ -37,7 +37,7 @@ endforeach()
 # each other relative to where they stand, so that they read the same here and installed.
 foreach(header
         app/log app/mg_err
-        runtime/mg_file runtime/mg_info
+        runtime/listed_files runtime/mg_file runtime/mg_info
         cert/der_errors cert/der_memory cert/der_params cert/der_reader cert/mg_cert cert/oid_table
         config/scrambling
         net/address_syntax net/mg_ip net/mg_socket net/mg_trelm net/provider)

@@ -34,7 +34,7 @@ void init_vorma_catalogs(MGContext* context, const char* log_file_name) {
             MGFile::IfNotExistMakeDirRecursive(path);
         }
         context->log_file = context->log_dir + "/" + log_file_name;
-        context->editor_path = "/usr/bin/kate";
+        context->editor_path = MGContext().editor_path;
     });
 }
 

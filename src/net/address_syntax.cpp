@@ -43,11 +43,11 @@ uint32_t mask_of(int prefix) {
 } // namespace
 
 bool string_is_empty(const char* s) {
-    return !s || only(s, " \t\n\r");
+    return MGFile::IsEmptyString(s);
 }
 
 bool string_is_ansi(const char* s) {
-    return std::ranges::none_of(std::string_view(s), [](char c) { return static_cast<unsigned char>(c) & 0x80; });
+    return MGFile::IsAnsiString(s);
 }
 
 bool string_is_num(const char* s) {

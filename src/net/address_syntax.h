@@ -16,7 +16,7 @@ inline constexpr char id_allow_only[] = "abcdefghijklmnopqrstuvwxyz0123456789_";
 
 // Whether s is null, empty, or only blanks, tabs, line feeds and carriage returns.
 bool string_is_empty(const char* s);
-// Whether no byte has its top bit set; so an empty string passes. s must not be null.
+// Whether no byte has its top bit set; so an empty string passes, and null.
 bool string_is_ansi(const char* s);
 // Whether s is a run of the digits 0 to 9, at least one. Null is none.
 bool string_is_num(const char* s);

@@ -12,8 +12,6 @@
 
 namespace vorma {
 
-inline constexpr size_t read_size = 17408; // bytes asked of one Recv, whatever the size of a message or record
-
 inline constexpr char too_much[] = "Прочитанное количество данных превышает требуемое занчение";
 
 // Whether a call on a connection failed because there is none any more. The same end can show as a hang-up to a wait,

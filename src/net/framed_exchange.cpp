@@ -23,9 +23,9 @@ struct Piece {
     bool closed; // nothing will come any more
 };
 
-// Appends what has come without waiting for it, at most read_size bytes of the `missing` ones.
+// Appends what has come without waiting for it, at most MGSK_READ_SIZE bytes of the `missing` ones.
 Piece append_piece(int sock, std::vector<uint8_t>& data, uint64_t missing) {
-    const size_t had = data.size(), wanted = std::min<uint64_t>(missing, read_size);
+    const size_t had = data.size(), wanted = std::min<uint64_t>(missing, MGSK_READ_SIZE);
     make_room(data, wanted, missing);
     data.resize(had + wanted);
     ssize_t got;
@@ -93,7 +93,7 @@ bool MGSocket::RecvAll(int sock, std::vector<uint8_t>& data, uint64_t only_equal
                 read_all += piece.size;
                 if (only_equal != 0 && read_all == only_equal) return true;
                 if (less_then != 0 && read_all > less_then) fail(error(), too_much, "(read_all > less_then)");
-                whole = piece.size == read_size;
+                whole = piece.size == MGSK_READ_SIZE;
                 if (whole) begin_quiet(*this);
             }
         }

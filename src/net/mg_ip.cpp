@@ -2,6 +2,7 @@
 #include "net/mg_ip.h"
 
 #include "app/mg_err.h"
+#include "net/ip_layout.h"
 #include "net/network_order.h"
 
 #include <arpa/inet.h>
@@ -16,14 +17,12 @@ namespace {
 constexpr uint8_t protocol_tcp = 6;
 constexpr uint8_t protocol_udp = 17;
 constexpr size_t ethernet_header = 14;
-constexpr size_t min_ip_header = 20;
 constexpr size_t tcp_header = 20;
 constexpr size_t udp_header = 8;
 constexpr size_t pseudo_header = 12;
 constexpr size_t ip_checksum_at = 10;
 constexpr size_t tcp_checksum_at = 16;
 constexpr size_t udp_checksum_at = 6;
-constexpr uint8_t more_fragments = 1; // in m_flags
 
 const char* const bad_lengths = "Неправильный размер заголовка";
 
@@ -309,7 +308,7 @@ void MGIp::MakeIp() {
         m_packet[1] = static_cast<uint8_t>(m_dscp * 4 + m_ecn);
         put16(m_packet + 2, m_len);
         put16(m_packet + 4, m_id);
-        put16(m_packet + 6, static_cast<uint16_t>(m_flags * 8192 + m_offset));
+        put16(m_packet + 6, static_cast<uint16_t>((m_flags << flags_shift) + m_offset));
         m_packet[8] = m_ttl;
         m_packet[9] = m_protocol;
         put32(m_packet + 12, m_src_ip);

@@ -33,6 +33,9 @@ inline constexpr int32_t MGSK_EXIT_LIMIT_AUTH = 5;     // the time for authentic
 inline constexpr int32_t MGSK_EXIT_LIMIT_INACTIVE = 6; // the time of inactivity is up
 inline constexpr int32_t MGSK_EXIT_RESET_TIMEOUT = 7;  // the life of the connection is up
 
+// Bytes asked of one Recv, whatever the size of a message or record.
+inline constexpr size_t MGSK_READ_SIZE = 17408;
+
 class MGIp;
 class MGTrelm;
 
@@ -239,8 +242,8 @@ public:
     bool SendData(int sock, const std::vector<uint8_t>& data);
     // One message as receiver; gives true. The size must be only_equal, or not above less_then, where that isn't 0;
     // not both may be set. The limit on inactivity ends the wait for the body too, and counts anew whenever a part of
-    // it has come. Room is made as it comes, and no byte beyond the size is taken; behind a size of 0 the first one is
-    // refused. After a failure data is empty.
+    // it has come. Room is made as it comes. What follows the body stays in the socket; only after a time-out within
+    // it, and behind a size of 0, a byte more is refused. After a failure data is empty.
     bool RecvData(int sock, std::vector<uint8_t>& data, uint64_t only_equal, uint64_t less_then);
     bool RecvData(int sock, std::vector<uint8_t>& data);
     // Throw err: both limits are set; the size recv_byte breaks one.
@@ -285,9 +288,9 @@ public:
     // After a failure data is empty.
     bool TlsRecvData(MGTrelm& trelm, MGSignal* signal, int sock, std::vector<uint8_t>& data, uint64_t only_equal,
                      uint64_t less_then);
-    // One Recv of at most 17408 bytes, with TLS of one record only, otherwise of no more than at_most, which replace
-    // data or, with is_add, go to its end. MGExit 1 when the peer has closed.
-    void RecvAuth(int sock, MGTrelm& trelm, std::vector<uint8_t>& data, bool is_add, size_t at_most = 17408);
+    // One Recv of at most MGSK_READ_SIZE bytes, with TLS of one record only, otherwise of no more than at_most, which
+    // replace data or, with is_add, go to its end. MGExit 1 when the peer has closed.
+    void RecvAuth(int sock, MGTrelm& trelm, std::vector<uint8_t>& data, bool is_add, size_t at_most = MGSK_READ_SIZE);
 
     // --- tun_raw: whole IP packets, read from a TUN device and sent through a raw socket. ---
 

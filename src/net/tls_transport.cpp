@@ -50,15 +50,15 @@ size_t readable(int sock, TlsRecordPosition& at) {
         ssize_t got; // waits as the read itself would
         do got = recv(sock, at.header + at.known, sizeof at.header - at.known, MSG_PEEK);
         while (got < 0 && errno == EINTR);
-        if (got <= 0) return read_size; // the read itself will tell
+        if (got <= 0) return MGSK_READ_SIZE; // the read itself will tell
         at.known += static_cast<size_t>(got);
         at.left = static_cast<size_t>(got);
         if (at.known == sizeof at.header) {
             const bool record = at.header[0] >= 20 && at.header[0] <= 23 && at.header[1] == 3;
-            at.left += record ? at.header[3] << 8 | at.header[4] : read_size;
+            at.left += record ? at.header[3] << 8 | at.header[4] : MGSK_READ_SIZE;
         }
     }
-    return std::min(at.left, read_size);
+    return std::min(at.left, MGSK_READ_SIZE);
 }
 
 // Runs body; a failure ends the session and goes on. That the session can't be ended is then only worth the log.
@@ -118,8 +118,8 @@ void shake_hands(MGSocket& socket, int sock, MGSignal* signal, MGTrelm& trelm, S
 
 void MGSocket::RecvAuth(int sock, MGTrelm& trelm, std::vector<uint8_t>& data, bool is_add, size_t at_most) {
     at_edge("MGSocket::RecvAuth", [&] {
-        uint8_t buffer[read_size];
-        const size_t wanted = m_turn_off_tls ? std::min(at_most, read_size) : readable(sock, trelm.position);
+        uint8_t buffer[MGSK_READ_SIZE];
+        const size_t wanted = m_turn_off_tls ? std::min(at_most, MGSK_READ_SIZE) : readable(sock, trelm.position);
         mem_blk block;
         block.data = buffer;
         while_connected([&] { block.size = static_cast<uint32_t>(Recv(sock, buffer, wanted)); });
@@ -216,9 +216,9 @@ void MGSocket::TlsConnRecv(int sock, MGSignal* signal, MGTrelm& trelm, uint64_t 
             TestLimitInactive();
             while (!RecvPollWait(sock, signal, true, false)) TestLimitInactive();
             const uint64_t missing = only_equal - std::min<uint64_t>(only_equal, out_data.size());
-            make_room(out_data, std::min<uint64_t>(missing, read_size), missing);
+            make_room(out_data, std::min<uint64_t>(missing, MGSK_READ_SIZE), missing);
             if (m_turn_off_tls) {
-                RecvAuth(sock, trelm, out_data, true, missing == 0 ? read_size : missing);
+                RecvAuth(sock, trelm, out_data, true, missing == 0 ? MGSK_READ_SIZE : missing);
                 return true;
             }
             RecvAuth(sock, trelm, in_data, false);

@@ -1,4 +1,5 @@
 // The TUN device, and whole IP packets sent through a raw socket, fragmented here where they are too long for the way.
+#include "net/ip_layout.h"
 #include "net/mg_ip.h"
 #include "net/mg_socket.h"
 #include "net/network_order.h"
@@ -19,12 +20,10 @@ using namespace vorma;
 
 namespace {
 
-constexpr size_t ip_header = 20;
 constexpr size_t max_whole = 1500;
 constexpr size_t max_packet = 0xFFFF;
 constexpr size_t fragment_data = 1480;
 constexpr uint16_t fragment_step = fragment_data / 8;
-constexpr uint16_t more_fragments = 0x2000;
 
 ssize_t send_to(int sock, const void* data, size_t size, const sockaddr_in& to) {
     ssize_t sent;
@@ -36,7 +35,7 @@ ssize_t send_to(int sock, const void* data, size_t size, const sockaddr_in& to) 
 void write_header_checksum(MGIp& fragment) {
     uint8_t* const packet = fragment.m_packet;
     put16(packet + 10, 0);
-    fragment.m_checksum = MGIp::CheckSum(reinterpret_cast<uint16_t*>(packet), ip_header / 2, nullptr, nullptr);
+    fragment.m_checksum = MGIp::CheckSum(reinterpret_cast<uint16_t*>(packet), min_ip_header / 2, nullptr, nullptr);
     put16(packet + 10, fragment.m_checksum);
 }
 
@@ -48,8 +47,8 @@ uint16_t next_identification() {
 
 // Builds and sends all fragments of the packet; gives back how many they are.
 size_t send_fragments(MGErr& err, int sock, uint8_t* packet, size_t size, const sockaddr_in& to) {
-    const auto last_size = static_cast<uint16_t>((size - ip_header) % fragment_data);
-    const size_t count = (size - ip_header) / fragment_data + (last_size != 0 ? 1 : 0);
+    const auto last_size = static_cast<uint16_t>((size - min_ip_header) % fragment_data);
+    const size_t count = (size - min_ip_header) / fragment_data + (last_size != 0 ? 1 : 0);
     // To the kernel 0 is no identification: it would give each fragment one of its own.
     const uint16_t id = get16(packet + 4) != 0 ? get16(packet + 4) : next_identification();
     for (size_t index = 0; index < count; ++index) {
@@ -134,7 +133,7 @@ size_t MGSocket::SendIp(int sock, void* buf, size_t len_buf) {
         MGErr err = error_of("SendTo", "Ошибка отправки данных в сетевое соединение");
         err.num_param = static_cast<int64_t>(len_buf);
         IfErrSockExt(err, sock);
-        if (!buf || len_buf < ip_header) fail(err, "Неправильный размер заголовка", "(len_buf < 20)");
+        if (!buf || len_buf < min_ip_header) fail(err, "Неправильный размер заголовка", "(len_buf < 20)");
 
         auto* const packet = static_cast<uint8_t*>(buf);
         sockaddr_in to{};
@@ -160,16 +159,16 @@ void MGSocket::MakeFragment(unsigned char* data, MGIp& fragment, uint16_t index,
                             bool last) {
     at_edge("MGSocket::MakeFragment", [&] {
         const size_t size = partial ? part_len : fragment_data;
-        fragment.m_len = static_cast<uint16_t>(ip_header + size);
-        fragment.m_buf.resize(ip_header + size);
+        fragment.m_len = static_cast<uint16_t>(min_ip_header + size);
+        fragment.m_buf.resize(min_ip_header + size);
         uint8_t* const packet = fragment.m_packet = fragment.m_buf.data();
         fragment.m_size = fragment.m_buf.size();
-        MGIp::CopyMem(packet, data, ip_header);
-        MGIp::CopyMem(packet + ip_header, data + ip_header + index * fragment_data, size);
+        MGIp::CopyMem(packet, data, min_ip_header);
+        MGIp::CopyMem(packet + min_ip_header, data + min_ip_header + index * fragment_data, size);
 
         fragment.m_offset = static_cast<uint16_t>(index * fragment_step);
-        fragment.m_flags = last ? 0 : 1;
-        put16(packet + 6, fragment.m_offset | (last ? 0 : more_fragments));
+        fragment.m_flags = last ? 0 : more_fragments;
+        put16(packet + 6, static_cast<uint16_t>(fragment.m_flags << flags_shift | fragment.m_offset));
         put16(packet + 2, fragment.m_len);
         write_header_checksum(fragment);
     });

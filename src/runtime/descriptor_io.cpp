@@ -1,4 +1,4 @@
-// Writing over a file.
+// Opening, reading and writing whole, and writing over a file.
 #include "runtime/descriptor_io.h"
 
 #include <sys/resource.h>
@@ -32,6 +32,77 @@ bool reserve(int fd, const struct stat& old, const uint8_t* data, size_t size) {
 }
 
 } // namespace
+
+FileDescriptor vorma::open_regular(MGErr& err, const char* file, const char* mess_2, const char* func_2,
+                                   const char* opt_param) {
+    struct stat info;
+    if (stat(file, &info) != 0) fail_errno(err, mess_2, func_2, opt_param);
+    FileDescriptor fd;
+    if (S_ISREG(info.st_mode)) {
+        fd.reset(open(file, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)); // the name may have changed hands since
+        if (fd.get() < 0 || fstat(fd.get(), &info) != 0) fail_errno(err, mess_2, func_2, opt_param);
+    }
+    if (S_ISREG(info.st_mode)) return fd;
+    if (*opt_param) err.opt_param = opt_param;
+    err.err_description = "Это не обычный файл";
+    fail(err, mess_2, func_2);
+}
+
+bool vorma::is_surely_file(MGErr& err, const std::string& name) {
+    struct stat info;
+    if (stat(name.c_str(), &info) == 0) return !S_ISDIR(info.st_mode);
+    const int code = errno;
+    if (code == ENOENT || code == ENOTDIR) return false;
+    const bool link_fails = code == ELOOP || code == ENAMETOOLONG || code == EACCES;
+    if (link_fails && lstat(name.c_str(), &info) == 0 && S_ISLNK(info.st_mode)) return false;
+    err.str_param = name;
+    errno = code;
+    fail_errno(err, "Ошибка получения сведений о файле", "stat");
+}
+
+off_t vorma::size_and_rewind(int fd) {
+    const off_t size = lseek(fd, 0, SEEK_END);
+    return size < 0 || lseek(fd, 0, SEEK_SET) < 0 ? -1 : size;
+}
+
+ssize_t vorma::read_some(int fd, uint8_t* data, size_t size) {
+    ssize_t got;
+    do got = read(fd, data, size);
+    while (got < 0 && errno == EINTR);
+    return got;
+}
+
+bool vorma::read_whole(int fd, uint8_t* data, size_t size) {
+    while (size > 0) {
+        const ssize_t got = read_some(fd, data, size);
+        if (got == 0) errno = 0;
+        if (got <= 0) return false;
+        data += got;
+        size -= static_cast<size_t>(got);
+    }
+    return true;
+}
+
+bool vorma::write_whole(int fd, const uint8_t* data, size_t size) {
+    while (size > 0) {
+        const ssize_t put = write(fd, data, size);
+        if (put < 0 && errno == EINTR) continue;
+        if (put == 0) errno = ENOSPC;
+        if (put <= 0) return false;
+        data += put;
+        size -= static_cast<size_t>(put);
+    }
+    return true;
+}
+
+void vorma::finish_writing(MGErr& err, FileDescriptor& fd) {
+    if (!fd.finish()) fail_errno(err, "Ошибка закрытия файла", "close");
+}
+
+void vorma::fail_short(MGErr& err, const char* mess_2, const char* func_2) {
+    if (errno != 0) fail_errno(err, mess_2, func_2);
+    fail(err, mess_2, func_2);
+}
 
 const char* vorma::overwrite_file(const char* file, const uint8_t* data, size_t size) noexcept {
     FileDescriptor fd(open(file, O_CREAT | O_RDWR | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, file_mode));

@@ -229,11 +229,13 @@ uint32_t MGFile::GetMaxNameNExtFromDir(std::string dir, std::string stem, std::s
 std::vector<MGFileNumExt> vorma::numbered_copies(MGFile& file, const std::string& dir, const std::string& stem,
                                                  const std::string& ext) {
     std::vector<MGFileNumExt> copies;
-    // Not by a mask: a stem may hold "*" and "?" or be no UTF-8, and what is found here is what a rotation removes. So
-    // a name counts only if it is the one that its number makes.
-    const auto number_of = [&](const std::string& name) {
-        const uint32_t num = file.GetNumberFromFileName(name, stem, ext);
-        return name == file.GetNameNExt(stem.c_str(), num, ext.c_str()) ? num : 0;
+    // Not by a mask: a stem may hold "*" and "?" or be no UTF-8, and what is found here is what a rotation removes.
+    const std::string begin = stem + "~";
+    const auto number_of = [&](const std::string& name) -> uint32_t {
+        if (!name.starts_with(begin) || !name.ends_with(ext)) return 0;
+        const size_t no_digit = name.find_first_not_of("0123456789", begin.size());
+        return std::min(no_digit, name.size()) + ext.size() < name.size() ? 0
+                                                                          : file.GetNumberFromFileName(name, stem, ext);
     };
     for_each_file(
         file, dir, [&](const std::string& name) { return number_of(name) != 0; },

@@ -19,20 +19,6 @@ namespace {
 // What a file name should not hold, besides control characters.
 constexpr std::string_view illegal_characters = "\"%'*/:<>?\\|";
 
-// Whether what is written to the file is what is read from it. After a failure no part of the file stays.
-bool reads_as_written(const std::string& file) {
-    const std::vector<uint8_t> written = {'1', '2', '3', '4', '5', '6', '7', '8'};
-    std::vector<uint8_t> read;
-    try {
-        MGFile::WriteFile(file.c_str(), written.data(), written.size());
-        MGFile::ReadFileVector(file, read);
-    } catch (...) {
-        unlink(file.c_str());
-        throw;
-    }
-    return read == written;
-}
-
 // The log tells a failure: the file now bears a name under which nobody looks for it.
 bool rename_back(const std::string& renamed, const std::string& file) {
     if (rename(renamed.c_str(), file.c_str()) == 0) return true;
@@ -150,9 +136,16 @@ void MGFile::CutFileNameUpToNChars(std::string& name, size_t n) {
 bool MGFile::TestDirOnReadAndWriteAccess(const std::string& dir) {
     try {
         const std::string file = JoinDirAndFileName(dir, "mgfiletest.tmp");
-        const bool same = reads_as_written(file);
-        RemoveFile(file.c_str());
-        return same;
+        const std::vector<uint8_t> written = {'1', '2', '3', '4', '5', '6', '7', '8'};
+        std::vector<uint8_t> read;
+        FileDescriptor fd(open(file.c_str(), O_CREAT | O_RDWR | O_TRUNC | O_CLOEXEC | O_NONBLOCK, file_mode));
+        if (fd.get() < 0) return false; // what can't be opened is not ours to remove
+        const bool kept = write_whole(fd.get(), written.data(), written.size()) && fd.finish();
+        try {
+            if (kept) ReadFileVector(file, read);
+        } catch (const MGErr&) { // told by what was read
+        }
+        return unlink(file.c_str()) == 0 && read == written;
     } catch (...) {
         return false;
     }

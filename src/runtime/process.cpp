@@ -1,5 +1,6 @@
 // Process control: the guard against a second run, pid file, signal files, external programs, the shared library.
 #include "app/mg_err.h"
+#include "runtime/descriptor_io.h"
 #include "runtime/detached_start.h"
 #include "runtime/mg_file.h"
 #include "runtime/owners.h"
@@ -114,14 +115,7 @@ void protection_reloading(const std::string& name, bool release) {
 }
 
 bool is_run_program(const std::string& profile_id) {
-    return at_edge("is_run_program", [&] {
-        try {
-            protection_reloading("VQP" + profile_id, true);
-            return false;
-        } catch (const MGErr&) {
-            return true;
-        }
-    });
+    return at_edge("is_run_program", [&] { return MGFile::IsRunProgram("VQP" + profile_id); });
 }
 
 void MGFile::ProtectionReloading(const std::string& name, bool release) {
@@ -249,10 +243,12 @@ void MGFile::RunExtenProgNoWait(const std::string& program, const std::string& p
 
 int MGFile::GetNumProc(const std::string& file) {
     return at_edge("MGFile::GetNumProc", [&] {
-        std::vector<uint8_t> data; // read without asking for the size, which the kernel's own files tell as 0
-        MGFile().ReadFileVectorEx(file, 16, data);
-        if (data.empty()) return -1;
-        return data.front() == '0' ? 0 : data.front() == '1' ? 1 : -1;
+        MGErr err = error_of("GetNumProc", "Ошибка чтения данных из файла", file.c_str());
+        const FileDescriptor fd =
+            open_regular(err, file.c_str(), "Ошибка выполнения открытия файла", "open", "O_RDONLY");
+        uint8_t first = 0; // what follows may be of any length
+        if (read_some(fd.get(), &first, sizeof first) < 0) fail_errno(err, "Ошибка чтения данных", "read");
+        return first == '0' ? 0 : first == '1' ? 1 : -1;
     });
 }
 

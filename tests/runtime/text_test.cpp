@@ -127,6 +127,9 @@ TEST(Paths, TryOutADirectoryAndLeaveNothingThere) {
     std::filesystem::create_symlink("/dev/full", dir.path("mgfiletest.tmp"));
     EXPECT_FALSE(MGFile::TestDirOnReadAndWriteAccess(dir.path()));
     EXPECT_TRUE(std::filesystem::is_empty(dir.path()));
+    std::filesystem::create_symlink("/none/of/ours", dir.path("mgfiletest.tmp"));
+    EXPECT_FALSE(MGFile::TestDirOnReadAndWriteAccess(dir.path()));
+    EXPECT_TRUE(std::filesystem::remove(dir.path("mgfiletest.tmp"))) << "what can't be opened stays";
 
     dir.write("file", "x");
     EXPECT_TRUE(MGFile::IsRenamedFile(dir.path("file")));
@@ -156,6 +159,8 @@ TEST(Arguments, MayBeResultsToo) {
     text = dir.path(plain);
     file.ReadFileStringEx(text, 5, text);
     EXPECT_EQ(text, "a text of its own");
+    file.OpenFileBuf(dir.path(plain));
+    file.OpenFileBuf(file.m_file_name), file.CloseFileBuf();
     list = {" the first of two lines \nthe second\nthe rest"};
     MGFile::SplitBlockOnSubStrings(list[0], list, false);
     EXPECT_EQ(list, (Texts{"the first of two lines", "the second"}));
