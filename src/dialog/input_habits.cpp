@@ -43,7 +43,8 @@ gboolean leave_wheel_to_page(GtkWidget* input, GdkEvent*, gpointer window) {
     return FALSE;
 }
 
-// A spin button would jump to its limit, and a list would move its cursor by a page, which it does without Ctrl too.
+// A spin button would jump to its limit, a list would move its cursor by a page, which it does without Ctrl too, and a
+// page wider than the window would scroll sideways.
 gboolean leave_page_keys_to_notebook(GtkWidget* input, GdkEventKey* key, gpointer) {
     const bool page = key->keyval == GDK_KEY_Page_Up || key->keyval == GDK_KEY_Page_Down;
     if (page && key->state & GDK_CONTROL_MASK) g_signal_stop_emission_by_name(input, "key-press-event");
@@ -90,7 +91,8 @@ void mend(GtkWidget* input, GtkWidget* window, GtkBuilder* builder) {
     explain_signs(input);
     if (GTK_IS_SPIN_BUTTON(input) || GTK_IS_COMBO_BOX(input))
         g_signal_connect(input, "scroll-event", G_CALLBACK(leave_wheel_to_page), window);
-    if ((GTK_IS_SPIN_BUTTON(input) || GTK_IS_TREE_VIEW(input)) && gtk_widget_get_ancestor(input, GTK_TYPE_NOTEBOOK))
+    if ((GTK_IS_SPIN_BUTTON(input) || GTK_IS_TREE_VIEW(input) || GTK_IS_SCROLLED_WINDOW(input)) &&
+        gtk_widget_get_ancestor(input, GTK_TYPE_NOTEBOOK))
         g_signal_connect(input, "key-press-event", G_CALLBACK(leave_page_keys_to_notebook), nullptr);
     if (GTK_IS_COMBO_BOX_TEXT(input)) {
         if (gtk_combo_box_get_has_entry(GTK_COMBO_BOX(input)))

@@ -6,7 +6,7 @@
 
 // Called once for a window that `builder` has made, before it is shown. Then
 // - the wheel changes a spin button or combo box only where it is being edited, and scrolls the page elsewhere;
-// - Ctrl with a page key turns the notebook's page from a spin button or a list too;
+// - Ctrl with a page key turns the notebook's page from a spin button, a list or a page too wide for the window too;
 // - F4 presses the icon in the entry that has the focus;
 // - Tab reaches radio buttons also where the chosen one of their group lies on another page;
 // - a start mode or another radio button that a key chooses is scrolled into view and has the focus;

@@ -210,9 +210,12 @@ void mark_tab_of_chosen() {
 }
 
 // The frame of the chosen mode may be the last on its page.
+void show_chosen() {
+    scroll_into_view(gtk_widget_get_parent(GTK_WIDGET(ConfigDialog->GetObject(chosen_mode()->radio))));
+}
+
 void show_chosen_on(GtkNotebook*, GtkWidget* page, guint, gpointer) {
-    GtkWidget* radio = GTK_WIDGET(ConfigDialog->GetObject(chosen_mode()->radio));
-    if (holds(page, chosen_mode())) scroll_into_view(gtk_widget_get_parent(radio));
+    if (holds(page, chosen_mode())) show_chosen();
 }
 
 // Opens the frame of the mode whose radio button became active; the button that lost the mark calls it too.
@@ -224,6 +227,7 @@ void choose(const char* radio) {
     for (const StartMode& other : start_modes)
         if (&other != &mode) set_sensitive_init(ConfigDialog, other.page, false);
     mark_tab_of_chosen();
+    show_chosen();
 }
 
 } // namespace

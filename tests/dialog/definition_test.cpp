@@ -267,6 +267,8 @@ TEST(OpenWindow, IsWorkedByKeysAlone) {
     EXPECT_EQ(dialog->SpinGet("adjustment_size_log"), 5);
 
     dialog->ListStoreAppend(GTK_LIST_STORE(dialog->GetObject("active_list_store")));
+    gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(dialog->GetObject("scrolled_init")), GTK_POLICY_ALWAYS,
+                                   GTK_POLICY_AUTOMATIC);
     for (int page : {2, 3, 4}) { // the list takes the focus on its page
         press_key(dialog->window, GDK_KEY_Page_Down, GDK_CONTROL_MASK);
         EXPECT_EQ(gtk_notebook_get_current_page(pages), page) << focus();

@@ -27,6 +27,17 @@ std::string front_page(UiWindow window) {
     return gtk_notebook_get_tab_label_text(notebook, page);
 }
 
+std::string bold_pages(UiWindow window) {
+    GtkNotebook* notebook = GTK_NOTEBOOK(window.find("notebook_config"));
+    std::string bold;
+    for (int i = 0; i < gtk_notebook_get_n_pages(notebook); ++i) {
+        GtkLabel* tab = GTK_LABEL(gtk_notebook_get_tab_label(notebook, gtk_notebook_get_nth_page(notebook, i)));
+        g_autofree char* look = pango_attr_list_to_string(gtk_label_get_attributes(tab));
+        if (g_str_has_suffix(look, "weight bold")) bold += gtk_label_get_text(tab);
+    }
+    return bold;
+}
+
 bool is_in_view(UiWindow window, const std::string& id) {
     GtkWidget* widget = window.find(id);
     GtkWidget* viewport = gtk_widget_get_ancestor(widget, GTK_TYPE_VIEWPORT);
@@ -102,6 +113,7 @@ TEST_F(ProfileEditor, RefusesThirteenAddressesOneAfterTheOther) {
             EXPECT_EQ(window.focus(), window.sensitive(row.entry) ? row.entry : row.mode); // which opens it
             EXPECT_TRUE(is_in_view(window, row.entry)) << row.entry;
             window.set_toggle(row.mode, true);
+            EXPECT_EQ(bold_pages(window), row.tab);
             window.set_entry(row.entry, row.good);
         }
         window.click(ok);
@@ -294,7 +306,7 @@ TEST_F(ProfileEditor, OpensByTheStoredFlagsAndStoresTheOneActiveMode) {
         {{"recv"}, false, true, true, "0111", "recv"},
         {{"server"}, true, true, true, "0111", "server"},
         {{"fs"}, true, true, true, "0000", "fs"},
-        {{"file", "gw_client"}, false, false, false, "0000", "gw_client"},
+        {{"file", "gw_server"}, false, false, false, "0000", "gw_server"},
         {{}, true, true, true, "1111", "timer"},
     };
     const char* const dependants[] = {"check_need_cert", "check_use_admission_list", "button_admission_list",
@@ -311,6 +323,11 @@ TEST_F(ProfileEditor, OpensByTheStoredFlagsAndStoresTheOneActiveMode) {
             EXPECT_EQ(open, row.open) << row.active;
             EXPECT_TRUE(window.toggle("radio_init_" + row.active));
             EXPECT_EQ(window.sensitive("spin_time_hour"), row.stored.contains("timer"));
+            for (int turn = 0; turn < 6 && front_page(window) != bold_pages(window); ++turn) {
+                gtk_notebook_next_page(GTK_NOTEBOOK(window.find("notebook_config")));
+                settle();
+            }
+            EXPECT_TRUE(is_in_view(window, "radio_init_" + row.active)) << row.active;
             window.click(ok);
         });
         for (const auto& [name, flag] : modes)
