@@ -84,8 +84,10 @@ void name_answers(GtkDialog* box) {
 }
 
 GtkOwnWindow make_chooser(GtkWidget* window, const char* title, GtkFileChooserAction action) {
-    return GtkOwnWindow(gtk_file_chooser_dialog_new(title, GTK_WINDOW(window), action, "Отменить", GTK_RESPONSE_CANCEL,
-                                                    "Установить", GTK_RESPONSE_ACCEPT, nullptr));
+    GtkOwnWindow box(gtk_file_chooser_dialog_new(title, GTK_WINDOW(window), action, "Отменить", GTK_RESPONSE_CANCEL,
+                                                 "Установить", GTK_RESPONSE_ACCEPT, nullptr));
+    if (box) fit_to_screen(GTK_FILE_CHOOSER_DIALOG(box.get()));
+    return box;
 }
 
 void take(std::string& out, const GtkText& text) {

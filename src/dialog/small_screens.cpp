@@ -69,6 +69,29 @@ void shorten(GtkWidget* check) {
     gtk_widget_set_tooltip_text(check, gtk_label_get_text(GTK_LABEL(label)));
 }
 
+// Puts a widget of a box into a scrolled window of its own at its place; the box has nothing else to show.
+GtkWidget* let_scroll(GtkWidget* widget, GtkPolicyType sideways) {
+    GtkWidget* box = gtk_widget_get_parent(widget);
+    GtkWidget* scrolled = gtk_scrolled_window_new(nullptr, nullptr);
+    gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(scrolled), sideways, GTK_POLICY_AUTOMATIC);
+    gtk_scrolled_window_set_overlay_scrolling(GTK_SCROLLED_WINDOW(scrolled), FALSE);
+    g_object_ref(widget);
+    gtk_container_remove(GTK_CONTAINER(box), widget);
+    gtk_container_add(GTK_CONTAINER(scrolled), widget);
+    g_object_unref(widget);
+    gtk_viewport_set_shadow_type(GTK_VIEWPORT(gtk_bin_get_child(GTK_BIN(scrolled))), GTK_SHADOW_NONE); // takes no room
+    gtk_box_pack_start(GTK_BOX(box), scrolled, TRUE, TRUE, 0);
+    gtk_widget_show(scrolled);
+    return scrolled;
+}
+
+GtkWidget* first_in(GtkWidget* box) {
+    GList* children = gtk_container_get_children(GTK_CONTAINER(box));
+    GtkWidget* first = GTK_WIDGET(children->data);
+    g_list_free(children);
+    return first;
+}
+
 } // namespace
 
 void fit_to_screen(GtkBuilder* builder, GtkWidget* window) {
@@ -86,21 +109,24 @@ void fit_to_screen(GtkBuilder* builder, GtkWidget* window) {
 
 void fit_to_screen(GtkMessageDialog* box) {
     const GtkRequisition room = screen_room(GTK_WIDGET(box));
-    GtkWidget* texts = gtk_message_dialog_get_message_area(box);
-    GtkRequisition whole, text;
+    GtkWidget* text = first_in(gtk_message_dialog_get_message_area(box)); // the second one stays empty and unseen
+    GtkRequisition whole, part;
     gtk_widget_get_preferred_size(GTK_WIDGET(box), nullptr, &whole);
-    gtk_widget_get_preferred_size(texts, nullptr, &text);
+    gtk_widget_get_preferred_size(text, nullptr, &part);
     if (whole.width <= room.width && whole.height <= room.height) return;
-    GtkWidget* scrolled = gtk_scrolled_window_new(nullptr, nullptr);
-    gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(scrolled), GTK_POLICY_NEVER, GTK_POLICY_AUTOMATIC);
-    gtk_scrolled_window_set_overlay_scrolling(GTK_SCROLLED_WINDOW(scrolled), FALSE);
-    gtk_widget_set_size_request(scrolled, std::min(room.width - whole.width, 0) + text.width,
-                                std::min(room.height - whole.height, 0) + text.height);
-    GtkWidget* content = gtk_widget_get_parent(texts);
-    g_object_ref(texts);
-    gtk_container_remove(GTK_CONTAINER(content), texts);
-    gtk_container_add(GTK_CONTAINER(scrolled), texts);
-    g_object_unref(texts);
-    gtk_box_pack_start(GTK_BOX(content), scrolled, TRUE, TRUE, 0);
-    gtk_widget_show(scrolled);
+    const int width = std::min(whole.width, room.width) - (whole.width - part.width);
+    int height = 0; // the text has more lines in less width
+    gtk_widget_get_preferred_height_for_width(text, width, nullptr, &height);
+    gtk_widget_set_size_request(let_scroll(text, GTK_POLICY_NEVER), width,
+                                std::min(height, room.height - (whole.height - part.height)));
+}
+
+void fit_to_screen(GtkFileChooserDialog* chooser) {
+    const GtkRequisition room = screen_room(GTK_WIDGET(chooser));
+    if (!fits(GTK_WIDGET(chooser), room))
+        let_scroll(first_in(gtk_dialog_get_content_area(GTK_DIALOG(chooser))), GTK_POLICY_AUTOMATIC);
+    GdkGeometry limits{}; // the chooser sets its size itself, by the font
+    limits.max_width = room.width;
+    limits.max_height = room.height;
+    gtk_window_set_geometry_hints(GTK_WINDOW(chooser), nullptr, &limits, GDK_HINT_MAX_SIZE);
 }

@@ -11,3 +11,6 @@ void fit_to_screen(GtkBuilder* builder, GtkWidget* window);
 
 // The same for a box, which has the size that its text asks for: a text too large for the screen scrolls.
 void fit_to_screen(GtkMessageDialog* box);
+
+// A file chooser becomes no larger than its screen; beside its buttons it scrolls where it is too small for its font.
+void fit_to_screen(GtkFileChooserDialog* chooser);

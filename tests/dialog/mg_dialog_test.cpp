@@ -126,13 +126,22 @@ TEST(MGDialog, ABoxShowsBothEndsOfAnyTextOnASmallScreenAndCopiesTheWhole) {
         show_refusal(dialog.get(), row.text.c_str());
     }
     set_font(36);
-    UiScript script;
-    script.refusal(testing::Truly([](const std::string&) {
-        int width = 0, height = 0;
-        gtk_window_get_size(GTK_WINDOW(modal_window()), &width, &height);
-        return width <= 1280 && height <= 1024;
-    }));
-    show_refusal(dialog.get(), (line + lines).c_str());
+    for (const std::string& text : {line + lines, std::string("Здесь места хватит всему тексту, но в две строки.")}) {
+        UiScript script;
+        script.refusal(testing::Truly([&](const std::string&) {
+            GtkWidget* box = modal_window();
+            int width = 0, height = 0;
+            gtk_window_get_size(GTK_WINDOW(box), &width, &height);
+            GList* inner =
+                gtk_container_get_children(GTK_CONTAINER(gtk_message_dialog_get_message_area(GTK_MESSAGE_DIALOG(box))));
+            GtkAdjustment* scrolled =
+                gtk_scrolled_window_get_vadjustment(GTK_SCROLLED_WINDOW(g_list_last(inner)->data));
+            g_list_free(inner);
+            EXPECT_EQ(gtk_adjustment_get_upper(scrolled) > gtk_adjustment_get_page_size(scrolled), text.size() > 200);
+            return width <= 1280 && height <= 1024;
+        }));
+        show_refusal(dialog.get(), text.c_str());
+    }
     set_font(0);
 }
 
@@ -143,6 +152,7 @@ TEST(MGDialog, FileChoosersGiveNamesOnAcceptanceOnly) {
     std::string folder = dir.path(), path = "untouched";
     std::vector<std::string> names = {"old"};
     UiScript script;
+    set_font(36);
     script.cancel_chooser("Куда").choose("Куда", "/d.txt").choose("Файлы", dir.path("a.txt"));
     EXPECT_FALSE(dialog->GetFileNameSave("Куда", folder, "c.txt", path));
     EXPECT_EQ(path, "untouched");
@@ -151,6 +161,7 @@ TEST(MGDialog, FileChoosersGiveNamesOnAcceptanceOnly) {
     EXPECT_TRUE(dialog->GetFilesFromDir("Файлы", folder, folder, names)); // the proposal takes the answer
     EXPECT_EQ(folder, dir.path());
     EXPECT_THAT(names, ElementsAre("a.txt"));
+    set_font(0);
 }
 
 // The pop-up itself needs the focus, which another window can take: what it would show is looked at instead.

@@ -280,6 +280,9 @@ UiScript& UiScript::choose(const std::string& title, const std::string& path) {
         return nullptr;
     };
     return add({"the choice of " + path, chosen, [](UiWindow window) {
+                    int width = 0, height = 0;
+                    gtk_window_get_size(GTK_WINDOW(window.widget()), &width, &height);
+                    EXPECT_TRUE(width <= 1280 && height <= 1024) << width; // the display
                     g_object_set_data(G_OBJECT(window.widget()), answered, window.widget());
                     gtk_dialog_response(GTK_DIALOG(window.widget()), GTK_RESPONSE_ACCEPT);
                 }});
