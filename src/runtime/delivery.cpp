@@ -67,7 +67,8 @@ void copy_signature(const std::string& source, const std::string& target) {
         const HeapBuffer signature(MGFile::ReadFile((source + detached_sign_ext).c_str(), &size), &std::free);
         write_file((target + detached_sign_ext).c_str(), signature.get(), size, Partial::goes);
     } catch (...) {
-        unlink(target.c_str());
+        struct stat copy; // what went behind a link or into a device was never a file of ours
+        if (lstat(target.c_str(), &copy) == 0 && S_ISREG(copy.st_mode)) unlink(target.c_str());
         throw;
     }
 }

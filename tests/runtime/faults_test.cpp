@@ -25,7 +25,7 @@ struct World {
                       stem = "file", mask = "*", mode_add = "ADD_NUM", mode_replace = "REPLACE", missing = to + "/a/b",
                       text = "text of the test, long enough to be allocated", log = dir.path("log"),
                       program = "/no/such/program", words = "a<|>b", guard = "vorma-test-" + dir.path(),
-                      link = to + "/link", date = "2024-12-31 23:59:59",
+                      linked = dir.path("linked"), link = linked + "/file.txt", date = "2024-12-31 23:59:59",
                       block = "a line that is long\n== a header [that is long too]\nand what follows, long as well\n";
     std::string result, second;
     std::vector<uint8_t> data = {0x41, 0x42, 0};
@@ -34,7 +34,7 @@ struct World {
     std::vector<MGFileNumExt> numbered = {{file_name, 1}};
 
     World() {
-        for (const std::string& name : {from, to}) std::filesystem::create_directory(name);
+        for (const std::string& name : {from, to, linked}) std::filesystem::create_directory(name);
         dir.write("from/file.txt", content);
         dir.write("from/file.txt.p7d", "signature");
         dir.write("to/file.txt", old);
@@ -102,7 +102,8 @@ TEST(Delivery, LosesNothingWhateverFails) {
         expect_nothing_lost(w, done);
         EXPECT_TRUE(done || w.contents() == std::multiset({content, "signature"s, old, "older"s})) << "a stump";
     });
-    const Row onto_link[] = {OF_VALUES(w.file.WriteSameFile(w.link, w.bytes(), 3, w.mode_replace, false))};
+    const Row onto_link[] = {OF_VALUES(
+        w.file.CopySameFile(w.from, w.linked, w.file_name, w.result, w.mode_replace, true, false, 0, false, false, 0))};
     for_each_fault(onto_link, [](World& w, bool) { EXPECT_TRUE(std::filesystem::is_symlink(w.link)); });
     EXPECT_EQ(failed_closes, 9U); // one for each file that is written above
 }
