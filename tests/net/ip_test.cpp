@@ -126,8 +126,7 @@ TEST(MGIp, ChangesAndBuildsWhatOthersWouldBuild) {
     EXPECT_EQ(ip.m_buf, packet("for_exit"));
     MGIp bare; // without data, which a parsed packet tells by an empty end
     bare.MakeUdpForExit("127.0.0.1");
-    bare.m_len = 28;
-    bare.m_udp_len = 8;
+    bare.m_len = 28, bare.m_udp_len = 8;
     for (int time = 0; time < 2; ++time)
         EXPECT_EQ(condition_of([&] { bare.MakeIp(), bare.MakeUdp(), bare.Parse(); }), "");
 }

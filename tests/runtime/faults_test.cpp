@@ -123,8 +123,25 @@ TEST(Overwriting, KeepsTheOldContentOnAFullDisk) {
     });
 }
 
+// Two errors at once: also without memory each has its texts, and who writes into one writes into no other.
+void fail_twice(World& w) {
+    const auto operation = [&] { vorma::at_edge("MGFile::Operation", [&] { w.data = std::vector<uint8_t>(1000); }); };
+    try {
+        operation();
+    } catch (MGErr& first) {
+        first.mess_1[0] = '!';
+        try {
+            operation();
+        } catch (const MGErr& second) {
+            EXPECT_TRUE(second.mess_1 == "Непонятная ошибка" && second.func_1 == "MGFile::Operation");
+        }
+        throw;
+    }
+}
+
 TEST(FilesAndText, LeaveNothingBehindWhateverFails) {
     const Row rows[] = {
+        OF(fail_twice(w)),
         OF(w.file.WriteFile(w.other.c_str(), w.bytes(), 3)),
         OF(w.file.AddFile(w.other.c_str(), w.bytes(), 3)),
         OF(w.file.IfNotExistMakeDirRecursive(w.missing)),
@@ -181,28 +198,6 @@ TEST(FilesAndText, LeaveNothingBehindWhateverFails) {
         OF(w.file.SetProfileId(w.text)),
         OF_VALUES(w.file.SplitFileNameToNameAndExt(w.text, w.result, w.second)),
     };
-    for_each_fault(rows);
-}
-
-// Each has its texts, and who writes into one writes into no other.
-TEST(Errors, WithoutMemoryAreNotShared) {
-    const Row rows[] = {{"two at once", [](World& w) {
-                             const auto operation = [&] {
-                                 vorma::at_edge("MGFile::Operation", [&] { w.data = std::vector<uint8_t>(1000); });
-                             };
-                             try {
-                                 operation();
-                             } catch (MGErr& first) {
-                                 EXPECT_STREQ(first.func_1.c_str(), "MGFile::Operation");
-                                 first.mess_1[0] = '!';
-                                 try {
-                                     operation();
-                                 } catch (const MGErr& second) {
-                                     EXPECT_STREQ(second.mess_1.c_str(), "Непонятная ошибка");
-                                 }
-                                 throw;
-                             }
-                         }}};
     for_each_fault(rows);
 }
 
