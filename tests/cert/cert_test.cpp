@@ -18,7 +18,7 @@ using X509Owner = std::unique_ptr<X509, std::integral_constant<decltype(&X509_fr
 
 // What OpenSSL made; `openssl asn1parse -inform DER -i -in golden/...` shows it.
 Bytes golden(const std::string& name) {
-    return bytes(read_file(CERTIFICATES + name + ".der"));
+    return bytes(read_file(GOLDEN "/" + name + ".der"));
 }
 
 uint32_t size_of(const Bytes& bytes) {
@@ -190,7 +190,7 @@ TEST(MGCert, ReadsNamesAndExtensions) {
 
 TEST(MGCert, LeavesNothingBehindWhenCallsFail) {
     const Bytes sealed = golden("sealed");
-    const std::string file = CERTIFICATES "certificate.der";
+    const std::string file = GOLDEN "/certificate.der";
     const Fallible<MGCert> rows[] = {
         {"get_subject_from_parsed_cert",
          [&](MGCert&) { vorma::at_edge("argument", [&] { get_subject_from_parsed_cert(file); }); }},
@@ -260,7 +260,7 @@ TEST(MGCertRequest, BareAndInBothEnvelopes) {
 
 TEST(MGCert, RefusesWithTheCode) {
     const auto longer = [](const char* name) {
-        return bytes(read_file(CERTIFICATES + std::string(name) + ".der") + "x");
+        return bytes(read_file(GOLDEN "/" + std::string(name) + ".der") + "x");
     };
     const struct {
         const char* what;

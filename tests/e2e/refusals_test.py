@@ -7,7 +7,7 @@ import sys
 
 from driver import Desktop, Editor
 
-GOLDEN = pathlib.Path(__file__).parents[1] / "net/golden"
+GOLDEN = pathlib.Path(__file__).parents[1] / "support/golden"
 PROFILE = (GOLDEN / "profile.xml").read_text()
 MASTER = """<config version="1" release="1" mark="VORQSCFG"><profiles quantity="1">
   <profile default="1" name="Копия" id="profile" active="0"/>

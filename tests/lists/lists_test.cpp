@@ -149,7 +149,7 @@ TEST_F(RecordDialogsTest, JudgesAConnectionOnlyIfItIsUsed) {
 }
 
 TEST_F(RecordDialogsTest, TakesTheOwnersNameFromACertificateFile) {
-    const std::string whole = read_file(GOLDEN "/../../cert/golden/certificate.der");
+    const std::string whole = read_file(GOLDEN "/certificate.der");
     dir.write("pem.cer", "-----BEGIN CERTIFICATE-----\nAAAA\n");
     // The last letter of "Иванов" in these bytes, and why they are refused.
     const std::pair<std::string, const char*> letters[] = {

@@ -72,14 +72,15 @@ void give(mem_blk* block, std::string_view bytes) {
 // flags: 16 a server, 8 of it that asks for the client's certificate; 64 a client that shows one.
 SSL* begin_session(const char* name, uint32_t flags) {
     const bool server = flags & 16;
+    const char* const certificate = GOLDEN "/vorma.test.pem";
     expect(flags == 1 || flags == 65 || flags == 20 || flags == 24, "TRELM_TlsSessionCreate");
     SSL_CTX* const settings = SSL_CTX_new(TLS_method());
     SSL_CTX_set_max_proto_version(settings, TLS1_2_VERSION);
     SSL_CTX_set_options(settings, SSL_OP_NO_TICKET);
-    SSL_CTX_load_verify_file(settings, CERTIFICATE);
+    SSL_CTX_load_verify_file(settings, certificate);
     if (server || flags & 64) {
-        SSL_CTX_use_certificate_file(settings, CERTIFICATE, SSL_FILETYPE_PEM);
-        SSL_CTX_use_PrivateKey_file(settings, CERTIFICATE, SSL_FILETYPE_PEM);
+        SSL_CTX_use_certificate_file(settings, certificate, SSL_FILETYPE_PEM);
+        SSL_CTX_use_PrivateKey_file(settings, certificate, SSL_FILETYPE_PEM);
     }
     if (!server || flags & 8) SSL_CTX_set_verify(settings, SSL_VERIFY_PEER, nullptr);
     SSL* const ssl = SSL_new(settings);
