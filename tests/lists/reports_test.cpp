@@ -1,11 +1,8 @@
 // Reports of the lists byte for byte, the dialog that tells where they lie, and the viewer that opens them.
 #include "app/mg_context.h"
 #include "config/profile_file.h"
-#include "lists/crypto_picker.h"
 #include "lists/lists_fixture.h"
 #include "lists/reports.h"
-#include "support/error_of.h"
-#include "support/provider/stand_in.h"
 
 #include <csignal>
 #include <fcntl.h>
@@ -113,87 +110,4 @@ TEST_F(ReportsTest, OpensAReportInTheViewerAndLeavesNoZombie) {
     EXPECT_EQ(errno, ECHILD);
 }
 
-// A full profile, one that lacks values, and one that no file can hold.
-const Rows in_provider = {{"\xCF\xF0\xEE\xF4\xE8\xEB\xFC", "/псп", "/lsp", "ldap://a"},
-                          {"second", "", "/lsp2", ""},
-                          {"third", "", "/\xEF", ""}};
-const Rows shown = {{"Профиль", "/псп", "/lsp", "ldap://a"}, {"second", "", "/lsp2", ""}, {"third", "", "/\uFFFD", ""}};
-
-class CryptoPickerTest : public ListsTest {
-protected:
-    CryptoPickerTest() {
-        provider_stand_in.profiles = in_provider;
-        config.crypto_name = "was";
-        editor().enter("entry_crypto_profile=typed;entry_psp=typed;entry_lsp=typed;entry_ldap=typed");
-    }
-    static UiWindow editor() { return UiWindow(ConfigDialog->window); }
-    std::string chosen() const { return config.crypto_name + "|" + config.psp + "|" + config.lsp + "|" + config.ldap; }
-    static std::string entries() {
-        return editor().entry("entry_crypto_profile") + "|" + editor().entry("entry_psp") + "|" +
-               editor().entry("entry_lsp") + "|" + editor().entry("entry_ldap");
-    }
-
-    // Opens the list, selects the rows and presses the button.
-    void pick(const std::vector<int>& rows, const char* button) {
-        script.when("dialog_crypto", [=](UiWindow window) {
-            window.select("crypto_tree_view", rows);
-            window.click(button);
-        });
-    }
-
-    ProviderTest provider;
-    OpenDialog main_window{ProfileDialog, "window_profile", ""}; // errors are shown over it
-};
-
 } // namespace
-
-// Each call fails once; when none is left to fail, the list is there.
-TEST(CryptoProfiles, AreListedOrTheFailureIsToldAndNothingIsLeft) {
-    for (int call = 1;; ++call) {
-        SCOPED_TRACE(call);
-        const ProviderTest provider;
-        provider_stand_in.profiles = in_provider;
-        provider_stand_in.fail_call = call;
-        std::vector<MGCrypto> list;
-        MGErr err;
-        try {
-            get_trelm_context(list);
-        } catch (const MGErr& thrown) {
-            err = thrown;
-        }
-        EXPECT_EQ(err.func_2, provider_stand_in.failed);
-        if (err.func_2.empty()) {
-            EXPECT_EQ(list.size(), in_provider.size());
-            break;
-        }
-        EXPECT_EQ(err.num_param, stand_in_failure);
-        EXPECT_EQ(err.err_code, call == 1 ? 0 : call - 2) << "the index of the profile";
-    }
-}
-
-TEST_F(CryptoPickerTest, AChoiceGoesToTheProfileAndItsValuesToTheEntries) {
-    script.when("dialog_crypto", [](UiWindow window) { EXPECT_EQ(window.table("crypto_tree_view"), shown); });
-    pick({0}, "button_crypto_ok");
-    open("button_store_fill");
-    EXPECT_EQ(chosen(), "Профиль|/псп|/lsp|ldap://a");
-    EXPECT_EQ(entries(), chosen());
-
-    pick({2}, "button_crypto_ok");
-    script.refusal(testing::HasSubstr("Имя локального справочника не в кодировке UTF-8"));
-    pick({1}, "button_crypto_ok");
-    open("button_store_fill");
-    EXPECT_EQ(chosen(), "second||/lsp2|");
-    EXPECT_EQ(entries(), "second|/псп|/lsp2|ldap://a") << "the entries of empty values stay";
-}
-
-TEST_F(CryptoPickerTest, WithoutAChoiceNothingChanges) {
-    pick({0}, "button_crypto_cancel");
-    open("button_store_fill");
-    provider_stand_in.profiles.clear();
-    pick({}, "button_crypto_ok");
-    script.box("Информационное сообщение", "Для установки криптографического профиля нужно выбрать его в списке",
-               GTK_MESSAGE_INFO, GTK_RESPONSE_OK);
-    open("button_store_fill");
-    EXPECT_EQ(chosen(), "was|||");
-    EXPECT_EQ(entries(), "typed|typed|typed|typed");
-}
