@@ -112,6 +112,23 @@ TEST_F(ProfileFile, WritesEveryAttributeThatItReads) {
     EXPECT_EQ(config().fs_allow[1].crc_login, 0x23e02658u);
 }
 
+// What a record holds until someone sets it; three choices are filled by the editor's first save.
+TEST_F(ProfileFile, OfNewRecordsStatesTheDefaults) {
+    read(every_field);
+    MGConfig& fresh = config() = {};
+    fresh.mode_same_file = "ADD_NUM";
+    fresh.ticket_type = "XML";
+    fresh.sub_dir = "%%YYYY%%/%%MM%%/%%DD%%/%%LOGIN%%/%%QUEUE%%/%%TIME%%/";
+    fresh.actions.emplace_back().active = true;
+    fresh.admit = fresh.gw_admit = {{}};
+    fresh.fc_queue = {{}};
+    fresh.fs_allow.emplace_back().queue = {{}};
+    fresh.gw_client.adrs = fresh.gw_client.virt = fresh.gw_server.adrs = fresh.gw_server.virt = {{}};
+    const std::regex frame("<[?!].*\n|<profile[^>]*>| quantity=\"\\d\"");
+    EXPECT_EQ(std::regex_replace(written(), frame, ""),
+              std::regex_replace(read_file(GOLDEN "/../../../data/defaults.xml"), frame, ""));
+}
+
 TEST_F(ProfileFile, ReadsWithoutJudgingAndWritesInOneForm) {
     const size_t virt = every_field.find("<gw_client_virtual ") + 32;
     const std::string address = every_field.substr(virt, every_field.find("  <init_gw_server") - 1 - virt);

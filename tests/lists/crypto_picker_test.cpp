@@ -46,12 +46,7 @@ TEST(CryptoProfiles, AreListedOrTheFailureIsToldAndNothingIsLeft) {
         provider_stand_in.profiles = in_provider;
         provider_stand_in.fail_call = call;
         std::vector<MGCrypto> list;
-        MGErr err;
-        try {
-            get_trelm_context(list);
-        } catch (const MGErr& thrown) {
-            err = thrown;
-        }
+        const MGErr err = error_if_any([&] { get_trelm_context(list); });
         EXPECT_EQ(err.func_2, provider_stand_in.failed);
         if (err.func_2.empty()) {
             EXPECT_EQ(list.size(), in_provider.size());
