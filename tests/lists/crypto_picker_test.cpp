@@ -1,7 +1,7 @@
 // Asking the provider for its crypto profiles, and the choice of one.
 #include "lists/crypto_picker.h"
 #include "lists/lists_fixture.h"
-#include "net/provider.h"
+#include "support/error_of.h"
 #include "support/provider/stand_in.h"
 
 namespace {
