@@ -98,9 +98,17 @@ void change_row(GtkTreeView* view, GtkTreePath*, GtkTreeViewColumn* column, gpoi
     if (column != gtk_tree_view_get_column(view, 0)) press(GTK_BUILDER(builder), buttons_of(view)->change);
 }
 
+// In a list to choose from: the chosen row is the answer.
+void press_ok(GtkTreeView* view, GtkTreePath*, GtkTreeViewColumn*, gpointer) {
+    gtk_window_activate_default(GTK_WINDOW(gtk_widget_get_toplevel(GTK_WIDGET(view))));
+}
+
 void connect_buttons(GtkTreeView* view, GtkBuilder* builder) {
     const ListButtons* buttons = buttons_of(view);
-    if (!buttons) return;
+    if (!buttons) {
+        g_signal_connect(view, "row-activated", G_CALLBACK(press_ok), nullptr);
+        return;
+    }
     if (buttons->has_marks) g_signal_connect(view, "row-activated", G_CALLBACK(change_row), builder);
     g_signal_connect(view, "key-press-event", G_CALLBACK(press_button_by_key), builder);
     const auto tell = [&](const char* id, const char* text) {

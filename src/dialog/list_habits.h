@@ -4,7 +4,8 @@
 #include <gtk/gtk.h>
 
 // Called once for a list that `builder` has made, before its window is shown. Then
-// - Enter and a double click open the row: they press "Изменить" where the definition connects nothing else;
+// - Enter and a double click open the row: they press "Изменить" where the definition connects nothing else, and the
+//   default button in a list to choose from;
 // - Insert, F2 and Delete press the buttons that add, change and delete, and the buttons' tooltips say so;
 // - the space bar marks the row at the cursor in lists that have marks, whichever of its cells has the cursor;
 // - what is typed into the list finds a row by any part of its name;

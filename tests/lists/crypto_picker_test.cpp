@@ -66,7 +66,10 @@ TEST_F(CryptoPickerTest, AChoiceGoesToTheProfileAndItsValuesToTheEntries) {
 
     pick({2}, "button_crypto_ok");
     script.refusal(testing::HasSubstr("Имя локального справочника не в кодировке UTF-8"));
-    pick({1}, "button_crypto_ok");
+    script.when("dialog_crypto", [](UiWindow window) {
+        gtk_widget_grab_focus(window.find("crypto_tree_view"));
+        for (guint key : {GDK_KEY_Down, GDK_KEY_Return}) press_key(window.widget(), key);
+    });
     open("button_store_fill");
     EXPECT_EQ(chosen(), "second||/lsp2|");
     EXPECT_EQ(entries(), "second|/псп|/lsp2|ldap://a") << "the entries of empty values stay";
