@@ -36,10 +36,11 @@ void MGFile::TrancatedAll(std::string& text) {
 
 void MGFile::SplitStringLeft(std::string text, const char* sep, std::vector<std::string>& parts) {
     at_edge("MGFile::SplitStringLeft", [&] {
+        const std::string separator(sep ? sep : ""); // of its own: the given one may stand in parts
         parts.clear();
-        if (!sep || !*sep || text.empty()) return;
+        if (separator.empty() || text.empty()) return;
         size_t start = 0;
-        for (size_t end; (end = text.find(sep, start)) != std::string::npos; start = end + std::strlen(sep))
+        for (size_t end; (end = text.find(separator, start)) != std::string::npos; start = end + separator.size())
             parts.push_back(text.substr(start, end - start));
         parts.push_back(text.substr(start));
     });
@@ -47,10 +48,11 @@ void MGFile::SplitStringLeft(std::string text, const char* sep, std::vector<std:
 
 void MGFile::SplitStringRight(std::string text, const char* sep, std::vector<std::string>& parts) {
     at_edge("MGFile::SplitStringRight", [&] {
+        const std::string separator(sep ? sep : ""); // of its own: the given one may stand in parts
         parts.clear();
-        if (!sep || !*sep) return;
-        for (size_t start; (start = text.rfind(sep)) != std::string::npos; text.resize(start))
-            parts.push_back(text.substr(start + std::strlen(sep)));
+        if (separator.empty()) return;
+        for (size_t start; (start = text.rfind(separator)) != std::string::npos; text.resize(start))
+            parts.push_back(text.substr(start + separator.size()));
         if (!text.empty()) parts.push_back(text);
     });
 }

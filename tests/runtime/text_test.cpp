@@ -164,6 +164,12 @@ TEST(Arguments, MayBeResultsToo) {
     list = {" the first of two lines \nthe second\nthe rest"};
     MGFile::SplitBlockOnSubStrings(list[0], list, false);
     EXPECT_EQ(list, (Texts{"the first of two lines", "the second"}));
+    list = {stem};
+    MGFile::SplitStringLeft("1" + stem + "2", list[0].c_str(), list);
+    EXPECT_EQ(list, (Texts{"1", "2"}));
+    list = {stem};
+    MGFile::SplitStringRight("1" + stem + "2", list[0].c_str(), list);
+    EXPECT_EQ(list, (Texts{"2", "1"}));
 }
 
 TEST(TextHelpers, FindTextBetweenMarksOfOneLine) {
