@@ -82,11 +82,16 @@ std::string cell_text(GtkTreeViewColumn* column) {
     return is_flag ? std::to_string(on) : taken(text);
 }
 
-// The value of an input, the rows that an editable drop-down list offers, the id of a button.
+// The value of an input, a number with its limits, the rows that an editable drop-down list offers, the id of a button.
 std::string value_of(UiWindow window, GtkWidget* control) {
     const std::string id = id_of(control);
     if (GTK_IS_TOGGLE_BUTTON(control)) return std::to_string(window.toggle(id));
     if (GTK_IS_BUTTON(control)) return id;
+    if (GTK_IS_SPIN_BUTTON(control)) {
+        double least, most;
+        gtk_spin_button_get_range(GTK_SPIN_BUTTON(control), &least, &most);
+        return window.entry(id) + " (" + std::to_string(int(least)) + " to " + std::to_string(int(most)) + ")";
+    }
     if (GTK_IS_ENTRY(control)) return window.entry(id);
     if (!gtk_combo_box_get_has_entry(GTK_COMBO_BOX(control))) return window.combo(id);
     std::string rows;
