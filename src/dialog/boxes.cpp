@@ -58,6 +58,11 @@ void copy_whole_text(GtkLabel* label, gpointer) {
     gtk_clipboard_set_text(gtk_widget_get_clipboard(GTK_WIDGET(label), GDK_SELECTION_CLIPBOARD), text, -1);
 }
 
+// The focus stands on a button, but the keys that select and copy are meant for the text.
+gboolean give_text_its_keys(GtkWidget*, GdkEventKey* key, gpointer label) {
+    return key->state & GDK_CONTROL_MASK && gtk_bindings_activate_event(G_OBJECT(label), key);
+}
+
 // Makes the box's text one to be selected and copied, and lets it break inside a word, since a path or a quoted value
 // can be wider than the screen; without hyphens, which would seem a part of it.
 void mend_text(GtkMessageDialog* box, const char* whole_text) {
@@ -71,6 +76,7 @@ void mend_text(GtkMessageDialog* box, const char* whole_text) {
         gtk_label_set_selectable(label, TRUE);
         g_object_set_data_full(G_OBJECT(label), whole_text_key, g_strdup(whole_text), g_free);
         g_signal_connect(label, "copy-clipboard", G_CALLBACK(copy_whole_text), nullptr);
+        g_signal_connect(box, "key-press-event", G_CALLBACK(give_text_its_keys), label);
     }
     g_list_free(labels);
     pango_attr_list_unref(attributes);
