@@ -5,8 +5,6 @@
 #include "support/temp_dir.h"
 #include "support/ui_script.h"
 
-#include <gtest/gtest-spi.h>
-
 #include <chrono>
 #include <cstring>
 #include <memory>
@@ -82,10 +80,9 @@ TEST(MGDialog, WithoutAWindowItAnswersCancelAndShowsNothing) {
     }
 }
 
-TEST(MGDialog, ConvertsWhatWidgetsHoldAndIsLoudAboutAMissingOne) {
+TEST(MGDialog, ConvertsWhatWidgetsHold) {
     const auto dialog = make();
     EXPECT_STREQ(dialog->GetEntry(nullptr), "");
-    EXPECT_NONFATAL_FAILURE(EXPECT_STREQ(dialog->GetEntry("no_such_entry"), ""), "The toolkit says");
     int32_t year = 0, month = 0, day = 0;
     dialog->SetCalendar("calendar", 2024, 2, 29);
     dialog->GetCalendar("calendar", &year, &month, &day);

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <ctime>
 #include <map>
+#include <regex>
 
 namespace {
 
@@ -79,40 +80,38 @@ TEST_F(ProfileEditor, RefusesThirteenAddressesOneAfterTheOther) {
     const std::string ip = "необходимо задать IP адрес в формате xxx.xxx.xxx.xxx";
     const std::string net = "необходимо задать IP адрес и подсеть в формате xxx.xxx.xxx.xxx/nn";
     const struct {
-        const char *mode, *tab, *section, *entry, *bad;
+        const char *tab, *section, *entry, *bad;
         const std::string& demand;
         const char* good;
     } checks[] = {
-        {"radio_init_recv", "Инициализация", "Получение файла по сети", "entry_recv_ip", "10.0.0", ip, "   "},
-        {"radio_init_client", "TLS посредник", "TLS клиент", "entry_client_recv_ip", "10.0.0.256", ip, "10.0.0.255"},
-        {"radio_init_client", "TLS посредник", "TLS клиент", "entry_client_send_ip", "10.0.0.99999999999", ip,
-         "0.0.0.0"},
-        {"radio_init_server", "TLS посредник", "TLS сервер", "entry_server_recv_ip", "localhost", ip, ""},
-        {"radio_init_server", "TLS посредник", "TLS сервер", "entry_server_send_ip", "10.0.0.1 ", ip, "10.0.0.1"},
-        {"radio_init_gw_client", "TLS шлюз", "Шлюз клиента", "entry_gw_client_send_ip", "10..0.1", ip, "10.0.0.1"},
-        {"radio_init_gw_server", "TLS шлюз", "Шлюз сервера", "entry_gw_server_recv_ip", "1", ip, "10.0.0.1"},
-        {"radio_init_gw_client", "TLS шлюз", "Шлюз клиента", "entry_gw_client_local_adr", "10.0.0.1/24", ip,
-         "10.0.0.1"},
-        {"radio_init_gw_client", "TLS шлюз", "Шлюз клиента", "entry_gw_client_virtual_adr", "10.0.0.1", net,
-         "10.0.0.1/24"},
-        {"radio_init_gw_server", "TLS шлюз", "Шлюз сервера", "entry_gw_server_local_adr", "-1.0.0.1", ip, "10.0.0.1"},
-        {"radio_init_gw_server", "TLS шлюз", "Шлюз сервера", "entry_gw_server_virtual_adr", "10.0.0.1/99999999999", net,
-         "10.0.0.1/0"},
-        {"radio_init_fc", "TLS файл", "Файл-клиента", "entry_fc_ip", "a.b.c.d", ip, "10.0.0.1"},
-        {"radio_init_fs", "TLS файл", "Файл-сервера", "entry_fs_ip", "1.2.3.4.5", ip, "10.0.0.1"},
+        {"Инициализация", "Получение файла по сети", "entry_recv_ip", "10.0.0", ip, "   "},
+        {"TLS посредник", "TLS клиент", "entry_client_recv_ip", "10.0.0.256", ip, "10.0.0.255"},
+        {"TLS посредник", "TLS клиент", "entry_client_send_ip", "10.0.0.99999999999", ip, "0.0.0.0"},
+        {"TLS посредник", "TLS сервер", "entry_server_recv_ip", "localhost", ip, ""},
+        {"TLS посредник", "TLS сервер", "entry_server_send_ip", "10.0.0.1 ", ip, "10.0.0.1"},
+        {"TLS шлюз", "Шлюз клиента", "entry_gw_client_send_ip", "10..0.1", ip, "10.0.0.1"},
+        {"TLS шлюз", "Шлюз сервера", "entry_gw_server_recv_ip", "1", ip, "10.0.0.1"},
+        {"TLS шлюз", "Шлюз клиента", "entry_gw_client_local_adr", "10.0.0.1/24", ip, "10.0.0.1"},
+        {"TLS шлюз", "Шлюз клиента", "entry_gw_client_virtual_adr", "10.0.0.1", net, "10.0.0.1/24"},
+        {"TLS шлюз", "Шлюз сервера", "entry_gw_server_local_adr", "-1.0.0.1", ip, "10.0.0.1"},
+        {"TLS шлюз", "Шлюз сервера", "entry_gw_server_virtual_adr", "10.0.0.1/99999999999", net, "10.0.0.1/0"},
+        {"TLS файл", "Файл-клиента", "entry_fc_ip", "a.b.c.d", ip, "10.0.0.1"},
+        {"TLS файл", "Файл-сервера", "entry_fs_ip", "1.2.3.4.5", ip, "10.0.0.1"},
     };
+    const std::regex field("entry_(.*?)_((recv_|send_)?ip|(local|virtual)_adr)");
     show({"own"});
     configure([&](UiWindow window) {
         gtk_window_resize(GTK_WINDOW(window.widget()), 700, 300);
         for (const auto& row : checks) window.set_entry(row.entry, row.bad);
         for (const auto& row : checks) {
+            const std::string mode = std::regex_replace(row.entry, field, "radio_init_$1");
             UiScript script;
             script.remark(std::string("В закладке (") + row.tab + ") в разделе (" + row.section + ") " + row.demand);
             window.click(ok);
             EXPECT_EQ(front_page(window), row.tab);
-            EXPECT_EQ(window.focus(), window.sensitive(row.entry) ? row.entry : row.mode); // which opens it
+            EXPECT_EQ(window.focus(), window.sensitive(row.entry) ? row.entry : mode); // which opens it
             EXPECT_TRUE(is_in_view(window, row.entry)) << row.entry;
-            window.set_toggle(row.mode, true);
+            window.set_toggle(mode, true);
             EXPECT_EQ(bold_pages(window), row.tab);
             window.set_entry(row.entry, row.good);
         }

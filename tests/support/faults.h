@@ -1,10 +1,5 @@
 // Every fallible call of an operation, failed once. A program that links vorma_faults has the C library's calls and its
-// allocator behind stand-ins, which pass everything on until a loop over faults is at work in their thread:
-//
-//     struct World { TempDir dir; std::string file = dir.path("file"), text; };
-//     const Fallible<World> rows[] = {{"ReadFileString", [](World& w) { MGFile::ReadFileString(w.file, w.text); }}};
-//     for_each_fault(rows, [](World& w, bool done) { EXPECT_...; });
-//
+// allocator behind stand-ins, which pass everything on until a loop over faults is at work in their thread.
 // What an operation's lambda itself allocates is a point too, and no MGErr: make arguments and results in the world.
 #pragma once
 

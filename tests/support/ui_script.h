@@ -1,16 +1,12 @@
 // How tests drive windows. A call that opens a dialog blocks in a loop of its own until the dialog is answered, so what
 // the user does is told before it:
 //
-//     UiScript script;
-//     script.when("dialog_queue", enter("entry_id=1;button_ok"))
-//         .remark("Введите идентификатор.")
-//         .when("dialog_queue", [](UiWindow window) { window.click("button_cancel"); });
+//     script.when("dialog_queue", enter("entry_id=1;button_ok")).remark("Введите идентификатор.");
 //     edit_queue();
 //
-// Steps come in their order, each as soon as its window is the one that takes the input and the toolkit has nothing
-// else to do. A step that never came fails the test at the end of the scope. A step that does not come within the
-// limit, a window that nobody expects, and a lookup of a missing id end the program, with a word about it. In a program
-// of windows every warning of the toolkit fails the test.
+// Steps come in their order, each once its window takes the input and the toolkit has nothing else to do. A step that
+// never came fails the test at the end of the scope; one that does not come in time, a window that nobody expects and a
+// lookup of a missing id end the program, with a word about it. Every warning of the toolkit fails the test.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -66,7 +62,7 @@ public:
     void select(const std::string& view_id, const std::vector<int>& rows) const; // these and no others
     void activate_row(const std::string& view_id, int row) const;                // a double click
     void toggle_cell(const std::string& view_id, int row, int view_column = 0) const;
-    // The cells of the view as they are shown, flags as "0" and "1".
+    // The cells as they are shown, flags as "0" and "1".
     Rows table(const std::string& view_id) const;
     // All that the window shows on all its pages: of an input its label, its value or the rows of its list, and whether
     // it is open; of a view its titles and its cells.
