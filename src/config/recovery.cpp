@@ -48,8 +48,9 @@ std::string advice(const MGErr& err, const std::string& file, bool has_reserve, 
                "\nс содержимым до последнего сохранения.\n" +
                (missing ? "Скопируйте копию на его место" : "Переименуйте файл, скопируйте копию на его место") +
                " и запустите программу снова.";
-    return begin + ", и резервной копии, которую можно прочесть, нет.\nВосстановите файл из своего архива.\n" +
-           otherwise;
+    return begin + ", и резервной копии, которую можно прочесть, нет.\n" +
+           (missing ? "Восстановите файл" : "Исправьте в нём названное выше место или восстановите файл") +
+           " из своего архива.\n" + otherwise;
 }
 
 void advise(MGErr& err, const std::string& file, bool has_reserve, const std::string& otherwise) {

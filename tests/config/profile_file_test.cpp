@@ -194,7 +194,7 @@ TEST(Recovery, NamesWhatHelps) {
         EXPECT_THAT(advice(index, EIO), testing::HasSubstr("» сейчас недоступен"));
         EXPECT_THAT(advice(index, EACCES), testing::StartsWith("Проверьте права"));
         dir.write(name + std::string("~"), "<a/>");
-        EXPECT_THAT(advice(index), testing::HasSubstr("Восстановите файл из своего архива"));
+        EXPECT_THAT(advice(index), testing::HasSubstr("место или восстановите файл из своего архива"));
     }
 }
 
