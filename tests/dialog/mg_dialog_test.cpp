@@ -9,11 +9,11 @@
 #include <cstring>
 #include <memory>
 
-static gint64 ahead = 0; // microseconds that the clock is put on
+static gint64 stopped = 0; // where the clock stands, in microseconds; 0 while it runs
 
 // The toolkit's clock.
 extern "C" gint64 g_get_monotonic_time() {
-    return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::microseconds(1) + ahead;
+    return stopped ? stopped : std::chrono::steady_clock::now().time_since_epoch() / std::chrono::microseconds(1);
 }
 
 namespace {
@@ -207,11 +207,12 @@ TEST(Busy, ShowsItselfInTimeAndDropsWhatIsPressedMeanwhile) {
         gdk_event_put(event);
         gdk_event_free(event);
     };
+    stopped = g_get_monotonic_time();
     {
         const Busy busy;
         Busy::step();
         EXPECT_EQ(gdk_window_get_cursor(window), nullptr);
-        ahead += 300'000;
+        stopped += 300'000;
         put(GDK_KEY_PRESS);
         put(GDK_KEY_RELEASE);
         Busy::step();
@@ -219,6 +220,7 @@ TEST(Busy, ShowsItselfInTimeAndDropsWhatIsPressedMeanwhile) {
         put(GDK_KEY_PRESS);
         EXPECT_EQ(handled, "");
     }
+    stopped = 0;
     settle();
     EXPECT_EQ(handled, "release ");
     EXPECT_EQ(gdk_window_get_cursor(window), nullptr);

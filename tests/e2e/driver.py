@@ -13,7 +13,7 @@ from gi.repository import Atspi  # noqa: E402
 
 MAIN = "Конфигурационная программа Резервного копирования"
 PROFILE = "Настройка конфигурационных параметров профиля"
-LIMIT = 30  # seconds until a wait for an event counts as a failure
+LIMIT = 120  # seconds until a wait for an event counts as a failure
 
 
 def wait_for(what, probe):
@@ -57,6 +57,7 @@ class Desktop:
         wait_for("the window manager",
                  lambda: "_NET_SUPPORTING_WM_CHECK(WINDOW)" in self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"))
         Atspi.init()
+        Atspi.set_timeout(LIMIT * 1000, LIMIT * 1000)  # the usual 0.8 s is short on a busy machine
         return self
 
     def __exit__(self, *_):

@@ -224,7 +224,7 @@ TEST_F(Histories, OfferAnyNumberOfRowsOnTheScreenAndInProportion) {
     show({"own"});
     config().recv_radio = true;
     std::map<int, double> cost, height;
-    for (const int rows : {3, 3000, 6000}) {
+    for (const int rows : {3, 3000, 9000}) {
         init_recv_ip = {std::string(300, '1')};
         for (int row = 1; row < rows; ++row) init_recv_ip.push_back("10.0." + std::to_string(row) + "\t");
         const std::clock_t begin = std::clock();
@@ -242,9 +242,9 @@ TEST_F(Histories, OfferAnyNumberOfRowsOnTheScreenAndInProportion) {
             window.click(cancel);
         });
     }
-    EXPECT_LT(height[3], height[6000] / 3);
-    EXPECT_LE(height[6000], gdk_window_get_height(gdk_get_default_root_window()));
-    EXPECT_LE(cost[6000], 2.5 * cost[3000]);
+    EXPECT_LT(height[3], height[9000] / 3);
+    EXPECT_LE(height[9000], gdk_window_get_height(gdk_get_default_root_window()));
+    EXPECT_LE(cost[9000], 5 * cost[3000]);
 }
 
 TEST_F(Histories, GatherEachTextOnceInTheOrderOfTheProfiles) {
