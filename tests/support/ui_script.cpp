@@ -402,8 +402,8 @@ void press_key(GtkWidget* window, guint key, guint state) {
 // --- The program ---
 
 // What the leak sanitizer is told: these keep caches until the end of the process. It knows who called malloc and, of
-// the toolkit's own code, no more: whole stacks would take most of the suite's time. What calls it in GIO itself, and
-// not by GLib, are the tables of MIME types alone.
+// the toolkit's own code, no more: whole stacks (ASAN_OPTIONS=fast_unwind_on_malloc=0) would take most of the suite's
+// time. What calls it in GIO itself, and not by GLib, are the tables of MIME types alone.
 extern "C" const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions() {
     return "leak:libfontconfig\nleak:libgio\n";
