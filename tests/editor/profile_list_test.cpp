@@ -75,9 +75,10 @@ TEST_F(ProfileList, RenamesWithoutTouchingTheId) {
 
 TEST_F(ProfileList, DeletesAfterAQuestionAndPassesTheDefaultMarkOn) {
     show({"a", "b", "c"});
+    main().toggle_cell("profile_view", 2, default_column);
     const std::pair<int, Rows> deletions[] = {// the row, and what is left
-                                              {1, {{"1", "0", "Имя a", "a"}, {"0", "0", "Имя c", "c"}}},
-                                              {0, {{"1", "0", "Имя c", "c"}}},
+                                              {1, {{"0", "0", "Имя a", "a"}, {"1", "0", "Имя c", "c"}}},
+                                              {1, {{"1", "0", "Имя a", "a"}}},
                                               {0, {}}};
     for (const auto& [row, left] : deletions) {
         UiScript script;

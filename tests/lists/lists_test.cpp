@@ -154,28 +154,33 @@ TEST_F(RecordDialogsTest, TakesTheOwnersNameFromACertificateFile) {
     // The last letter of "Иванов" in these bytes, and why they are refused.
     const std::pair<std::string, const char*> letters[] = {
         {"в", nullptr}, {"a\n", nullptr}, {"\xD0\xFF", "не в кодировке UTF-8"}};
-    add();
-    script.when("dialog_subject", [&](UiWindow window) {
-        constexpr const char *title = "Окно выбора имени файла с сертификатом", *entry = "entry_subject_name";
-        const std::string rest =
-            ",1.2.3.4.5=x,OGRN=1027700132195,Email=a@example.org,O=ООО \"Омега\", склад,OU=Отдел,C=RU";
-        std::string chosen;
-        for (const auto& [letter, why] : letters) {
-            dir.write("der.cer", std::regex_replace(whole, std::regex("Иванов"), "Ивано" + letter));
-            script.choose(title, dir.path("der.cer"));
-            if (why)
-                script.refusal(testing::HasSubstr(why));
-            else
-                chosen = "CN=Ивано" + letter + rest;
+    const auto choose = [&](const std::string& opener, const std::string& number) {
+        add();
+        script.when("dialog_subject" + number, [&, number](UiWindow window) {
+            const char* const title = "Окно выбора имени файла с сертификатом";
+            const std::string entry = "entry_subject_name" + number;
+            const std::string rest =
+                ",1.2.3.4.5=x,OGRN=1027700132195,Email=a@example.org,O=ООО \"Омега\", склад,OU=Отдел,C=RU";
+            std::string chosen;
+            for (const auto& [letter, why] : letters) {
+                dir.write("der.cer", std::regex_replace(whole, std::regex("Иванов"), "Ивано" + letter));
+                script.choose(title, dir.path("der.cer"));
+                if (why)
+                    script.refusal(testing::HasSubstr(why));
+                else
+                    chosen = "CN=Ивано" + letter + rest;
+                window.press_icon(entry);
+                EXPECT_EQ(window.entry(entry), chosen);
+            }
+            script.choose(title, dir.path("pem.cer"));
+            script.refusal(testing::HasSubstr("Не получилось разобрать формат сертификата"));
             window.press_icon(entry);
-            EXPECT_EQ(window.entry(entry), chosen);
-        }
-        script.choose(title, dir.path("pem.cer"));
-        script.refusal(testing::HasSubstr("Не получилось разобрать формат сертификата"));
-        window.press_icon(entry);
-        window.click("button_subject_cancel");
-    });
-    open("button_admission_list");
+            window.click("button_subject_cancel" + number);
+        });
+        open(opener.c_str());
+    };
+    choose("button_admission_list", "");
+    choose("button_gw_admission_list", "_2");
 }
 
 using Cells = std::vector<std::string>;
