@@ -137,6 +137,12 @@ class Editor:
         wait_for(f"the focus on «{name}»", lambda: node.get_state_set().contains(Atspi.StateType.FOCUSED))
         return node
 
+    def check(self, window, role, name):
+        """Turns a check or radio button on, by its key: a page that has just come to the front may still scroll."""
+        node = self.focus(window, role, name)
+        self.key("space")
+        wait_for(f"the mark of «{name}»", lambda: node.get_state_set().contains(Atspi.StateType.CHECKED))
+
     def page(self, window, label):
         """Brings a notebook page to the front and gives it back."""
         tab = self.find(window, "page tab", label)

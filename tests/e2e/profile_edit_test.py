@@ -32,8 +32,7 @@ def edit(desktop, locale):
         profile = editor.window(PROFILE)
         page = editor.page(profile, "Общие")
         editor.type_into(page, "Период неактивности (сек.) :", "4321", role="spin button")
-        editor.focus(page, "check box", "Включить запись ошибок в syslog")
-        editor.key("space")
+        editor.check(page, "check box", "Включить запись ошибок в syslog")
         editor.focus(page, "text", CATALOG)
         editor.key("F4")
         editor.window("Окно выбора каталога")
@@ -42,7 +41,7 @@ def edit(desktop, locale):
         editor.type_into(page, CATALOG, "/журнал <&>")
 
         page = editor.page(profile, "TLS файл")
-        editor.click(editor.find(page, "radio button", "Файл-сервер"))
+        editor.check(page, "radio button", "Файл-сервер")
         assert not list(file.parent.iterdir())  # a first start writes nothing
         leave(editor, "Сохранить")
     return file
@@ -52,7 +51,7 @@ with Desktop() as desktop:
     in_english = edit(desktop, "C").read_bytes()
     file = edit(desktop, "ru_RU.UTF-8")
     saved = file.read_bytes()
-    assert saved == in_english
+    assert saved == in_english, f"{saved}\n{in_english}"
 
     root = ElementTree.parse(file).getroot()
     assert root.find("settings").get("timeout_inactivity") == "4321"
