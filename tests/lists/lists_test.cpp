@@ -138,16 +138,6 @@ TEST_F(RecordDialogsTest, JudgesTheWholeKeyThatTheEntryIsTooShortForUntilItIsTou
     }
 }
 
-TEST_F(RecordDialogsTest, JudgesAConnectionOnlyIfItIsUsed) {
-    add();
-    script.when("dialog_subject", enter("entry_subject_name=x;check_use_next_send=1;entry_subject_send_ip=no address;"
-                                        "check_use_next_send=0;button_subject_ok"));
-    open("button_admission_list");
-    ASSERT_EQ(config.admit.size(), 1);
-    EXPECT_EQ(config.admit[0].ip, "no address");
-    EXPECT_EQ(init_send_ip.back(), "no address");
-}
-
 TEST_F(RecordDialogsTest, TakesTheOwnersNameFromACertificateFile) {
     const std::string whole = read_file(GOLDEN "/certificate.der");
     dir.write("pem.cer", "-----BEGIN CERTIFICATE-----\nAAAA\n");

@@ -89,8 +89,6 @@ size_t writable(const char* name, size_t size) {
 
 } // namespace
 
-// --- The stand-ins ---
-
 // What the C library does inside is not ours to test: without memory the loader forgets what it has, and a locale loses
 // some of it. The leak check knows the loader's blocks by their caller, and that is our malloc.
 #pragma GCC diagnostic ignored "-Wnonnull-compare"
@@ -186,8 +184,6 @@ extern "C" pid_t fork() noexcept {
     return child;
 }
 
-// --- The allocator ---
-
 namespace {
 
 bool memory_fails() {
@@ -227,8 +223,6 @@ void operator delete(void* block) noexcept {
 void operator delete(void* block, size_t) noexcept {
     free(block);
 }
-
-// --- The loop ---
 
 namespace {
 

@@ -29,8 +29,6 @@ class Pause {
 public:
     Pause();
     ~Pause();
-    Pause(const Pause&) = delete;
-    Pause& operator=(const Pause&) = delete;
 
 private:
     bool armed_;

@@ -101,8 +101,6 @@ std::string value_of(UiWindow window, GtkWidget* control) {
 
 } // namespace
 
-// --- UiWindow ---
-
 GtkWidget* UiWindow::find(const std::string& id) const {
     for (GtkWidget* widget : widgets_of(window_))
         if (id_of(widget) == id) return widget;
@@ -216,8 +214,6 @@ Rows UiWindow::screen() const {
     return rows;
 }
 
-// --- UiScript: what to wait for ---
-
 UiScript& UiScript::when(const std::string& id, std::function<void(UiWindow)> act) {
     return add({id, [id] { return visible_window(id); }, std::move(act)});
 }
@@ -299,8 +295,6 @@ UiScript& UiScript::cancel_chooser(const std::string& title) {
                     gtk_dialog_response(GTK_DIALOG(window.widget()), GTK_RESPONSE_CANCEL);
                 }});
 }
-
-// --- UiScript: how it waits ---
 
 UiScript::~UiScript() {
     disarm();
@@ -398,8 +392,6 @@ void press_key(GtkWidget* window, guint key, guint state) {
     gdk_event_free(event);
     settle();
 }
-
-// --- The program ---
 
 // What the leak sanitizer is told: these keep caches until the end of the process. It knows who called malloc and, of
 // the toolkit's own code, no more: whole stacks (ASAN_OPTIONS=fast_unwind_on_malloc=0) would take most of the suite's

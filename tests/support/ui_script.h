@@ -88,8 +88,6 @@ class UiScript {
 public:
     UiScript() = default;
     ~UiScript();
-    UiScript(const UiScript&) = delete;
-    UiScript& operator=(const UiScript&) = delete;
 
     // When the window `id` takes the input: alone, or as the modal one on top.
     UiScript& when(const std::string& id, std::function<void(UiWindow)> act);
@@ -134,5 +132,6 @@ std::vector<std::string> texts_of(GtkTreeModel* model); // of its rows, first co
 std::string id_of(gpointer object); // in the interface definition; the name of its type where it has none
 void settle();                      // until the toolkit has nothing else to do
 void press_key(GtkWidget* window, guint key, guint state = 0); // where the window has the focus
-// From here on: a size in points; 36 are to the display of tests what 22 are to a screen of 800 x 640. 0 is the usual one.
+// From here on: a size in points; 36 are to the display of tests what 22 are to a screen of 800 x 640. 0 is the usual
+// one.
 void set_font(int points);

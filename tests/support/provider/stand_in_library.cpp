@@ -67,8 +67,6 @@ void give(mem_blk* block, std::string_view bytes) {
     *block = {static_cast<uint32_t>(bytes.size()), data};
 }
 
-// --- Sessions ---
-
 // flags: 16 a server, 8 of it that asks for the client's certificate; 64 a client that shows one.
 SSL* begin_session(const char* name, uint32_t flags) {
     const bool server = flags & 16;
@@ -116,8 +114,6 @@ bool wants_more(SSL* ssl, int result) {
     ERR_clear_error();
     return more;
 }
-
-// --- States: what a failed update or the last call is given is gone ---
 
 uint32_t begin_state(void* context, std::string_view first, void** state, const char* function = __builtin_FUNCTION()) {
     if (const uint32_t code = refusal(context, context, function)) return code;
