@@ -58,7 +58,6 @@ with Desktop() as desktop:
     assert (root.find("log").get("syslog"), root.find("log").get("catalog")) == ("1", "/журнал <&>")
     assert root.find("init_fs").get("radio") == "1"
 
-    # After a restart the values stand in the windows; what is changed and cancelled reaches no file.
     with Editor(desktop, sys.argv[1]) as editor:
         editor.window(MAIN)
         editor.key("Down", "Return")

@@ -145,7 +145,6 @@ TEST(NetFaults, OfConnectionsLeaveNothing) {
     for_each_fault(rows);
 }
 
-// In a network of their own, where the machine grants one.
 TEST(NetFaults, OfDevicesLeaveNothing) {
     const Fallible<World> rows[] = {
         {"OpenTun", [](World& w) { w.client.OpenTun("faulty"); }},

@@ -114,7 +114,6 @@ TEST(Socket, AResetIsACloseBeforeItsHangUpShowsToo) {
     EXPECT_EQ(outcome([&] { return pair.server.RecvPollWait(pair.sock, nullptr, false, false); }), "exit 1");
 }
 
-// What came before the close is still there to be read.
 TEST(Socket, ReportsAnOrderlyCloseOnlyOnceAllIsRead) {
     TcpPair pair, quiet;
     pair.peer_sends("abc");
