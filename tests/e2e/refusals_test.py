@@ -17,6 +17,7 @@ MASTER = """<config version="1" release="1" mark="VORQSCFG"><profiles quantity="
 # The master file and the profile's file, None for none; then lines that the message holds.
 REFUSED = [
     (MASTER[:100], PROFILE, "Не удалось прочесть XML документ из файла"),
+    (MASTER.replace("CFG", "PRF"), PROFILE, "XML файл не является конфигурационным файлом Резервного копирования"),
     (MASTER, None, "Не удалось прочесть XML документ из файла"),
     (MASTER, PROFILE.replace('time_hour="21"', 'time_hour="%s"' % ("x" * 9000000)),
      "Свойства не содержит числовое значение", "x" * 240 + "…" + "x" * 239),
