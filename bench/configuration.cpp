@@ -6,6 +6,7 @@
 #include "app/mg_err.h"
 #include "config/master_file.h"
 #include "config/profile_file.h"
+#include "config/tokens.h"
 
 #include "compare.h"
 

@@ -1,7 +1,7 @@
 // The look-up of a connected peer in an admission list, by the subject of its certificate. Any thread may call these.
 #pragma once
 
-#include "config/records.h"
+#include "config/list_records.h"
 
 #include <string>
 #include <vector>

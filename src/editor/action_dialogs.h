@@ -3,7 +3,7 @@
 // toolkit's thread only.
 #pragma once
 
-#include "config/records.h"
+#include "config/action_records.h"
 
 bool set_action_console(MGConsole& console);
 bool set_action_send(MGSend& send);

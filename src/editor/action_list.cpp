@@ -1,6 +1,8 @@
 // Adding, changing, deleting and moving the actions of a profile, and the dialog of one action.
 #include "editor/action_list.h"
 
+#include "config/records.h"
+#include "config/tokens.h"
 #include "dialog/detached_rows.h"
 #include "dialog/make_dialog.h"
 #include "dialog/open_dialogs.h"

@@ -2,7 +2,7 @@
 // every operation changes both; nothing is saved here. On the toolkit's thread only.
 #pragma once
 
-#include "config/records.h"
+#include "config/action_records.h"
 
 #include <gtk/gtk.h>
 

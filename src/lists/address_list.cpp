@@ -1,6 +1,7 @@
 // The list of a gateway's addresses and the dialog of one address.
 #include "lists/address_list.h"
 
+#include "config/records.h"
 #include "dialog/detached_rows.h"
 #include "dialog/make_dialog.h"
 #include "dialog/open_dialogs.h"

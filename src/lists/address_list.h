@@ -2,7 +2,7 @@
 // of its list and hands it to the profile editor's working copy on OK. On the toolkit's thread only.
 #pragma once
 
-#include "config/records.h"
+#include "config/list_records.h"
 
 #include <gtk/gtk.h>
 

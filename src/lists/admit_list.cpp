@@ -2,6 +2,8 @@
 #include "lists/admit_list.h"
 
 #include "app/mg_err.h"
+#include "config/records.h"
+#include "config/tokens.h"
 #include "dialog/detached_rows.h"
 #include "dialog/make_dialog.h"
 #include "dialog/open_dialogs.h"

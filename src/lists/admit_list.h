@@ -3,7 +3,7 @@
 // Every handler finds its dialog at the back of stackAdmitDialog. On the toolkit's thread only.
 #pragma once
 
-#include "config/records.h"
+#include "config/list_records.h"
 #include "dialog/mg_dialog.h"
 
 #include <string>

@@ -2,7 +2,7 @@
 // with it, and everything that depends on the mode is looked up here. On the toolkit's thread only.
 #pragma once
 
-#include "config/records.h"
+#include "config/list_records.h"
 #include "dialog/make_dialog.h"
 
 #include <deque>

@@ -2,6 +2,7 @@
 #include "lists/crypto_picker.h"
 
 #include "app/mg_err.h"
+#include "config/records.h"
 #include "dialog/make_dialog.h"
 #include "dialog/open_dialogs.h"
 #include "editor/validation.h"

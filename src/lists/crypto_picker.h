@@ -3,9 +3,18 @@
 // toolkit's thread only.
 #pragma once
 
-#include "config/records.h"
-
+#include <string>
 #include <vector>
+
+// One crypto profile as the provider lists it; never stored as such.
+struct MGCrypto {
+    std::string name;
+    std::string psp;  // personal store of the user
+    std::string lsp;  // local store of the user
+    std::string ldap; // network store
+
+    bool operator==(const MGCrypto&) const = default;
+};
 
 // Appends a record for each crypto profile of the provider, in its order. Throws MGErr: the library or one of its
 // functions is missing, or a call failed.

@@ -2,7 +2,7 @@
 // walks it. Column 0 is the [v] mark, which is no field. On the toolkit's thread only.
 #pragma once
 
-#include "config/records.h"
+#include "config/tokens.h"
 #include "dialog/mg_dialog.h"
 
 #include <span>

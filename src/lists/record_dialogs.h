@@ -4,7 +4,7 @@
 // only.
 #pragma once
 
-#include "config/records.h"
+#include "config/list_records.h"
 #include "dialog/mg_dialog.h"
 
 #include <string>

@@ -2,7 +2,7 @@
 // small dialog tells where the file is and opens it in the external viewer. On the toolkit's thread only.
 #pragma once
 
-#include "config/records.h"
+#include "config/list_records.h"
 
 #include <string>
 #include <vector>

@@ -4,6 +4,7 @@
 
 #include "app/log.h"
 #include "app/mg_err.h"
+#include "config/tokens.h"
 #include "net/report_rows.h"
 
 using namespace vorma;

@@ -3,7 +3,8 @@
 // Used by several threads at once, each with reports and records of its own.
 #pragma once
 
-#include "config/records.h"
+#include "config/list_records.h"
+#include "config/tokens.h"
 #include "runtime/mg_info.h"
 
 #include <array>

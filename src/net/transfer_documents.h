@@ -5,7 +5,8 @@
 // as many rows as they say; it judges no value. Any thread may call these.
 #pragma once
 
-#include "config/records.h"
+#include "config/action_records.h"
+#include "config/list_records.h"
 
 #include <cstdint>
 #include <string>

@@ -5,6 +5,7 @@
 #include "config/profile_file.h"
 #include "config/recovery.h"
 #include "config/scrambling.h"
+#include "config/tokens.h"
 #include "config/xml_tables.h"
 #include "support/faults.h"
 #include "support/temp_dir.h"

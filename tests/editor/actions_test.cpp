@@ -1,5 +1,7 @@
 // The actions of a profile: the list and the vector stay equal whatever the user does, each level of copies drops what
 // it is told to drop, and the five dialogs of an action's parameters show, refuse and give back.
+#include "config/records.h"
+#include "config/tokens.h"
 #include "editor/action_dialogs.h"
 #include "editor/action_list.h"
 #include "editor_fixture.h"

@@ -1,5 +1,5 @@
 // The texts of tokens and flags.
-#include "config/records.h"
+#include "config/tokens.h"
 
 #include "app/mg_err.h"
 
