@@ -102,7 +102,7 @@ void MGSocket::OpenTun(const char* dev) {
         ClearSock(m_tun_sock);
         // Closed on exec: a device that a program started by us kept open would outlive this object.
         FileDescriptor tun(open("/dev/net/tun", O_RDWR | O_CLOEXEC));
-        if (tun.get() < 0) {
+        if (!tun) {
             err.str_param = "O_RDWR";
             fail_errno(err, "Не удалось открыть виртуальный сетевое подключение", "open", "/dev/net/tun");
         }

@@ -85,7 +85,7 @@ void vorma::write_file(const char* file, const uint8_t* data, size_t size, Parti
     MGErr err = error_of("WriteFile", "Ошибка функции записи данных в файл", file);
     refuse_beyond_one_call(err, size, "Ошибка записи данных в файл", "write");
     FileDescriptor fd(open(file, O_CREAT | O_RDWR | O_TRUNC | O_CLOEXEC, file_mode));
-    if (fd.get() < 0)
+    if (!fd)
         fail_errno(err, "Ошибка создания файла", "open",
                    "O_CREAT|O_RDWR|O_TRUNC, S_IRUSR|S_IWUSR|S_IRGRP|S_IWGRP|S_IROTH");
     UnfinishedFile unfinished(fd, file, partial);
@@ -189,7 +189,7 @@ void MGFile::AddFile(const char* file, const uint8_t* data, size_t size) {
         MGErr err = error_of("AddFile", "Ошибка функции добавления данных в файл", file);
         refuse_beyond_one_call(err, size, "Ошибка записи данных в файл", "write");
         FileDescriptor fd(open(file, O_CREAT | O_RDWR | O_CLOEXEC, file_mode));
-        if (fd.get() < 0)
+        if (!fd)
             fail_errno(err, "Ошибка открытия файла", "open", "O_CREAT|O_RDWR, S_IRUSR|S_IWUSR|S_IRGRP|S_IWGRP|S_IROTH");
         if (lseek(fd.get(), 0, SEEK_END) < 0)
             fail_errno(err, "Ошибка установки указателя в конец файла", "lseek", "SEEK_END");

@@ -109,7 +109,7 @@ void vorma::copy_in_pieces(const char* from, const char* to, bool test_size, siz
     const FileDescriptor source = open_source(err, from);
     refuse_itself(err, source, to);
     FileDescriptor target(open(to, O_CREAT | O_RDWR | O_TRUNC | O_CLOEXEC, file_mode));
-    if (target.get() < 0)
+    if (!target)
         fail_errno(err, "Ошибка создания файла", "open",
                    "O_CREAT|O_RDWR|O_TRUNC, S_IRUSR|S_IWUSR|S_IRGRP|S_IWGRP|S_IROTH");
     UnfinishedFile unfinished(target, to, partial);

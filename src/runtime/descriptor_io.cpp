@@ -40,7 +40,7 @@ FileDescriptor vorma::open_regular(MGErr& err, const char* file, const char* mes
     FileDescriptor fd;
     if (S_ISREG(info.st_mode)) {
         fd.reset(open(file, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)); // the name may have changed hands since
-        if (fd.get() < 0 || fstat(fd.get(), &info) != 0) fail_errno(err, mess_2, func_2, opt_param);
+        if (!fd || fstat(fd.get(), &info) != 0) fail_errno(err, mess_2, func_2, opt_param);
     }
     if (S_ISREG(info.st_mode)) return fd;
     if (*opt_param) err.opt_param = opt_param;
@@ -107,7 +107,7 @@ void vorma::fail_short(MGErr& err, const char* mess_2, const char* func_2) {
 const char* vorma::overwrite_file(const char* file, const uint8_t* data, size_t size) noexcept {
     FileDescriptor fd(open(file, O_CREAT | O_RDWR | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, file_mode));
     struct stat old;
-    if (fd.get() < 0) return "open";
+    if (!fd) return "open";
     if (fstat(fd.get(), &old) != 0) return "fstat";
     const bool regular = S_ISREG(old.st_mode); // anything else has neither room nor length
     if (regular && !reserve(fd.get(), old, data, size)) {

@@ -22,6 +22,7 @@ public:
         return *this;
     }
 
+    explicit operator bool() const { return fd_ >= 0; } // one is held
     int get() const { return fd_; }
     // Hands the descriptor over to the caller.
     int release() {
@@ -33,7 +34,7 @@ public:
     [[nodiscard]] bool finish() { return close(release()) == 0; }
     // Closes what is held and takes fd instead.
     void reset(int fd = -1) {
-        if (fd_ >= 0) close(fd_);
+        if (*this) close(fd_);
         fd_ = fd;
     }
 

@@ -139,7 +139,7 @@ bool MGFile::TestDirOnReadAndWriteAccess(const std::string& dir) {
         const std::vector<uint8_t> written = {'1', '2', '3', '4', '5', '6', '7', '8'};
         std::vector<uint8_t> read;
         FileDescriptor fd(open(file.c_str(), O_CREAT | O_RDWR | O_TRUNC | O_CLOEXEC | O_NONBLOCK, file_mode));
-        if (fd.get() < 0) return false; // what can't be opened is not ours to remove
+        if (!fd) return false; // what can't be opened is not ours to remove
         const bool kept = write_whole(fd.get(), written.data(), written.size()) && fd.finish();
         try {
             if (kept) ReadFileVector(file, read);

@@ -40,7 +40,7 @@ void take_guard(const char* function, const std::string& name, bool release) {
     if (name.empty()) fail(err, "Не задан идентификатор профиля", "m_socket_name.empty()");
 
     FileDescriptor guard(socket(PF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    if (guard.get() < 0) fail_errno(err, "Ошибка функции установки сокета", "socket", "(PF_UNIX, SOCK_STREAM, 0)");
+    if (!guard) fail_errno(err, "Ошибка функции установки сокета", "socket", "(PF_UNIX, SOCK_STREAM, 0)");
     const sockaddr_un address = guard_address(name);
     if (bind(guard.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
         fail_errno(err, "Ошибка функции привязки сокета к адресу", "bind", "AF_UNIX");

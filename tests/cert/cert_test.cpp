@@ -267,6 +267,7 @@ TEST(MGCert, RefusesWithTheCode) {
         {"a byte too much", longer("certificate"), &MGCert::ParsCert, 0xeeee0012},
         {"nothing inside", hex("30 00"), &MGCert::ParsCert, 0xeeee0016},
         {"signature with unused bits", hex("30 0a 30 02 05 00 30 00 03 02 01 80"), &MGCert::ParsCert, 0xeeee0014},
+        {"signature with eight", hex("30 0a 30 02 05 00 30 00 03 02 08 80"), &MGCert::ParsCert, 0xeeee0006},
         {"ends in GeneralizedTime", golden("late"), &MGCert::ParsCert, 0xeeee000d},
         {"envelope: a byte too much", longer("sealed"), &MGCert::SkipReqR2c, 0xeeee0022},
         {"envelope: other type", hex("30 0b 06092a864886f70d010701"), &MGCert::SkipReqPse, 0xeeee0024},

@@ -62,6 +62,21 @@ struct ChangedWorld : World {
     }
 };
 
+void build_and_read(World& w) {
+    MGLibxml xml;
+    xml.AddDocComment("comment");
+    xmlNode* node = xml.AddChildToNode(xml.AddDocRoot("a"), "b");
+    xml.SetTextProp(node, "t", "& and <");
+    xml.SetNumberProp(node, "n", -1);
+    xml.SetStringContentToNode(node, w.mode);
+    xml.SetLenContentToNode(node, "abc", 2);
+    xml.SaveString(w.text);
+    const MGLibxml again(w.text.c_str(), 0);
+    node = again.GetFirstChildren(again.GetRoot(), "b");
+    again.GetTextProp(node, "n");
+    EXPECT_EQ(again.GetStringProp(node, "t") + again.GetStringContentFromNode(node), "& and <ab");
+}
+
 } // namespace
 
 TEST(ConfigFaults, LeaveFilesWholeAndNothingElse) {
@@ -70,35 +85,20 @@ TEST(ConfigFaults, LeaveFilesWholeAndNothingElse) {
     example.change();
     after = example.saved();
     const Fallible<ChangedWorld> rows[] = {
-        {"MGLibxml(file)", [](World& w) { MGLibxml(w.master.c_str()); }},
-        {"MGLibxml(text)", [](World& w) { MGLibxml(w.document.c_str(), 0); }},
-        {"building and reading",
-         [](World& w) {
-             MGLibxml xml;
-             xml.AddDocComment("comment");
-             xmlNode* node = xml.AddChildToNode(xml.AddDocRoot("a"), "b");
-             xml.SetTextProp(node, "t", "& and <");
-             xml.SetNumberProp(node, "n", -1);
-             xml.SetStringContentToNode(node, w.mode);
-             xml.SetLenContentToNode(node, "abc", 2);
-             xml.SaveString(w.text);
-             const MGLibxml again(w.text.c_str(), 0);
-             node = again.GetFirstChildren(again.GetRoot(), "b");
-             again.GetTextProp(node, "n");
-             EXPECT_EQ(again.GetStringProp(node, "t") + again.GetStringContentFromNode(node), "& and <ab");
-         }},
-        {"read_config_file", [](World& w) { read_config_file(&w.context); }},
-        {"read_profile_file", [](World& w) { read_profile_file(&w.context, 0); }},
-        {"write_config_file", [](World& w) { write_config_file(&w.context); }},
-        {"write_profile_file", [](World& w) { write_profile_file(&w.context, 0); }},
-        {"make_reserve_copy", [](World& w) { make_reserve_copy(w.master); }},
-        {"advise_on_config_file", [](World& w) { advise_on_config_file(w.err, w.context); }},
-        {"advise_on_profile_file", [](World& w) { advise_on_profile_file(w.err, w.context, 0); }},
-        {"storable_text", [](World& w) { storable_text(w.odd); }},
-        {"code_string", [](World& w) { decode_string(code_string(w.odd)); }},
-        {"find_subject_in_admit",
-         [](World& w) { find_subject_in_admit(w.context.profiles[0].config.admit, w.document, w.index); }},
-        {"texts of tokens", [](World& w) { get_same_file_txt_mode(w.mode), get_action_txt_type(w.type); }},
+        OF(MGLibxml(w.master.c_str())),
+        OF(MGLibxml(w.document.c_str(), 0)),
+        OF(build_and_read(w)),
+        OF(read_config_file(&w.context)),
+        OF(read_profile_file(&w.context, 0)),
+        OF(write_config_file(&w.context)),
+        OF(write_profile_file(&w.context, 0)),
+        OF(make_reserve_copy(w.master)),
+        OF(advise_on_config_file(w.err, w.context)),
+        OF(advise_on_profile_file(w.err, w.context, 0)),
+        OF(storable_text(w.odd)),
+        OF(decode_string(code_string(w.odd))),
+        OF(find_subject_in_admit(w.context.profiles[0].config.admit, w.document, w.index)),
+        OF(get_same_file_txt_mode(w.mode), get_action_txt_type(w.type)),
     };
     for_each_fault(rows, [](World& w, bool) {
         MGLibxml(); // what of libxml2 was left half made goes with the next document

@@ -166,6 +166,7 @@ TEST_F(ProfileEditor, ChoosesForTheEntryOfTheIconWhatCanBeStored) {
     std::filesystem::create_directory(odd);
     for (const char* name : {"a\x02", "file.txt"}) home.write(name, "");
     MGAction action;
+    OpenDialog queue{QueueDialog, "dialog_queue", ""};
     const struct {
         const char* dialog;
         std::function<void()> open;
@@ -178,6 +179,7 @@ TEST_F(ProfileEditor, ChoosesForTheEntryOfTheIconWhatCanBeStored) {
         {"dialog_send", [&] { set_action_send(action.send); }, {"send_catalog", "send_file"}},
         {"dialog_copy", [&] { set_action_copy(action.copy); }, {"copy_catalog", "copy_file", "copy_catalog_to"}},
         {"dialog_exist", [&] { set_action_exist(action.exist); }, {"exist_catalog", "exist_file"}},
+        {"dialog_queue", [&] { queue->Show(), queue->Run(); }, {"in_dir", "out_dir", "ticket_dir"}},
     };
     const auto expect_choice = [&](UiWindow window, const std::string& icon) {
         SCOPED_TRACE(icon);

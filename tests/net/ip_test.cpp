@@ -50,6 +50,12 @@ TEST(MGIp, ParsesWhatOthersBuilt) {
     EXPECT_TRUE(ip.IsIp());
     ip.Parse();
     EXPECT_EQ(ip.Print2String(), read_file(GOLDEN "/packet.txt")) << "each number as the builder was given it";
+    MGIp fresh; // and one that is cleared are alike
+    ip.ClearParse();
+    for (const uint8_t protocol : {uint8_t{0}, uint8_t{6}, uint8_t{17}}) {
+        fresh.m_protocol = ip.m_protocol = protocol;
+        EXPECT_EQ(fresh.Print2String(), ip.Print2String());
+    }
     ip.m_packet[36] = 0;
     const Bytes damaged = ip.m_buf;
     EXPECT_EQ(condition_of([&] { ip.Parse(); }), "checksum");
@@ -129,6 +135,9 @@ TEST(MGIp, ChangesAndBuildsWhatOthersWouldBuild) {
     bare.m_len = 28, bare.m_udp_len = 8;
     for (int time = 0; time < 2; ++time)
         EXPECT_EQ(condition_of([&] { bare.MakeIp(), bare.MakeUdp(), bare.Parse(); }), "");
+    bare.m_len = 29, bare.m_udp_len = 9, bare.MakeIp();
+    bare.m_udp_data = bare.m_packet + 29; // its end, where no byte is left
+    EXPECT_EQ(condition_of([&] { bare.MakeUdp(); }), "(m_udp_data + m_udp_len - 8)");
 }
 
 TEST(MGIp, ChecksumsAgreeWithAnotherReckoning) {

@@ -86,74 +86,46 @@ uint16_t port_of(int sock) {
     return ntohs(address.sin_port);
 }
 
+void make_texts_and_bytes(World& w) {
+    at_edge("results", [&] {
+        convert_ip_to_net("10.200.200.200/9", w.other);
+        sprintf_buf(w.text.data(), w.text.size());
+        MGIp::IpUint32ToStr(0xFFFFFFFF, true);
+        MGIp::Append2Vector(w.data, w.text.data(), w.text.size());
+        Utf8toAnsi1251(w.text);
+    });
+}
+
 TEST(NetFaults, OfConnectionsLeaveNothing) {
     std::signal(SIGPIPE, SIG_IGN);
     const Fallible<World> rows[] = {
-        {"Connect, RecvAccept",
-         [](World& w) {
-             w.server.Init();
-             w.server.BindAndListen(w.address, 0);
-             w.client.Init();
-             w.client.Connect(w.address, port_of(w.server.m_sock));
-             if (!w.client.SendPoll(w.client.m_sock) || !w.server.RecvAccept()) throw MGExit(0);
-         }},
-        {"SendData", [](World& w) { w.client.SendData(Ends(accepted).ours.get(), w.data); }},
-        {"RecvData", [](World& w) { w.client.RecvData(Ends(message).ours.get(), w.data); }},
-        {"TlsSendData", [](World& w) { w.client.TlsSendData(w.no_tls, &w.signal, Ends(accepted).ours.get(), w.data); }},
-        {"TlsRecvData",
-         [](World& w) { w.client.TlsRecvData(w.no_tls, &w.signal, Ends(message).ours.get(), w.data, 0, 16); }},
-        {"RecvPollWait2",
-         [](World& w) {
-             const Ends one(message), other(message);
-             bool from_1, from_2;
-             w.client.RecvPollWait2(one.ours.get(), other.ours.get(), &w.signal, from_1, from_2, true, true);
-         }},
-        {"MakeUdp",
-         [](World& w) {
-             w.packet.MakeUdpForExit("10.0.0.1");
-             w.packet.Parse();
-             w.packet.Print2String();
-             w.packet.MakeIp(); // of its own data
-             MGIp fragment;
-             MGSocket::MakeFragment(w.packet.m_packet, fragment, 0, true, 16, true);
-             fragment.Parse(true, true);
-             fragment.Change(1, 0, 0, 0);
-         }},
-        {"interfaces",
-         [](World& w) {
-             bool loopback, up, running;
-             w.client.IsDev(w.device, loopback, up, running, w.ips);
-             w.client.GetIps(w.address, w.ips);
-             w.client.GetLocalIps(w.ips);
-             w.client.FindDevs(w.devs);
-             w.client.GetMac(w.device);
-             get_dev_ips(w.device, w.ips);
-         }},
-        {"PrintDevs", [](World& w) { MGSocket::PrintDevs(w.printed); }},
-        {"ReadTun", [](World& w) { MGSocket::ReadTun(Ends(message).ours.get(), w.data.data(), w.data.size()); }},
-        {"texts and bytes",
-         [](World& w) {
-             at_edge("results", [&] {
-                 convert_ip_to_net("10.200.200.200/9", w.other);
-                 sprintf_buf(w.text.data(), w.text.size());
-                 MGIp::IpUint32ToStr(0xFFFFFFFF, true);
-                 MGIp::Append2Vector(w.data, w.text.data(), w.text.size());
-                 Utf8toAnsi1251(w.text);
-             });
-         }},
+        OF(w.server.Init(); w.server.BindAndListen(w.address, 0); w.client.Init();
+           w.client.Connect(w.address, port_of(w.server.m_sock));
+           if (!w.client.SendPoll(w.client.m_sock) || !w.server.RecvAccept()) throw MGExit(0)),
+        OF(w.client.SendData(Ends(accepted).ours.get(), w.data)),
+        OF(w.client.RecvData(Ends(message).ours.get(), w.data)),
+        OF(w.client.TlsSendData(w.no_tls, &w.signal, Ends(accepted).ours.get(), w.data)),
+        OF(w.client.TlsRecvData(w.no_tls, &w.signal, Ends(message).ours.get(), w.data, 0, 16)),
+        OF(const Ends one(message), other(message); bool from_1, from_2;
+           w.client.RecvPollWait2(one.ours.get(), other.ours.get(), &w.signal, from_1, from_2, true, true)),
+        OF(w.packet.MakeUdpForExit("10.0.0.1"); w.packet.Parse(); w.packet.Print2String(); w.packet.MakeIp();
+           MGIp fragment; MGSocket::MakeFragment(w.packet.m_packet, fragment, 0, true, 16, true);
+           fragment.Parse(true, true); fragment.Change(1, 0, 0, 0)),
+        OF(bool loopback, up, running; w.client.IsDev(w.device, loopback, up, running, w.ips);
+           w.client.GetIps(w.address, w.ips); w.client.GetLocalIps(w.ips); w.client.FindDevs(w.devs);
+           w.client.GetMac(w.device); get_dev_ips(w.device, w.ips)),
+        OF(MGSocket::PrintDevs(w.printed)),
+        OF(MGSocket::ReadTun(Ends(message).ours.get(), w.data.data(), w.data.size())),
+        OF(make_texts_and_bytes(w)),
     };
     for_each_fault(rows);
 }
 
 TEST(NetFaults, OfDevicesLeaveNothing) {
     const Fallible<World> rows[] = {
-        {"OpenTun", [](World& w) { w.client.OpenTun("faulty"); }},
-        {"SendIp",
-         [](World& w) {
-             w.client.InitRaw(IPPROTO_RAW);
-             MGSocket::SetIpHdrIncl(w.client.GetRawSock());
-             MGSocket::SendIp(w.client.GetRawSock(), w.long_packet.data(), w.long_packet.size());
-         }},
+        OF(w.client.OpenTun("faulty")),
+        OF(w.client.InitRaw(IPPROTO_RAW); MGSocket::SetIpHdrIncl(w.client.GetRawSock());
+           MGSocket::SendIp(w.client.GetRawSock(), w.long_packet.data(), w.long_packet.size())),
     };
     bool granted = false;
     std::thread([&] {
@@ -166,30 +138,17 @@ TEST(NetFaults, OfDevicesLeaveNothing) {
 
 TEST(NetFaults, OfDocumentsLeaveNothing) {
     const Fallible<World> rows[] = {
-        {"file_header", [](World& w) { write_file_header(w.send, 1, w.text), read_file_header(w.text, w.file); }},
-        {"file_crc", [](World& w) { write_file_crc(1, w.text), read_file_crc(w.text, w.file); }},
-        {"file2_header",
-         [](World& w) {
-             write_file2_header(w.send.file, w.send.file, 1, 1, w.text);
-             read_file2_header(w.text, w.other, w.other, w.size, w.size);
-         }},
-        {"gw_client", [](World& w) { write_gw_client(w.dev, w.text), read_gw_client(w.text, w.dev); }},
-        {"file_client",
-         [](World& w) {
-             write_file_client(w.queue, w.send.file, w.send.file, w.send.file, w.text);
-             read_file_client(w.text, w.queue, w.other, w.other, w.other);
-         }},
-        {"tickets",
-         [](World& w) {
-             write_file_ticket("XML", w.send.file, 1, w.data, w.text);
-             write_file_ticket("TXT", w.send.file, 1, w.data, w.text);
-         }},
-        {"print_selected_profile",
-         [](World& w) {
-             LogFileGlobal.SetResultFile(w.result.c_str());
-             print_selected_profile(w.profile);
-             print_info_dev(w.info, w.dev);
-         }},
+        OF(write_file_header(w.send, 1, w.text), read_file_header(w.text, w.file)),
+        OF(write_file_crc(1, w.text), read_file_crc(w.text, w.file)),
+        OF(write_file2_header(w.send.file, w.send.file, 1, 1, w.text);
+           read_file2_header(w.text, w.other, w.other, w.size, w.size)),
+        OF(write_gw_client(w.dev, w.text), read_gw_client(w.text, w.dev)),
+        OF(write_file_client(w.queue, w.send.file, w.send.file, w.send.file, w.text);
+           read_file_client(w.text, w.queue, w.other, w.other, w.other)),
+        OF(write_file_ticket("XML", w.send.file, 1, w.data, w.text);
+           write_file_ticket("TXT", w.send.file, 1, w.data, w.text)),
+        OF(LogFileGlobal.SetResultFile(w.result.c_str()); print_selected_profile(w.profile);
+           print_info_dev(w.info, w.dev)),
     };
     for_each_fault(rows);
 }
@@ -229,22 +188,11 @@ TEST(NetFaults, OfTheProviderLeaveNothing) {
     const ProviderTest provider;
     void* const pinned = dlopen(provider_library.c_str(), RTLD_LAZY);
     const Fallible<ProviderWorld> rows[] = {
-        {"InitLib, Initialize, CopyTrelm", [](ProviderWorld& w) { w.start(w.bridge), w.bridge.CopyTrelm(w.copy); }},
-        {"Tls",
-         [](ProviderWorld& w) {
-             w.start(w.bridge);
-             w.start(w.far_end);
-             shake_hands(w.bridge, w.far_end);
-             w.bridge.TlsQuery(1, w.data);
-             w.bridge.TlsWrite(w.data, w.data);
-             w.far_end.TlsRead(w.data, w.data, false);
-         }},
-        {"SignFileDetached, VerifyFileDetached",
-         [](ProviderWorld& w) {
-             w.start(w.bridge);
-             w.bridge.SignFileDetached(w.signed_file, w.signature, 20);
-             w.bridge.VerifyFileDetached(w.signed_file, w.signature, 20, w.data);
-         }},
+        OF(w.start(w.bridge), w.bridge.CopyTrelm(w.copy)),
+        OF(w.start(w.bridge); w.start(w.far_end); shake_hands(w.bridge, w.far_end); w.bridge.TlsQuery(1, w.data);
+           w.bridge.TlsWrite(w.data, w.data); w.far_end.TlsRead(w.data, w.data, false)),
+        OF(w.start(w.bridge); w.bridge.SignFileDetached(w.signed_file, w.signature, 20);
+           w.bridge.VerifyFileDetached(w.signed_file, w.signature, 20, w.data)),
     };
     for_each_fault(rows);
     dlclose(pinned);

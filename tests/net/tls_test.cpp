@@ -11,11 +11,13 @@
 #include <dlfcn.h>
 #include <numeric>
 #include <optional>
+#include <regex>
 #include <thread>
 
 namespace {
 
 using testing::HasSubstr;
+using testing::MatchesRegex;
 using namespace std::string_literals;
 
 struct Trelm : MGTrelm {
@@ -52,6 +54,7 @@ struct End {
 // `limit` bytes have passed, carries no more: both sides then see the other close.
 struct Conversation {
     const ProviderTest provider;
+    const TempDir logs;
     Trelm client_trelm, server_trelm;
     size_t piece = 17408;
     size_t limit = SIZE_MAX;
@@ -64,6 +67,8 @@ struct Conversation {
         TcpPair client_end, server_end;
         MGSocket client_socket;
         client_socket.SetSendSock(client_end.peer.release());
+        client_socket.SetDebugLogFile(logs.path("client").c_str());
+        client_socket.SetDebugLog(true, true);
         std::thread client_thread([&] {
             client = outcome([&] {
                 if (!client_socket.TlsClientAuth(nullptr, client_trelm, "vorma.test", options)) return false;
@@ -159,18 +164,20 @@ TEST(TlsTransport, AnOrderlyEndFollowsAPeersCloseAnywhere) {
         }
 }
 
-// The peer asks for a new handshake while the client waits for a message.
+// The peer asks for a new handshake while the client waits for a message. The log of both tells every step.
 TEST(TlsTransport, AWaitSitsThroughANewHandshake) {
     Conversation talk;
     talk.run(
         [](const End& end) {
             Bytes data{'!'};
+            end.socket.TlsConnSend(end.sock, end.trelm, data);
             end.socket.TlsConnRecv(end.sock, nullptr, end.trelm, 5, data, true);
             return text(data) == "!news" && end.trelm.TlsComplete();
         },
         [](const End& end) {
             const auto& [socket, sock, trelm] = end;
             Bytes in, out;
+            socket.TlsConnRecv(sock, nullptr, trelm, 1, in, false);
             provider_stand_in.renegotiate = true;
             trelm.TlsWrite({}, out);
             socket.ConnSend(sock, out);
@@ -186,6 +193,8 @@ TEST(TlsTransport, AWaitSitsThroughANewHandshake) {
             return true;
         });
     EXPECT_EQ(talk.client + " " + talk.server, "true true");
+    EXPECT_THAT(std::regex_replace(talk.logs.read("client"), std::regex("\n____DEBUG____.*\n|_data\\.size\\(\\)"), ""),
+                MatchesRegex(read_file(GOLDEN "/tls_log.txt")));
 }
 
 TEST(TlsTransport, OnlyLimitsAndTheFlagEndTheWaitForASilentPeer) {

@@ -61,9 +61,8 @@ struct World {
 };
 
 using Row = Fallible<World>;
-#define OF(...) Row(#__VA_ARGS__, [](World& w) { __VA_ARGS__; })
 // For arguments that are taken by value: making them is the caller's affair.
-#define OF_VALUES(...) Row(#__VA_ARGS__, [](World& w) { vorma::at_edge("arguments", [&] { __VA_ARGS__; }); })
+#define OF_VALUES(...) OF(vorma::at_edge("arguments", [&] { __VA_ARGS__; }))
 
 size_t failed_closes = 0; // that an operation told
 

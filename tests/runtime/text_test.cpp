@@ -161,7 +161,7 @@ TEST(Arguments, MayBeResultsToo) {
     EXPECT_EQ(text, "a text of its own");
     file.OpenFileBuf(dir.path(plain));
     file.OpenFileBuf(file.m_file_name), file.CloseFileBuf();
-    list = {" the first of two lines \nthe second\nthe rest"};
+    list = {"the first of two lines \n the second\nthe rest"};
     MGFile::SplitBlockOnSubStrings(list[0], list, false);
     EXPECT_EQ(list, (Texts{"the first of two lines", "the second"}));
     list = {stem};

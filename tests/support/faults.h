@@ -12,6 +12,10 @@ struct Fallible {
     const char* name;
     std::function<void(World&)> run;
 };
+// A row of a table of them, named by its own text.
+// clang-format off
+#define OF(...) {#__VA_ARGS__, [](auto& w) { __VA_ARGS__; }}
+// clang-format on
 
 namespace faults {
 
