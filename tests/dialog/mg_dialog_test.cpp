@@ -243,13 +243,18 @@ TEST(AtHandler, WhatIsThrownIsLoggedAndShown) {
     EXPECT_THAT(dir.read("editor.log"), HasSubstr(text));
 }
 
+GtkListStore* store_of_three(MGDialog& dialog) {
+    GtkListStore* store = GTK_LIST_STORE(dialog.GetObject("store"));
+    for (const char* text : {"a", "b", "c"}) {
+        dialog.ListStoreAppend(store);
+        dialog.ListStoreSetString(store, 0, text);
+    }
+    return store;
+}
+
 TEST(Lists, KeepTheCurrentRowWhereNoneIsFound) {
     const auto dialog = make();
-    GtkListStore* store = GTK_LIST_STORE(dialog->GetObject("store"));
-    for (const char* text : {"a", "b", "c"}) {
-        dialog->ListStoreAppend(store);
-        dialog->ListStoreSetString(store, 0, text);
-    }
+    GtkListStore* store = store_of_three(*dialog);
     ASSERT_TRUE(dialog->ListStoreGetRow(store, "1"));
     EXPECT_FALSE(dialog->ListStoreGetRow(store, "7"));
     EXPECT_FALSE(dialog->ListStoreGetRowIndex(store, 3));
@@ -258,11 +263,39 @@ TEST(Lists, KeepTheCurrentRowWhereNoneIsFound) {
     EXPECT_EQ(UiWindow(dialog->window).table("view"), (Rows{{"a"}, {"c"}}));
 }
 
+TEST(Lists, MoveTheOneRowThatCanBeSelected) {
+    const auto dialog = make();
+    GtkListStore* store = store_of_three(*dialog);
+    const struct {
+        bool (MGDialog::*move)(GtkListStore*);
+        int row;
+        bool moves;
+        Rows after;
+    } steps[] = {
+        {&MGDialog::ListStoreMoveUp, 0, false, {{"a"}, {"b"}, {"c"}}},
+        {&MGDialog::ListStoreMoveUp, 2, true, {{"a"}, {"c"}, {"b"}}},
+        {&MGDialog::ListStoreMoveDown, 2, false, {{"a"}, {"c"}, {"b"}}},
+        {&MGDialog::ListStoreMoveDown, 0, true, {{"c"}, {"a"}, {"b"}}},
+        {&MGDialog::ListStoreMoveTop, 0, false, {{"c"}, {"a"}, {"b"}}},
+        {&MGDialog::ListStoreMoveTop, 2, true, {{"b"}, {"c"}, {"a"}}},
+        {&MGDialog::ListStoreMoveBottom, 2, false, {{"b"}, {"c"}, {"a"}}},
+        {&MGDialog::ListStoreMoveBottom, 0, true, {{"c"}, {"a"}, {"b"}}},
+    };
+    for (const auto& step : steps) {
+        SCOPED_TRACE(testing::Message() << &step - steps);
+        UiWindow(dialog->window).select("view", {step.row});
+        ASSERT_TRUE(dialog->TreeViewGetSelection(GTK_TREE_VIEW(dialog->GetObject("view")), &store));
+        EXPECT_EQ((*dialog.*step.move)(store), step.moves);
+        EXPECT_EQ(UiWindow(dialog->window).table("view"), step.after);
+    }
+}
+
 TEST(Lists, WalkATree) {
     const auto dialog = make();
     GtkTreeStore* tree = GTK_TREE_STORE(dialog->GetObject("tree_store"));
     GtkTreeView* tree_view = GTK_TREE_VIEW(dialog->GetObject("tree"));
     for (int root = 0; root < 2; ++root) dialog->TreeStoreAppendRoot(tree);
+    EXPECT_FALSE(dialog->TreeStoreGetSelection(tree_view, &tree) || dialog->TreeStoreAppendChild(tree_view, &tree));
     UiWindow(dialog->window).select("tree", {1});
     for (int child = 0; child < 2; ++child) ASSERT_TRUE(dialog->TreeStoreAppendChild(tree_view, &tree));
     ASSERT_TRUE(dialog->TreeStoreGetParentRow(tree));
