@@ -192,6 +192,21 @@ TEST_F(Log, RepeatsAreWrittenThreeTimesWithinTheHour) {
 }
 
 // The locales are made for the test: a machine seldom has them.
+TEST(MGErr, TellsEveryFieldThatIsSet) {
+    MGErr err;
+    char letter = 'a';
+    for (auto field :
+         {&MGErr::mess_1, &MGErr::mess_2, &MGErr::func_1, &MGErr::func_2, &MGErr::str_param, &MGErr::opt_param,
+          &MGErr::ext_param, &MGErr::ext_2_param, &MGErr::ext_3_param, &MGErr::err_description})
+        err.*field = letter++;
+    err.num_param = 1, err.num_2_param = -2, err.num_3_param = 3;
+    err.uint32_param = 4, err.uint32_2_param = 5, err.err_code = -6;
+    testing::internal::CaptureStdout();
+    err.Printf();
+    MGErr().Printf();
+    EXPECT_EQ(testing::internal::GetCapturedStdout() + err.GetString(), read_file(GOLDEN "/error.txt"));
+}
+
 TEST(MGErr, TextsOfTheSystemAreUtf8InEveryCharset) {
     const TempDir dir;
     for (const std::string charset : {"KOI8-R", "ISO-8859-1"}) {

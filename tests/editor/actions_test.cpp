@@ -188,49 +188,33 @@ TEST_F(ActionDialogs, GiveBackEitherTargetWhatIsShownAsADefaultAndRememberWhatWa
 
 TEST_F(ActionDialogs, RefuseOneFaultAfterTheOther) {
     constexpr const char* blank = "Запещен ввод пустых строк.";
-    MGAction action; // stays as it is
-    const struct {
-        std::function<bool()> open;
-        const char *dialog, *ok;
-        std::vector<Check> checks;
-    } table[] = {
-        {[&] { return set_action_console(action.console); },
-         "dialog_console",
-         "button_console_ok",
-         {{"entry_console_prog= ", blank, "entry_console_prog"}}},
-        {[&] { return set_action_send(action.send); },
-         "dialog_send",
-         "button_send_ok",
-         {{"entry_send_ip= ", "Необходимо задать IP адрес или домен.", "entry_send_ip"},
-          {"entry_send_ip=1.2.3", "Необходимо задать IP адрес в формате NNN.NNN.NNN.NNN", "entry_send_ip"},
-          {"entry_send_domen=h", "Нельзя задавать IP адрес и домен одновременно. Нужен только один из двух.",
-           "entry_send_ip"},
-          {"entry_send_ip=\t", blank, "entry_send_catalog"},
-          {"entry_send_catalog=from", blank, "entry_send_file"}}},
-        {[&] { return set_action_copy(action.copy); },
-         "dialog_copy",
-         "button_copy_ok",
-         {{"entry_copy_catalog= ", blank, "entry_copy_catalog"},
-          {"entry_copy_catalog=from", blank, "entry_copy_file"},
-          {"entry_copy_file=file", blank, "entry_copy_catalog_to"}}},
-        {[&] { return set_action_runprog(action.runprog); },
-         "dialog_runprog",
-         "button_runprog_ok",
-         {{"entry_run_param=a", blank, "entry_run_prog"}}},
-        {[&] { return set_action_exist(action.exist); },
-         "dialog_exist",
-         "button_copy_ok1",
-         {{"entry_exist_content=  ", blank, "entry_exist_catalog"},
-          {"entry_exist_catalog=from", blank, "entry_exist_file"},
-          {"entry_exist_file=f", "Пустая строка не должна содержать некорректные символы заполнения.",
-           "entry_exist_content"}}},
-    };
-    for (const auto& row : table) {
+    const auto refuses = []<class Record>(bool (*edit)(Record&), const char* dialog, const char* ok,
+                                          const std::vector<Check>& checks) {
+        Record record; // stays as it is
         UiScript script;
-        script.checks(row.dialog, row.ok, row.checks).when(row.dialog, [](UiWindow window) { window.close(); });
-        EXPECT_FALSE(row.open()) << row.dialog;
-    }
-    EXPECT_EQ(action, MGAction());
+        script.checks(dialog, ok, checks).when(dialog, [](UiWindow window) { window.close(); });
+        EXPECT_TRUE(!edit(record) && record == Record()) << dialog;
+    };
+    refuses(set_action_console, "dialog_console", "button_console_ok",
+            {{"entry_console_prog= ", blank, "entry_console_prog"}});
+    refuses(set_action_send, "dialog_send", "button_send_ok",
+            {{"entry_send_ip= ", "Необходимо задать IP адрес или домен.", "entry_send_ip"},
+             {"entry_send_ip=1.2.3", "Необходимо задать IP адрес в формате NNN.NNN.NNN.NNN", "entry_send_ip"},
+             {"entry_send_domen=h", "Нельзя задавать IP адрес и домен одновременно. Нужен только один из двух.",
+              "entry_send_ip"},
+             {"entry_send_ip=\t", blank, "entry_send_catalog"},
+             {"entry_send_catalog=from", blank, "entry_send_file"}});
+    refuses(set_action_copy, "dialog_copy", "button_copy_ok",
+            {{"entry_copy_catalog= ", blank, "entry_copy_catalog"},
+             {"entry_copy_catalog=from", blank, "entry_copy_file"},
+             {"entry_copy_file=file", blank, "entry_copy_catalog_to"}});
+    refuses(set_action_runprog, "dialog_runprog", "button_runprog_ok",
+            {{"entry_run_param=a", blank, "entry_run_prog"}});
+    refuses(set_action_exist, "dialog_exist", "button_copy_ok1",
+            {{"entry_exist_content=  ", blank, "entry_exist_catalog"},
+             {"entry_exist_catalog=from", blank, "entry_exist_file"},
+             {"entry_exist_file=f", "Пустая строка не должна содержать некорректные символы заполнения.",
+              "entry_exist_content"}});
 }
 
 } // namespace

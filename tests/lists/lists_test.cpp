@@ -198,28 +198,12 @@ TEST_F(AddressListTest, TakesAnAddressOnceAllIsRightAndChangesItInItsPlace) {
     init_recv_domen = {"a.example"};
     init_sub_net = {"10.0.0.0/24"};
     init_virtual_ip = {"10.9.0.1/16"};
-    const struct {
-        const char* opener;
-        Addresses MGDev::*list;
-        const char* change;
-        Addresses expected; // what a list does not show stays as it was
-        Cells rows;
-    } kinds[] = {{"button_gw_client_list_adrs",
-                  &MGDev::adrs,
-                  "entry_address_ip=;entry_address_net=;entry_address_name=новый",
-                  {{.domen = "b.example", .name = "новый"}, {.net = "10.1.1.0/24", .name = "имя"}},
-                  {"0||b.example||новый", "0|||10.1.1.0/24|имя"}},
-                 {"button_gw_client_list_virtual",
-                  &MGDev::virt,
-                  "entry_address_ip=10.0.0.1/8;entry_address_name=новый",
-                  {{.ip = "10.0.0.1/8", .domen = "b.example", .net = "10.0.0.0/24", .name = "новый"},
-                   {.ip = "10.1.1.0/24", .name = "имя"}},
-                  {"0|10.0.0.1/8|||новый", "0|10.1.1.0/24|||имя"}}};
-    for (const auto& kind : kinds) {
-        const bool is_virtual = kind.list == &MGDev::virt;
-        config.gw_client.*kind.list = {{.ip = "10.0.0.1", .domen = "b.example", .net = "10.0.0.0/24"}};
+    const auto take = [&](const char* opener, Addresses MGDev::*list, const char* change, const Addresses& after,
+                          const Cells& rows) { // what a list does not show stays as it was
+        const bool is_virtual = list == &MGDev::virt;
+        config.gw_client.*list = {{.ip = "10.0.0.1", .domen = "b.example", .net = "10.0.0.0/24"}};
         MGConfig expected = config;
-        expected.gw_client.*kind.list = kind.expected;
+        expected.gw_client.*list = after;
         script.when("dialog_adrs", [&](UiWindow window) {
             script.when("dialog_address", [&](UiWindow record) {
                 EXPECT_EQ(record.title(), "Добавление адреса");
@@ -228,14 +212,21 @@ TEST_F(AddressListTest, TakesAnAddressOnceAllIsRightAndChangesItInItsPlace) {
             script.checks("dialog_address", "button_address_ok", checks[is_virtual]);
             window.click("button_adrs_add");
             window.select("adrs_view", {0});
-            script.checks("dialog_address", "button_address_ok", {{kind.change}});
+            script.checks("dialog_address", "button_address_ok", {{change}});
             window.click("button_adrs_rename");
-            EXPECT_EQ(rows_of(window, "adrs_view"), kind.rows);
+            EXPECT_EQ(rows_of(window, "adrs_view"), rows);
             window.click("button_adrs_ok");
         });
-        open(kind.opener);
-        EXPECT_TRUE(config == expected) << kind.opener;
-    }
+        open(opener);
+        EXPECT_TRUE(config == expected) << opener;
+    };
+    take("button_gw_client_list_adrs", &MGDev::adrs, "entry_address_ip=;entry_address_net=;entry_address_name=новый",
+         {{.domen = "b.example", .name = "новый"}, {.net = "10.1.1.0/24", .name = "имя"}},
+         {"0||b.example||новый", "0|||10.1.1.0/24|имя"});
+    take("button_gw_client_list_virtual", &MGDev::virt, "entry_address_ip=10.0.0.1/8;entry_address_name=новый",
+         {{.ip = "10.0.0.1/8", .domen = "b.example", .net = "10.0.0.0/24", .name = "новый"},
+          {.ip = "10.1.1.0/24", .name = "имя"}},
+         {"0|10.0.0.1/8|||новый", "0|10.1.1.0/24|||имя"});
     EXPECT_EQ(init_recv_domen, (History{"a.example", "b.example"}));
     EXPECT_EQ(init_sub_net, (History{"10.0.0.0/24", "10.1.1.0/24"}));
     EXPECT_EQ(init_virtual_ip, (History{"10.9.0.1/16", "10.1.1.0/24", "10.0.0.1/8"}));
