@@ -216,6 +216,24 @@ TEST_F(ProfileEditor, ChoosesForTheEntryOfTheIconWhatCanBeStored) {
     });
 }
 
+TEST_F(ProfileEditor, AChosenModeComesIntoView) {
+    show({"own"});
+    configure([](UiWindow window) {
+        gtk_notebook_set_current_page(GTK_NOTEBOOK(window.find("notebook_config")), 4);
+        for (const char* radio : {"radio_init_server", "radio_init_client"}) {
+            GtkWidget* const frame = gtk_widget_get_parent(window.find(radio));
+            GtkWidget* const page = gtk_widget_get_ancestor(frame, GTK_TYPE_SCROLLED_WINDOW);
+            while (gtk_widget_get_allocated_height(frame) < 2) gtk_main_iteration(); // it has no place yet
+            window.set_toggle(radio, true);
+            int top = -1;
+            gtk_widget_translate_coordinates(frame, page, 0, 0, nullptr, &top);
+            const int bottom = top + gtk_widget_get_allocated_height(frame);
+            EXPECT_TRUE(top >= 0 && bottom <= gtk_widget_get_allocated_height(page)) << radio << " at " << top;
+        }
+        window.click(cancel);
+    });
+}
+
 GtkWidget* list_on_top() {
     GtkWidget* grabbing = gtk_grab_get_current();
     return GTK_IS_WINDOW(grabbing) && gtk_window_get_window_type(GTK_WINDOW(grabbing)) == GTK_WINDOW_POPUP ? grabbing
