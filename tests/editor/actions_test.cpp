@@ -187,34 +187,18 @@ TEST_F(ActionDialogs, GiveBackEitherTargetWhatIsShownAsADefaultAndRememberWhatWa
 }
 
 TEST_F(ActionDialogs, RefuseOneFaultAfterTheOther) {
-    constexpr const char* blank = "Запещен ввод пустых строк.";
-    const auto refuses = []<class Record>(bool (*edit)(Record&), const char* dialog, const char* ok,
-                                          const std::vector<Check>& checks) {
+    const auto refuses = []<class Record>(bool (*edit)(Record&), const std::string& name, const char* ok) {
         Record record; // stays as it is
         UiScript script;
-        script.checks(dialog, ok, checks).when(dialog, [](UiWindow window) { window.close(); });
-        EXPECT_TRUE(!edit(record) && record == Record()) << dialog;
+        script.checks("dialog_" + name, ok, checks_of(name));
+        script.when("dialog_" + name, [](UiWindow window) { window.close(); });
+        EXPECT_TRUE(!edit(record) && record == Record()) << name;
     };
-    refuses(set_action_console, "dialog_console", "button_console_ok",
-            {{"entry_console_prog= ", blank, "entry_console_prog"}});
-    refuses(set_action_send, "dialog_send", "button_send_ok",
-            {{"entry_send_ip= ", "Необходимо задать IP адрес или домен.", "entry_send_ip"},
-             {"entry_send_ip=1.2.3", "Необходимо задать IP адрес в формате NNN.NNN.NNN.NNN", "entry_send_ip"},
-             {"entry_send_domen=h", "Нельзя задавать IP адрес и домен одновременно. Нужен только один из двух.",
-              "entry_send_ip"},
-             {"entry_send_ip=\t", blank, "entry_send_catalog"},
-             {"entry_send_catalog=from", blank, "entry_send_file"}});
-    refuses(set_action_copy, "dialog_copy", "button_copy_ok",
-            {{"entry_copy_catalog= ", blank, "entry_copy_catalog"},
-             {"entry_copy_catalog=from", blank, "entry_copy_file"},
-             {"entry_copy_file=file", blank, "entry_copy_catalog_to"}});
-    refuses(set_action_runprog, "dialog_runprog", "button_runprog_ok",
-            {{"entry_run_param=a", blank, "entry_run_prog"}});
-    refuses(set_action_exist, "dialog_exist", "button_copy_ok1",
-            {{"entry_exist_content=  ", blank, "entry_exist_catalog"},
-             {"entry_exist_catalog=from", blank, "entry_exist_file"},
-             {"entry_exist_file=f", "Пустая строка не должна содержать некорректные символы заполнения.",
-              "entry_exist_content"}});
+    refuses(set_action_console, "console", "button_console_ok");
+    refuses(set_action_send, "send", "button_send_ok");
+    refuses(set_action_copy, "copy", "button_copy_ok");
+    refuses(set_action_runprog, "runprog", "button_runprog_ok");
+    refuses(set_action_exist, "exist", "button_copy_ok1");
 }
 
 } // namespace

@@ -6,57 +6,32 @@
 
 namespace {
 
-constexpr const char* blank = "Запещен ввод пустых строк.";
-constexpr const char* one_of_two = "Нужно указать IP адрес или доменное имя";
-constexpr const char* no_id = "Идентификатор содержит недопустимые символы или нарушен его формат.\n"
-                              "Разрешается латинский алфавита в нижнем регистре, цифры и символ подчеркивания.";
 constexpr const char* queue_exists = "Такая очередь уже существует.\nИзмените значение идентификатора.";
-constexpr const char* login_exists = "Такой логин уже существует.\nИзмените значение логина.";
-
-// What each dialog refuses of a new record, and how the next press of OK mends it. The last one is accepted.
-const std::vector<Check> user_checks = {
-    {"check_use_next_send=1;entry_subject_name= \t", blank, "entry_subject_name"},
-    {"entry_subject_name=CN=Петров,O=ООО Ромашка", one_of_two, "entry_subject_send_ip"},
-    {"entry_subject_send_ip=10.0.0.1;entry_subject_send_domen=a.example", one_of_two, "entry_subject_send_ip"},
-    {"entry_subject_send_ip=10.0.0.256;entry_subject_send_domen=",
-     "Необходимо задать IP адрес в формате NNN.NNN.NNN.NNN", "entry_subject_send_ip"},
-    {"entry_subject_send_ip=10.0.0.1", "Необходимо задать номер порта для соединения", "spin_subject_send_port"},
-    {"spin_subject_send_port=65535"}};
-const std::vector<Check> name_checks = {{"", blank, "entry_subject_name_2"}, {"entry_subject_name_2=CN=new"}};
-const std::vector<Check> queue_checks = {{"check_use_ticket_dir=1;check_use_out_sign=1", blank, "entry_id_queue"},
-                                         {"entry_id_queue=q-3", no_id, "entry_id_queue", true},
-                                         {"entry_id_queue=taken", queue_exists, "entry_id_queue", true},
-                                         {"entry_id_queue=123456789", blank, "entry_in_dir"},
-                                         {"entry_in_dir=/in", blank, "entry_out_dir"},
-                                         {"entry_out_dir=/out", blank, "entry_ticket_dir"},
-                                         {"entry_ticket_dir=/t"}};
-const std::vector<Check> client_checks = {{"", blank, "entry_allow_name"},
-                                          {"entry_allow_name=Клиент", blank, "entry_allow_login"}, // a name may repeat
-                                          {"entry_allow_login=Login", no_id, "entry_allow_login", true},
-                                          {"entry_allow_login=taken", login_exists, "entry_allow_login", true},
-                                          {"entry_allow_login=123456789"}}; // a password may be missing
-
-// The same when a record is changed: it is not in its own way.
-const std::vector<Check> no_change = {{""}};
-const std::vector<Check> queue_change = {{"entry_id_queue=taken", queue_exists, "entry_id_queue", true},
-                                         {"entry_id_queue=123456789;entry_in_dir=/new"}};
-const std::vector<Check> client_change = {{"entry_allow_login=taken", login_exists, "entry_allow_login", true},
-                                          {"entry_allow_login=123456789"}};
 
 struct RecordDialog {
     const char *opener, *view, *dialog, *ok;
-    const std::vector<Check>&checks, &change;
-    const char* changed; // its row afterwards
+    const std::vector<Check> checks, change; // of a new record, and of one that is not in its own way
+    const char* changed;                     // its row afterwards
 };
 const RecordDialog dialogs[] = {
-    {"button_admission_list", "admit_view", "dialog_subject", "button_subject_ok", user_checks, no_change,
+    {"button_admission_list",
+     "admit_view",
+     "dialog_subject",
+     "button_subject_ok",
+     checks_of("new user"),
+     {{""}},
      "1|CN=Петров,O=ООО Ромашка|-->|10.0.0.1||65535"},
-    {"button_gw_admission_list", "admit_view_2", "dialog_subject_2", "button_subject_ok_2", name_checks, no_change,
+    {"button_gw_admission_list",
+     "admit_view_2",
+     "dialog_subject_2",
+     "button_subject_ok_2",
+     checks_of("new name"),
+     {{""}},
      "1|CN=new"},
-    {"button_fc_queue", "queue_view", "dialog_queue", "button_subject_ok_1", queue_checks, queue_change,
-     "1|123456789|/new|/out|Да|Да|/t|Нет"},
-    {"button_fs_allow", "allow_view", "dialog_allow", "button_allow_ok", client_checks, client_change,
-     "1|Нет|Клиент|123456789|Да"},
+    {"button_fc_queue", "queue_view", "dialog_queue", "button_subject_ok_1", checks_of("new queue"),
+     checks_of("changed queue"), "1|123456789|/new|/out|Да|Да|/t|Нет"},
+    {"button_fs_allow", "allow_view", "dialog_allow", "button_allow_ok", checks_of("new client"),
+     checks_of("changed client"), "1|Нет|Клиент|123456789|Да"},
 };
 
 class RecordDialogsTest : public ListsTest {
@@ -176,22 +151,6 @@ TEST_F(RecordDialogsTest, TakesTheOwnersNameFromACertificateFile) {
 using Cells = std::vector<std::string>;
 using Addresses = std::vector<MGListAdrs>;
 
-constexpr const char* exactly_one = "Нужно указать IP адрес или доменное имя или подсеть";
-
-// What is refused of a new address, by kind, and how the next press of OK mends it. The last one is accepted.
-const std::vector<Check> checks[] = {
-    {{"entry_address_ip= ", exactly_one, "entry_address_ip"},
-     {"entry_address_net=10.0.0.1/24", "Необходимо задать подсеть в формате NNN.NNN.NNN.0/24", "entry_address_net"},
-     {"entry_address_domen=любое имя", exactly_one, "entry_address_ip"},
-     {"entry_address_domen=;entry_address_net=;entry_address_ip=10.1.1.1/24",
-      "Необходимо задать IP адрес в формате NNN.NNN.NNN.NNN", "entry_address_ip"},
-     {"entry_address_ip=;entry_address_net=10.1.1.0/24;entry_address_name=имя"}},
-    {{"entry_address_name=имя", exactly_one, "entry_address_ip"},
-     {"entry_address_ip=10.1.1.1", "Необходимо задать IP адрес и подсеть в формате NNN.NNN.NNN.NNN/24",
-      "entry_address_ip"},
-     {"entry_address_ip=10.1.1.0/24"}},
-};
-
 using AddressListTest = ListsTest;
 
 TEST_F(AddressListTest, TakesAnAddressOnceAllIsRightAndChangesItInItsPlace) {
@@ -209,7 +168,8 @@ TEST_F(AddressListTest, TakesAnAddressOnceAllIsRightAndChangesItInItsPlace) {
                 EXPECT_EQ(record.title(), "Добавление адреса");
                 EXPECT_EQ(record.label("label_address_ip"), is_virtual ? "xxx.xxx.xxx.xxx/nn" : " ");
             });
-            script.checks("dialog_address", "button_address_ok", checks[is_virtual]);
+            script.checks("dialog_address", "button_address_ok",
+                          checks_of(is_virtual ? "new virtual address" : "new internal address"));
             window.click("button_adrs_add");
             window.select("adrs_view", {0});
             script.checks("dialog_address", "button_address_ok", {{change}});

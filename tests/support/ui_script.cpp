@@ -2,9 +2,12 @@
 // it starts the toolkit, whose warnings fail tests, then GoogleTest.
 #include "support/ui_script.h"
 
+#include "support/temp_dir.h"
+
 #include <algorithm>
 #include <iterator>
 #include <memory>
+#include <regex>
 #include <sstream>
 #include <utility>
 
@@ -218,16 +221,36 @@ UiScript& UiScript::when(const std::string& id, std::function<void(UiWindow)> ac
     return add({id, [id] { return visible_window(id); }, std::move(act)});
 }
 
+std::vector<Check> checks_of(const std::string& name) {
+    const std::string file = read_file(GOLDEN "/refusals.txt"), head = "\n= " + name + "\n";
+    const size_t start = file.find(head) + head.size();
+    std::istringstream lines(file.substr(start, file.find("\n\n", start) - start));
+    const std::regex row("(.*?)(?: \\| (.*?) \\| (.*?)( \\| Ошибка)?)?");
+    std::vector<Check> checks;
+    std::smatch cells;
+    for (std::string line; std::getline(lines, line) && std::regex_match(line, cells, row);) {
+        const auto cell = [&](size_t number) {
+            std::string text = cells[number];
+            for (const auto& [sign, meant] : {std::pair("\\\\s", " "), {"\\\\t", "\t"}, {"\\\\n", "\n"}})
+                text = std::regex_replace(text, std::regex(sign), meant);
+            return text;
+        };
+        checks.push_back({cell(1), cell(2), cell(3), cells[4].matched});
+    }
+    if (checks.empty()) ADD_FAILURE() << "no refusals of " << name;
+    return checks;
+}
+
 UiScript& UiScript::checks(const std::string& id, const std::string& ok, const std::vector<Check>& checks) {
     for (const Check& check : checks) {
         when(id, [=](UiWindow window) {
             window.enter(check.input);
             window.click(ok);
-            if (check.text) {
+            if (!check.text.empty()) {
                 EXPECT_EQ(window.focus(), check.focus) << check.text;
             }
         });
-        if (check.text) check.refusal ? refusal(check.text) : remark(check.text);
+        if (!check.text.empty()) check.refusal ? refusal(check.text) : remark(check.text);
     }
     return *this;
 }

@@ -79,10 +79,10 @@ inline std::function<void(UiWindow)> enter(std::string input) {
 // A press of OK on what is given so far: the box and the focus that it leads to. Without a text it is accepted.
 struct Check {
     std::string input;
-    const char* text = nullptr;
-    const char* focus = "";
+    std::string text = "", focus = "";
     bool refusal = false; // the box is titled "Ошибка"
 };
+std::vector<Check> checks_of(const std::string& name); // in golden/refusals.txt
 
 class UiScript {
 public:
