@@ -205,6 +205,9 @@ TEST(MGErr, TellsEveryFieldThatIsSet) {
     err.Printf();
     MGErr().Printf();
     EXPECT_EQ(testing::internal::GetCapturedStdout() + err.GetString(), read_file(GOLDEN "/error.txt"));
+    EXPECT_EQ(err.GetSyslogString(), "a b");
+    err.Clear();
+    EXPECT_EQ(err.GetString() + err.GetSyslogString(), "");
 }
 
 TEST(MGErr, TextsOfTheSystemAreUtf8InEveryCharset) {

@@ -174,6 +174,11 @@ TEST(MGCert, ReadsNamesAndExtensions) {
     EXPECT_TRUE(cert.GetEmail(0, text) && text == "b@example.org");
     EXPECT_TRUE(cert.GetDns(1, text) && text == "c.example");
     EXPECT_TRUE(cert.GetUrl(0, text) && text == "http://d.example/");
+    std::string counts;
+    for (const auto get : {&MGCert::GetVer, &MGCert::GetNumberCertPolicies, &MGCert::GetNumberEmail,
+                           &MGCert::GetNumberDns, &MGCert::GetNumberUrl, &MGCert::GetNumberIp, &MGCert::GetNumberOther})
+        counts += (cert.*get)(length) ? std::to_string(length) : "-";
+    EXPECT_EQ(counts, "2212112");
     const DER_S_UTC_TIME* time = nullptr;
     EXPECT_TRUE(cert.GetBeginKey(time) && time_text(*time) == "20210131235958");
     EXPECT_TRUE(cert.GetEndKey(time) && time_text(*time) == "20310201000102");

@@ -73,6 +73,14 @@ TEST(MGLibxml, OpensAndWritesRegularFilesOnly) {
     EXPECT_EQ(error_of([&] { MGLibxml(dir.path("none").c_str()); }).err_code, ENOENT);
     EXPECT_EQ(error_of([&] { xml.SaveFile(dir.path("none/a").c_str()); }).err_code, ENOENT);
     const MGLibxml two("<a xmlns:x='u' x:b='1' b='2'/>", 0);
+    const MGLibxml headed("<?xml version='1.1' encoding='KOI8-R'?><!--c--><a b=''><d/></a>", 0);
+    EXPECT_STREQ(headed.GetVersion(), "1.1");
+    EXPECT_STREQ(headed.GetEncoding(), "KOI8-R");
+    EXPECT_STREQ(headed.GetComment(), "c");
+    EXPECT_TRUE(headed.IsProp(headed.GetRoot(), "b") && !headed.IsProp(headed.GetRoot(), "d"));
+    EXPECT_TRUE(headed.IsChildren(headed.GetRoot(), "d") && !headed.IsChildren(headed.GetRoot(), "b"));
+    xml.SetContentToNode(xml.GetRoot(), "&lt;");
+    EXPECT_EQ(xml.GetStringContentFromNode(xml.GetRoot()), "<");
     for (int time = 0; time < 3; ++time) EXPECT_EQ(two.GetStringProp(two.GetRoot(), "b"), "1") << "as xmlGetProp";
     EXPECT_EQ(error_of([] { MGLibxml("", 0); }).err_code, 0) << "libxml2's number is not errno's";
 }

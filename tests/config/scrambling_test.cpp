@@ -37,6 +37,12 @@ TEST(Scrambling, GivesTheStandardStreamAtAnyLength) {
 }
 
 TEST(Scrambling, PasswordsComeBack) {
+    char text[10];
+    uint8_t back[4];
+    size_t size = 0;
+    binary_to_base64(reinterpret_cast<const uint8_t*>("abcd"), 4, text);
+    base64_to_binary(text, back, size);
+    EXPECT_EQ(text + std::string(back, back + size), "YWJjZA==abcd");
     EXPECT_EQ(code_string(""), "");
     for (const char* coded : {"AQIDZQECA2W", "====", "Пароль"}) EXPECT_EQ(decode_string(coded), "") << coded;
     EXPECT_EQ(decode_string(code_string(std::string("ab\0cd", 5))), "ab");

@@ -30,4 +30,10 @@ TEST(AddressSyntax, JudgesAddressesAndNetworks) {
         EXPECT_EQ(judged(typed.c_str()), "left at no network") << typed;
 }
 
+TEST(AddressSyntax, TellsIdentifiersAndWritesNumbers) {
+    for (const char* oid : {"1.2", "2.5.4.10"}) EXPECT_TRUE(string_is_oid(oid) && string_is_ansi(oid)) << oid;
+    for (const char* other : {"", "1", "1.", ".1", "1..2", "1.a"}) EXPECT_FALSE(string_is_oid(other)) << other;
+    EXPECT_EQ(int_to_string(-1) + uint32_to_string(~0u) + uint64_to_string(~0ull), "-1429496729518446744073709551615");
+}
+
 } // namespace

@@ -216,6 +216,8 @@ TEST(ProfileReport, ListsTheModesThatAreOnInTheirOrder) {
     }
     EXPECT_EQ(report_of(all), whole);
 
+    test_data_crc({'1', '2', '3', '4', '5', '6', '7', '8', '9'}, 0xCBF43926);
+    EXPECT_EQ(error_of([] { test_data_crc({'1'}, 0xCBF43926); }).uint32_param, 0xCBF43926);
     MGInfo info;
     for (const MGDev& side : {none.config.gw_client, none.config.gw_server}) print_info_dev(info, side);
     EXPECT_EQ(info.GetString(), golden("devices.txt"));

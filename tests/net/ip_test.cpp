@@ -2,6 +2,7 @@
 #include "app/mg_err.h"
 #include "net/address_syntax.h"
 #include "net/mg_ip.h"
+#include "net/mg_socket.h"
 #include "net/network_order.h"
 #include "support/bytes.h"
 #include "support/error_of.h"
@@ -44,6 +45,11 @@ size_t other_sum(const Bytes& bytes) {
 
 TEST(MGIp, ParsesWhatOthersBuilt) {
     MGIp ip;
+    init(ip, Bytes(14));
+    EXPECT_EQ(condition_of([&] { ip.SkipEthernet(); }), "(n <= 14)");
+    init(ip, packet("framed"));
+    MGSocket::Data2Vector(ip.m_packet + 1, ip.m_size - 1, ip.m_buf); // of its own bytes
+    EXPECT_TRUE(std::equal(ip.m_buf.begin(), ip.m_buf.end(), packet("framed").begin() + 1));
     init(ip, packet("framed"));
     EXPECT_EQ(ip.SkipEthernet(), 0x0800);
     EXPECT_EQ(ip.m_eth_dst[5] * 10 + ip.m_eth_src[5], 12);

@@ -1,4 +1,5 @@
 #include "runtime/mg_file.h"
+#include "runtime/mg_info.h"
 #include "support/bytes.h"
 #include "support/error_of.h"
 #include "support/temp_dir.h"
@@ -106,6 +107,38 @@ TEST(TextHelpers, SplitFromEitherEnd) {
     EXPECT_EQ(split(MGFile::SplitStringLeft, "a<|>b<|>", "<|>"), (Texts{"a", "b", ""}));
     EXPECT_EQ(split(MGFile::SplitStringRight, ".1..2", "."), (Texts{"2", "", "1"}));
     EXPECT_EQ(split(MGFile::SplitStringRight, "a<|>b<|>", "<|>"), (Texts{"", "b", "a"}));
+}
+
+// What each of the short ones makes of a text.
+TEST(TextHelpers, GiveWhatTheirNamesSay) {
+    const auto changed = [](std::string text, auto change, auto... arguments) {
+        change(text, arguments...);
+        return text;
+    };
+    Texts left, right;
+    MGFile::SplitLowerStringLeft("А,Б", ",", left), MGFile::SplitLowerStringRight("А,Б", ",", right);
+    EXPECT_EQ(left[0] + left[1] + right[0] + right[1], "абба");
+    EXPECT_EQ(Texts({changed("яма", MGFile::ShiftBeginUtf8, 2), changed("яма", MGFile::CuttingEndUtf8, 2),
+                     changed("яма", MGFile::CuttingEndUtf8, 4), changed("яма", MGFile::CuttingEndIfMoreUtf8, 2),
+                     changed("a/", MGFile::DirDelSlash), changed("/", MGFile::DirDelSlash),
+                     changed("a\n\n", MGInfo::DelSlashN)}),
+              Texts({"а", "я", "", "ям", "a", "/", "a\n"}));
+    EXPECT_EQ(Texts({MGFile::Uint32toString(~0u), MGFile::Int32toString(-1), MGFile::Int16toString(-1),
+                     MGInfo::Uint32StringExt(171), MGInfo::Int64String(-1), MGFile::ReceiptFileName("a", 7, ".b"),
+                     MGInfo::GetDateAndTime(0)}),
+              Texts({"4294967295", "-1", "-1", "171 (0x000000AB)", "-1", "a7.b", "[пусто]"}));
+    EXPECT_TRUE(MGFile::IsAnsiString("a~") && MGFile::IsAnsiString(nullptr) && !MGFile::IsAnsiString("ы"));
+    EXPECT_TRUE(MGFile::CompareUtf8("ЁЖ", "ёж", false) && !MGFile::CompareUtf8("ЁЖ", "ёж", true));
+    EXPECT_TRUE(MGFile::IsOnlyAsterisk("**") && !MGFile::IsOnlyAsterisk("*?") && !MGFile::IsOnlyAsterisk(""));
+    EXPECT_TRUE(MGFile::MatchMaskWithEndStr("яма", "?а") && !MGFile::MatchMaskWithEndStr("яма", "?м"));
+    EXPECT_TRUE(MGFile::CompareBinary({1, 2}, {1, 2}) && !MGFile::CompareBinary({1, 2}, {1, 3}));
+    size_t at = 9, matched = 9;
+    EXPECT_TRUE(MGFile::FindMaskWithQuestion("яма", "?а", at, matched) && at == 2 && matched == 4);
+    EXPECT_TRUE(MGFile::CompareMaskWithQuestion("яма", 2, 2, "?", matched) && matched == 6);
+    MGInfo info;
+    info.AddNumRow("p", 1, "a", "x"), info.AddNumRow(2, "b", "y"), info.AddNumRow(3, "c", std::string("z")),
+        info.AddRow("d", -1L);
+    EXPECT_EQ(info.GetString(), "p1 a: x\n2 b: y\n3 c: z\nd: -1\n");
 }
 
 TEST(Paths, KeepNamesSafeAndShort) {
