@@ -6,7 +6,6 @@
 #include "support/ui_script.h"
 
 #include <chrono>
-#include <cstring>
 #include <memory>
 
 static gint64 stopped = 0; // where the clock stands, in microseconds; 0 while it runs
@@ -21,22 +20,10 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-const char* definition = R"(<interface>
-  <object class="GtkListStore" id="store"><columns><column type="gchararray"/></columns></object>
-  <object class="GtkTreeStore" id="tree_store"><columns><column type="gchararray"/></columns></object>
-  <object class="GtkWindow" id="hidden_window"/>
-  <object class="GtkDialog" id="dialog"><child internal-child="vbox"><object class="GtkBox">
-    <child><object class="GtkTreeView" id="view"><property name="model">store</property>
-      <child><object class="GtkTreeViewColumn"><child><object class="GtkCellRendererText"/>
-        <attributes><attribute name="text">0</attribute></attributes></child></object></child></object></child>
-    <child><object class="GtkTreeView" id="tree"><property name="model">tree_store</property></object></child>
-    <child><object class="GtkCalendar" id="calendar"/></child>
-    <child><object class="GtkComboBoxText" id="combo"><property name="has-entry">1</property></object></child>
-  </object></child></object>
-</interface>)";
+const std::string definition = read_file(GOLDEN "/dialog.ui");
 
 std::unique_ptr<MGDialog> make(const char* id = "dialog") {
-    return std::make_unique<MGDialog>(definition, std::strlen(definition), id);
+    return std::make_unique<MGDialog>(definition.c_str(), definition.size(), id);
 }
 
 GtkWindow* parent_of(const MGDialog& dialog) {
@@ -71,7 +58,7 @@ TEST(MGDialog, EachWindowIsTransientForTheOneOpenedLastAndLeavesNone) {
 
 TEST(MGDialog, WithoutAWindowItAnswersCancelAndShowsNothing) {
     testing::internal::CaptureStderr();
-    MGDialog file("/nonexistent.glade", "dialog"), other_id(definition, std::strlen(definition), "no_such_window");
+    MGDialog file("/nonexistent.glade", "dialog"), other_id(definition.c_str(), definition.size(), "no_such_window");
     EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("/nonexistent.glade"));
     for (MGDialog* dialog : {&file, &other_id}) {
         dialog->Show();

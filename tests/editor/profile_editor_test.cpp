@@ -77,45 +77,26 @@ TEST_F(ProfileEditor, CancelDropsAllAndTheFirstSaveFillsEmptyChoices) {
 }
 
 TEST_F(ProfileEditor, RefusesThirteenAddressesOneAfterTheOther) {
-    const std::string ip = "необходимо задать IP адрес в формате xxx.xxx.xxx.xxx";
-    const std::string net = "необходимо задать IP адрес и подсеть в формате xxx.xxx.xxx.xxx/nn";
-    const struct {
-        const char *tab, *section, *entry, *bad;
-        const std::string& demand;
-        const char* good;
-    } checks[] = {
-        {"Инициализация", "Получение файла по сети", "entry_recv_ip", "10.0.0", ip, "   "},
-        {"TLS посредник", "TLS клиент", "entry_client_recv_ip", "10.0.0.256", ip, "10.0.0.255"},
-        {"TLS посредник", "TLS клиент", "entry_client_send_ip", "10.0.0.99999999999", ip, "0.0.0.0"},
-        {"TLS посредник", "TLS сервер", "entry_server_recv_ip", "localhost", ip, ""},
-        {"TLS посредник", "TLS сервер", "entry_server_send_ip", "10.0.0.1 ", ip, "10.0.0.1"},
-        {"TLS шлюз", "Шлюз клиента", "entry_gw_client_send_ip", "10..0.1", ip, "10.0.0.1"},
-        {"TLS шлюз", "Шлюз сервера", "entry_gw_server_recv_ip", "1", ip, "10.0.0.1"},
-        {"TLS шлюз", "Шлюз клиента", "entry_gw_client_local_adr", "10.0.0.1/24", ip, "10.0.0.1"},
-        {"TLS шлюз", "Шлюз клиента", "entry_gw_client_virtual_adr", "10.0.0.1", net, "10.0.0.1/24"},
-        {"TLS шлюз", "Шлюз сервера", "entry_gw_server_local_adr", "-1.0.0.1", ip, "10.0.0.1"},
-        {"TLS шлюз", "Шлюз сервера", "entry_gw_server_virtual_adr", "10.0.0.1/99999999999", net, "10.0.0.1/0"},
-        {"TLS файл", "Файл-клиента", "entry_fc_ip", "a.b.c.d", ip, "10.0.0.1"},
-        {"TLS файл", "Файл-сервера", "entry_fs_ip", "1.2.3.4.5", ip, "10.0.0.1"},
-    };
-    const std::regex field("entry_(.*?)_((recv_|send_)?ip|(local|virtual)_adr)");
+    const std::vector<Check> rows = checks_of("addresses"); // all are entered, then mended one after the other
+    const std::regex field("entry_(.*?)_((recv_|send_)?ip|(local|virtual)_adr)"), place("[^(]*\\(([^)]*)\\).*");
     show({"own"});
     configure([&](UiWindow window) {
         gtk_window_resize(GTK_WINDOW(window.widget()), 700, 300);
-        for (const auto& row : checks) window.set_entry(row.entry, row.bad);
-        for (const auto& row : checks) {
-            const std::string mode = std::regex_replace(row.entry, field, "radio_init_$1");
+        for (const Check& row : rows) window.enter(row.input);
+        for (const Check& row : rows) {
+            const std::string mode = std::regex_replace(row.focus, field, "radio_init_$1");
+            const std::string tab = std::regex_replace(row.text, place, "$1");
             UiScript script;
-            script.remark(std::string("В закладке (") + row.tab + ") в разделе (" + row.section + ") " + row.demand);
+            script.remark(row.text);
             window.click(ok);
-            EXPECT_EQ(front_page(window), row.tab);
-            EXPECT_EQ(window.focus(), window.sensitive(row.entry) ? row.entry : mode); // which opens it
-            EXPECT_TRUE(is_in_view(window, row.entry)) << row.entry;
+            EXPECT_EQ(front_page(window), tab);
+            EXPECT_EQ(window.focus(), window.sensitive(row.focus) ? row.focus : mode); // which opens it
+            EXPECT_TRUE(is_in_view(window, row.focus)) << row.focus;
             window.set_toggle(mode, true);
-            EXPECT_EQ(bold_pages(window), row.tab);
-            window.set_entry(row.entry, row.good);
+            EXPECT_EQ(bold_pages(window), tab);
+            window.set_entry(row.focus, row.text.ends_with("/nn") ? "10.0.0.1/0" : "10.0.0.1");
         }
-        window.click(ok);
+        window.enter("entry_recv_ip=   ;entry_server_recv_ip=;button_config_ok"); // none is needed
     });
     EXPECT_EQ(on_disk().at(0).config.recv_ip, "   ");
 }
@@ -220,15 +201,13 @@ TEST_F(ProfileEditor, AChosenModeComesIntoView) {
     show({"own"});
     configure([](UiWindow window) {
         gtk_notebook_set_current_page(GTK_NOTEBOOK(window.find("notebook_config")), 4);
-        for (const char* radio : {"radio_init_server", "radio_init_client"}) {
-            GtkWidget* const frame = gtk_widget_get_parent(window.find(radio));
-            GtkWidget* const page = gtk_widget_get_ancestor(frame, GTK_TYPE_SCROLLED_WINDOW);
-            while (gtk_widget_get_allocated_height(frame) < 2) gtk_main_iteration(); // it has no place yet
+        auto* const page = gtk_widget_get_ancestor(window.find("radio_init_server"), GTK_TYPE_SCROLLED_WINDOW);
+        GtkAdjustment* const place = gtk_scrolled_window_get_vadjustment(GTK_SCROLLED_WINDOW(page));
+        while (gtk_adjustment_get_upper(place) <= gtk_adjustment_get_page_size(place)) gtk_main_iteration();
+        for (const auto& [radio, edge] :
+             {std::pair("radio_init_server", "spin_server_send_port"), {"radio_init_client", "radio_init_client"}}) {
             window.set_toggle(radio, true);
-            int top = -1;
-            gtk_widget_translate_coordinates(frame, page, 0, 0, nullptr, &top);
-            const int bottom = top + gtk_widget_get_allocated_height(frame);
-            EXPECT_TRUE(top >= 0 && bottom <= gtk_widget_get_allocated_height(page)) << radio << " at " << top;
+            EXPECT_TRUE(is_in_view(window, edge)) << edge;
         }
         window.click(cancel);
     });
@@ -302,18 +281,16 @@ TEST_F(Histories, GatherEachTextOnceInTheOrderOfTheProfiles) {
 
 // Until a mode is clicked the stored flags alone decide in the frames behind that of the stored mode.
 TEST_F(ProfileEditor, OpensByTheStoredFlagsAndStoresTheOneActiveMode) {
-    const std::pair<std::string, bool MGConfig::*> modes[] = {
-        {"timer", &MGConfig::timer_radio},
-        {"file", &MGConfig::file_radio},
-        {"recv", &MGConfig::recv_radio},
-        {"modify", &MGConfig::modify_radio},
-        {"client", &MGConfig::client_radio},
-        {"server", &MGConfig::server_radio},
-        {"gw_client", &MGConfig::gw_client_radio},
-        {"gw_server", &MGConfig::gw_server_radio},
-        {"fc", &MGConfig::fc_radio},
-        {"fs", &MGConfig::fs_radio},
-    };
+    const std::pair<std::string, bool MGConfig::*> modes[] = {{"timer", &MGConfig::timer_radio},
+                                                              {"file", &MGConfig::file_radio},
+                                                              {"recv", &MGConfig::recv_radio},
+                                                              {"modify", &MGConfig::modify_radio},
+                                                              {"client", &MGConfig::client_radio},
+                                                              {"server", &MGConfig::server_radio},
+                                                              {"gw_client", &MGConfig::gw_client_radio},
+                                                              {"gw_server", &MGConfig::gw_server_radio},
+                                                              {"fc", &MGConfig::fc_radio},
+                                                              {"fs", &MGConfig::fs_radio}};
     const struct {
         std::set<std::string> stored;
         bool recv_tls, need_cert, use_list;
