@@ -239,6 +239,32 @@ GtkListStore* store_of_three(MGDialog& dialog) {
     return store;
 }
 
+TEST(MGDialog, PassesValuesToItsWidgetsAndBack) {
+    const auto dialog = make();
+    dialog->SetLabel("label", "текст"), dialog->SetBufferString("buffer", "текст");
+    GtkTextIter begin, end;
+    auto* const buffer = GTK_TEXT_BUFFER(dialog->GetObject("buffer"));
+    gtk_text_buffer_get_bounds(buffer, &begin, &end);
+    const GtkText text(gtk_text_buffer_get_text(buffer, &begin, &end, FALSE));
+    EXPECT_STREQ(dialog->GetLabel("label"), text.get());
+    for (const bool on : {true, false}) {
+        on ? dialog->SetEntryVisible("entry") : dialog->SetEntryInvisible("entry");
+        EXPECT_EQ(gtk_entry_get_visibility(GTK_ENTRY(dialog->GetObject("entry"))), on);
+        dialog->SetSwitch("switch", on), dialog->ToggleButtonSet("stop", on), dialog->SetSensitive("switch", on);
+        EXPECT_TRUE(dialog->GetSwitch("switch") == on && dialog->GetSensitive("switch") == on);
+        EXPECT_EQ(dialog->SetProgressExt("progress", "stop", 4, on), on);
+        EXPECT_EQ(gtk_progress_bar_get_fraction(GTK_PROGRESS_BAR(dialog->GetObject("progress"))), on ? 0.5 : 0.25);
+    }
+    dialog->ToggleButtonSet("stop", true), dialog->SetNullProgressExt("progress", "stop");
+    EXPECT_EQ(gtk_progress_bar_get_fraction(GTK_PROGRESS_BAR(dialog->GetObject("progress"))), 0);
+    EXPECT_FALSE(dialog->ToggleButtonGet("stop"));
+    dialog->SpinSetMin("adjustment", 3), dialog->SpinSet("adjustment", 1);
+    EXPECT_EQ(dialog->SpinGet("adjustment"), 3);
+    for (const char* row : {"a", "b"}) dialog->ComboBoxTextAppend("combo", row);
+    dialog->ComboBoxSetNum("combo", 1);
+    EXPECT_EQ(GtkText(dialog->ComboBoxTextGet("combo")).get() + std::to_string(dialog->ComboBoxGetNum("combo")), "b1");
+}
+
 TEST(Lists, KeepTheCurrentRowWhereNoneIsFound) {
     const auto dialog = make();
     GtkListStore* store = store_of_three(*dialog);
@@ -290,6 +316,20 @@ TEST(Lists, WalkATree) {
     EXPECT_EQ(dialog->TreeStoreGetRootIndex(), 1);
     EXPECT_EQ(dialog->TreeStoreGetNumChildRows(tree, &parent), 2);
     ASSERT_TRUE(dialog->TreeStoreGetChildRowIndex(tree, &parent, 0));
+    char* text = nullptr;
+    void* pointer = nullptr;
+    int32_t flag = 0, number = 0;
+    dialog->TreeStorePushIter();
+    dialog->TreeStoreSetString(tree, 0, "a"), dialog->TreeStoreSetBoolean(tree, 1, true);
+    dialog->TreeStoreSetNum(tree, 2, 7), dialog->TreeStoreSetPointer(tree, 3, dialog.get());
+    EXPECT_TRUE(dialog->TreeStoreGetRootRowIndex(tree, 1) && dialog->TreeStoreIsChild(tree));
+    dialog->TreeStoreExpandRow(tree_view);
+    EXPECT_TRUE(gtk_tree_view_row_expanded(tree_view, GtkPath(gtk_tree_path_new_from_string("1")).get()));
+    dialog->TreeStorePopIter();
+    dialog->TreeStoreGetString(0, &text), dialog->TreeStoreGetBoolean(1, &flag);
+    dialog->TreeStoreGetNum(2, &number), dialog->TreeStoreGetPointer(3, &pointer);
+    EXPECT_TRUE(*GtkText(text) == 'a' && flag == 1 && number == 7 && pointer == dialog.get());
+    EXPECT_EQ(dialog->TreeStoreGetNumRootRows(tree), 2);
     dialog->TreeStoreDeleteSelection(tree);
     EXPECT_TRUE(dialog->TreeStoreGetRow(tree, "1:0") && !dialog->TreeStoreGetRow(tree, "1:1"));
 }
