@@ -161,6 +161,8 @@ TEST_F(ProfileFile, RefusesAndTellsWhy) {
         {" time_hour=", " hour=", "xmlGetProp\ntime_hour\nЭлемент «init_timer», строка 9\n"},
         {"time_minute=\"59\"", "time_minute=\"\"", "stoi\ntime_minute\nЭлемент «init_timer», строка 9\n"},
         {"<gw_server_virtual quantity=\"2\"", "<gw_server_virtual quantity=\"4\"", "counter != quantity\n"},
+        {"version=\"3\"", "version=\"4\"", "num != version\n"},
+        {"release=\"4\"", "release=\"3\"", "num != release\n"},
         {"<fs_allow quantity=\"2\"", "<fs_allow quantity=\"1\"", "counter == quantity\n"},
     };
     for (const auto& row : rows) {

@@ -175,6 +175,10 @@ TEST_F(AddressListTest, TakesAnAddressOnceAllIsRightAndChangesItInItsPlace) {
             script.checks("dialog_address", "button_address_ok", {{change}});
             window.click("button_adrs_rename");
             EXPECT_EQ(rows_of(window, "adrs_view"), rows);
+            for (const char* all : {"select_all", "unselect_all"}) {
+                window.click(std::string("button_adrs_") + all);
+                EXPECT_EQ(marks(window, "adrs_view"), *all == 's' ? "11" : "00");
+            }
             window.click("button_adrs_ok");
         });
         open(opener);
