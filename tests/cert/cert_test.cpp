@@ -193,13 +193,11 @@ TEST(MGCert, LeavesNothingBehindWhenCallsFail) {
     const Fallible<MGCert> rows[] = {
         {"get_subject_from_parsed_cert",
          [&](MGCert&) { vorma::at_edge("argument", [&] { get_subject_from_parsed_cert(file); }); }},
-        {"Init, SkipReqR2c, ParsReq",
-         [&](MGCert& object) {
+        {"Init, SkipReqR2c, ParsReq", [&](MGCert& object) {
              object.Init(sealed.data(), size_of(sealed));
              object.SkipReqR2c();
              object.ParsReq();
-         }},
-    };
+         }}};
     for_each_fault(rows);
 }
 

@@ -135,13 +135,11 @@ TEST_F(ProfileFile, ReadsWithoutJudgingAndWritesInOneForm) {
     const struct {
         std::string what, with; // the change in the file that is read
         std::string then;       // what stands in that place after writing
-    } rows[] = {
-        {"send_timeout=\"104\"", "send_timeout=\"0\"", "send_timeout=\"8\""},
-        {"port=\"20114\"", "port=\"70000\"", "port=\"4464\""},
-        {"<log catalog", "<new a='1'><b/></new><log new='2' catalog", "<log catalog"},
-        {"<gw_client_virtual quantity=\"1\">" + address, "<gw_client_virtual quantity=\"-2\">" + address,
-         "<gw_client_virtual quantity=\"0\"/>"},
-    };
+    } rows[] = {{"send_timeout=\"104\"", "send_timeout=\"0\"", "send_timeout=\"8\""},
+                {"port=\"20114\"", "port=\"70000\"", "port=\"4464\""},
+                {"<log catalog", "<new a='1'><b/></new><log new='2' catalog", "<log catalog"},
+                {"<gw_client_virtual quantity=\"1\">" + address, "<gw_client_virtual quantity=\"-2\">" + address,
+                 "<gw_client_virtual quantity=\"0\"/>"}};
     for (const auto& row : rows) {
         ASSERT_EQ(read(replaced(every_field, row.what, row.with)), "");
         EXPECT_EQ(without_hashes(written()), without_hashes(replaced(every_field, row.what, row.then)));
@@ -153,18 +151,16 @@ TEST_F(ProfileFile, RefusesAndTellsWhy) {
     const struct {
         std::string what, with; // the change in the file
         const char* told;
-    } rows[] = {
-        {root, "<config/>", "GetRoot\nprofile\n"},
-        {"VORQSPRF", "VORQSCFG", "\nVORQSCFG\n"},
-        {"id=\"profile\"", "id=\"other\"", "str != id\nother\n"},
-        {"<crypto ", "<krypto ", "GetFirstChildren\ncrypto\nЭлемент «profile», строка 3\n"},
-        {" time_hour=", " hour=", "xmlGetProp\ntime_hour\nЭлемент «init_timer», строка 9\n"},
-        {"time_minute=\"59\"", "time_minute=\"\"", "stoi\ntime_minute\nЭлемент «init_timer», строка 9\n"},
-        {"<gw_server_virtual quantity=\"2\"", "<gw_server_virtual quantity=\"4\"", "counter != quantity\n"},
-        {"version=\"3\"", "version=\"4\"", "num != version\n"},
-        {"release=\"4\"", "release=\"3\"", "num != release\n"},
-        {"<fs_allow quantity=\"2\"", "<fs_allow quantity=\"1\"", "counter == quantity\n"},
-    };
+    } rows[] = {{root, "<config/>", "GetRoot\nprofile\n"},
+                {"VORQSPRF", "VORQSCFG", "\nVORQSCFG\n"},
+                {"id=\"profile\"", "id=\"other\"", "str != id\nother\n"},
+                {"<crypto ", "<krypto ", "GetFirstChildren\ncrypto\nЭлемент «profile», строка 3\n"},
+                {" time_hour=", " hour=", "xmlGetProp\ntime_hour\nЭлемент «init_timer», строка 9\n"},
+                {"time_minute=\"59\"", "time_minute=\"\"", "stoi\ntime_minute\nЭлемент «init_timer», строка 9\n"},
+                {"<gw_server_virtual quantity=\"2\"", "<gw_server_virtual quantity=\"4\"", "counter != quantity\n"},
+                {"version=\"3\"", "version=\"4\"", "num != version\n"},
+                {"release=\"4\"", "release=\"3\"", "num != release\n"},
+                {"<fs_allow quantity=\"2\"", "<fs_allow quantity=\"1\"", "counter == quantity\n"}};
     for (const auto& row : rows) {
         EXPECT_THAT(read(replaced(every_field, row.what, row.with)), testing::HasSubstr(row.told));
     }

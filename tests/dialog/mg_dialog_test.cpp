@@ -82,13 +82,11 @@ TEST(MGDialog, ABoxShowsBothEndsOfAnyTextOnASmallScreenAndCopiesTheWhole) {
     const std::string line = megabytes + "\n", cut = half + "…" + half.substr(1) + "\n";
     const struct {
         std::string text, shown;
-    } rows[] = {
-        {"%s и %d: 100% <b>", "%s и %d: 100% <b>"},
-        {"первая\n" + megabytes + "/файл", "первая\n" + half + "…" + half.substr(5) + "/файл"},
-        {"я" + lines + "/файл", "я" + std::string(12, '\n') + "…\n" + std::string(11, '\n') + "/файл"},
-        {line + line + line + line, cut + "…\n" + cut},
-        {"/home/\xFF", "/home/\uFFFD"},
-    };
+    } rows[] = {{"%s и %d: 100% <b>", "%s и %d: 100% <b>"},
+                {"первая\n" + megabytes + "/файл", "первая\n" + half + "…" + half.substr(5) + "/файл"},
+                {"я" + lines + "/файл", "я" + std::string(12, '\n') + "…\n" + std::string(11, '\n') + "/файл"},
+                {line + line + line + line, cut + "…\n" + cut},
+                {"/home/\xFF", "/home/\uFFFD"}};
     for (const auto& row : rows) {
         UiScript script;
         script.refusal(testing::Truly([&](const std::string& shown) {
@@ -284,16 +282,14 @@ TEST(Lists, MoveTheOneRowThatCanBeSelected) {
         int row;
         bool moves;
         Rows after;
-    } steps[] = {
-        {&MGDialog::ListStoreMoveUp, 0, false, {{"a"}, {"b"}, {"c"}}},
-        {&MGDialog::ListStoreMoveUp, 2, true, {{"a"}, {"c"}, {"b"}}},
-        {&MGDialog::ListStoreMoveDown, 2, false, {{"a"}, {"c"}, {"b"}}},
-        {&MGDialog::ListStoreMoveDown, 0, true, {{"c"}, {"a"}, {"b"}}},
-        {&MGDialog::ListStoreMoveTop, 0, false, {{"c"}, {"a"}, {"b"}}},
-        {&MGDialog::ListStoreMoveTop, 2, true, {{"b"}, {"c"}, {"a"}}},
-        {&MGDialog::ListStoreMoveBottom, 2, false, {{"b"}, {"c"}, {"a"}}},
-        {&MGDialog::ListStoreMoveBottom, 0, true, {{"c"}, {"a"}, {"b"}}},
-    };
+    } steps[] = {{&MGDialog::ListStoreMoveUp, 0, false, {{"a"}, {"b"}, {"c"}}},
+                 {&MGDialog::ListStoreMoveUp, 2, true, {{"a"}, {"c"}, {"b"}}},
+                 {&MGDialog::ListStoreMoveDown, 2, false, {{"a"}, {"c"}, {"b"}}},
+                 {&MGDialog::ListStoreMoveDown, 0, true, {{"c"}, {"a"}, {"b"}}},
+                 {&MGDialog::ListStoreMoveTop, 0, false, {{"c"}, {"a"}, {"b"}}},
+                 {&MGDialog::ListStoreMoveTop, 2, true, {{"b"}, {"c"}, {"a"}}},
+                 {&MGDialog::ListStoreMoveBottom, 2, false, {{"b"}, {"c"}, {"a"}}},
+                 {&MGDialog::ListStoreMoveBottom, 0, true, {{"c"}, {"a"}, {"b"}}}};
     for (const auto& step : steps) {
         SCOPED_TRACE(testing::Message() << &step - steps);
         UiWindow(dialog->window).select("view", {step.row});

@@ -104,12 +104,10 @@ TEST_F(ProfileEditor, RefusesThirteenAddressesOneAfterTheOther) {
 // Values that no input shows as they are.
 TEST_F(ProfileEditor, StoresWhatNobodyTouchedByteForByteAndTheRestAsItIsShown) {
     const std::string beyond(70000, 'x'), beginning(65534, 'x');
-    const std::pair<std::string, std::string> typed[] = {
-        {beginning, beginning}, // exactly what is shown already
-        {"/path\n", "/path"},
-        {"a\x01\x7f\t\u0085\u2028\uFFFE\uFFFFб😀", "aб😀"},
-        {"\r\n", ""},
-    };
+    const std::pair<std::string, std::string> typed[] = {{beginning, beginning}, // exactly what is shown already
+                                                         {"/path\n", "/path"},
+                                                         {"a\x01\x7f\t\u0085\u2028\uFFFE\uFFFFб😀", "aб😀"},
+                                                         {"\r\n", ""}};
     const std::pair<std::string MGConfig::*, const char*> inputs[] = {{&MGConfig::error_file, "entry_error_file"},
                                                                       {&MGConfig::fc_domen, "entry_fc_domen"},
                                                                       {&MGConfig::fc_hash, "entry_fc_password"}};
@@ -296,15 +294,13 @@ TEST_F(ProfileEditor, OpensByTheStoredFlagsAndStoresTheOneActiveMode) {
         bool recv_tls, need_cert, use_list;
         const char* open; // of the dependants
         std::string active;
-    } table[] = {
-        {{"timer"}, true, false, true, "1000", "timer"},
-        {{"file"}, true, true, false, "1100", "file"},
-        {{"recv"}, false, true, true, "0111", "recv"},
-        {{"server"}, true, true, true, "0111", "server"},
-        {{"fs"}, true, true, true, "0000", "fs"},
-        {{"file", "gw_server"}, false, false, false, "0000", "gw_server"},
-        {{}, true, true, true, "1111", "timer"},
-    };
+    } table[] = {{{"timer"}, true, false, true, "1000", "timer"},
+                 {{"file"}, true, true, false, "1100", "file"},
+                 {{"recv"}, false, true, true, "0111", "recv"},
+                 {{"server"}, true, true, true, "0111", "server"},
+                 {{"fs"}, true, true, true, "0000", "fs"},
+                 {{"file", "gw_server"}, false, false, false, "0000", "gw_server"},
+                 {{}, true, true, true, "1111", "timer"}};
     const char* const dependants[] = {"check_need_cert", "check_use_admission_list", "button_admission_list",
                                       "check_admit_everyone"};
     show({"own"});

@@ -97,16 +97,14 @@ protected:
     void look_at_lists(UiWindow editor) {
         const struct {
             std::string opener, list, view, record;
-        } lists[] = {
-            {"admission_list", "admit", "admit_view", "subject"},
-            {"gw_admission_list", "admit", "admit_view_2", "subject_2"},
-            {"fc_queue", "admit", "queue_view", "queue"},
-            {"fs_allow", "admit", "allow_view", "allow"},
-            {"gw_client_list_adrs", "adrs", "adrs_view", "address"},
-            {"gw_client_list_virtual", "adrs", "adrs_view", "address"},
-            {"gw_server_list_adrs", "adrs", "adrs_view", "address"},
-            {"gw_server_list_virtual", "adrs", "adrs_view", "address"},
-        };
+        } lists[] = {{"admission_list", "admit", "admit_view", "subject"},
+                     {"gw_admission_list", "admit", "admit_view_2", "subject_2"},
+                     {"fc_queue", "admit", "queue_view", "queue"},
+                     {"fs_allow", "admit", "allow_view", "allow"},
+                     {"gw_client_list_adrs", "adrs", "adrs_view", "address"},
+                     {"gw_client_list_virtual", "adrs", "adrs_view", "address"},
+                     {"gw_server_list_adrs", "adrs", "adrs_view", "address"},
+                     {"gw_server_list_virtual", "adrs", "adrs_view", "address"}};
         for (const auto& row : lists) {
             const auto look_at_records = [&](UiWindow list) {
                 const int records = static_cast<int>(list.table(row.view).size());

@@ -67,10 +67,8 @@ TEST_F(HabitsTest, NoNumberIsStoredThatWasNotTypedOrSeen) {
     const struct {
         const char *typed, *stored;
         bool seen_first;
-    } rows[] = {
-        {"98", "98", false},  {" 098 ", "98", false}, {"70000", "65535", true},
-        {"9o97", "97", true}, {"", "97", true},       {"99999999999999999999", "65535", true},
-    };
+    } rows[] = {{"98", "98", false},  {" 098 ", "98", false}, {"70000", "65535", true},
+                {"9o97", "97", true}, {"", "97", true},       {"99999999999999999999", "65535", true}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.typed);
         script.when("dialog_admit", [&](UiWindow window) {

@@ -18,12 +18,10 @@ namespace {
 struct Report {
     const char *opener, *window;
 };
-const Report reports[] = {
-    {"button_admission_list", "admit"},     {"button_gw_admission_list", "admit"},
-    {"button_fc_queue", "admit"},           {"button_fs_allow", "admit"},
-    {"button_gw_client_list_adrs", "adrs"}, {"button_gw_client_list_virtual", "adrs"},
-    {"button_gw_server_list_adrs", "adrs"}, {"button_gw_server_list_virtual", "adrs"},
-};
+const Report reports[] = {{"button_admission_list", "admit"},     {"button_gw_admission_list", "admit"},
+                          {"button_fc_queue", "admit"},           {"button_fs_allow", "admit"},
+                          {"button_gw_client_list_adrs", "adrs"}, {"button_gw_client_list_virtual", "adrs"},
+                          {"button_gw_server_list_adrs", "adrs"}, {"button_gw_server_list_virtual", "adrs"}};
 
 class ReportsTest : public ListsTest {
 protected:

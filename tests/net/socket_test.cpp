@@ -64,11 +64,9 @@ TEST(Socket, WaitsThroughTimeoutsUntilSomethingEndsIt) {
         bool both;
         Event* event;
         const char* ending;
-    } rows[] = {
-        {false, data, "true"},   {false, close, "exit 1"}, {false, reset, "exit 1"},   {false, flag, "exit 2"},
-        {false, auth, "exit 5"}, {true, data, "true"},     {true, close, "exit 1"},    {true, reset, "exit 1"},
-        {true, flag, "exit 2"},  {true, life, "exit 7"},   {true, inactive, "exit 6"},
-    };
+    } rows[] = {{false, data, "true"},   {false, close, "exit 1"}, {false, reset, "exit 1"},  {false, flag, "exit 2"},
+                {false, auth, "exit 5"}, {true, data, "true"},     {true, close, "exit 1"},   {true, reset, "exit 1"},
+                {true, flag, "exit 2"},  {true, life, "exit 7"},   {true, inactive, "exit 6"}};
     for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.ending) + (row.both ? " of two" : ""));
         TcpPair pair, other;
@@ -177,24 +175,22 @@ TEST(FramedExchange, RefusesABrokenMessage) {
         uint64_t only_equal, less_then;
         std::string ending, heard;
         bool tls = false;
-    } rows[] = {
-        {false, "", closes, 0, 0, not_eight, ""},
-        {false, "", resets, 0, 0, not_eight, ""},
-        {false, code(3).substr(0, 5), closes, 0, 0, "RecvAll: (last_equal > 0)", ""},
-        {false, code(3) + "ab", closes, 0, 0, "RecvAll: (last_equal > 0)", code(0)},
-        {false, code(0) + "a", nullptr, 0, 0, "RecvData: (data.size() > size)", code(0)},
-        {false, code(3) + "abc", nullptr, 4, 0, "RecvData: ( recv_byte != only_equal )", ""},
-        {false, code(3) + "abc", nullptr, 0, 2, "RecvData: ( recv_byte > less_then )", ""},
-        {true, "", resets, 0, 0, "false", ""},
-        {true, code(1), closes, 0, 0, "SendData: RecvCode 1", code(3)},
-        {true, code(0) + code(1ull << 63), closes, 0, 0, "SendData: RecvCode 2", code(3) + "abc"},
-        {true, code(0) + code(0), nullptr, 0, 0, "true", code(3) + "abc", true},
-        {true, code(0), closes, 0, 0, "false", code(3) + "abc", true},
-        {true, code(0) + code(7), nullptr, 0, 0, "TlsSendData: RecvCode 2", code(3) + "abc", true},
-        {false, code(4) + "body", nullptr, 0, 4, "true", code(0) + code(0), true},
-        {false, code(3), closes, 0, 4, "exit 1", code(0), true},
-        {false, code(5), nullptr, 0, 4, "TlsRecvData: ( recv_byte > less_then )", "", true},
-    };
+    } rows[] = {{false, "", closes, 0, 0, not_eight, ""},
+                {false, "", resets, 0, 0, not_eight, ""},
+                {false, code(3).substr(0, 5), closes, 0, 0, "RecvAll: (last_equal > 0)", ""},
+                {false, code(3) + "ab", closes, 0, 0, "RecvAll: (last_equal > 0)", code(0)},
+                {false, code(0) + "a", nullptr, 0, 0, "RecvData: (data.size() > size)", code(0)},
+                {false, code(3) + "abc", nullptr, 4, 0, "RecvData: ( recv_byte != only_equal )", ""},
+                {false, code(3) + "abc", nullptr, 0, 2, "RecvData: ( recv_byte > less_then )", ""},
+                {true, "", resets, 0, 0, "false", ""},
+                {true, code(1), closes, 0, 0, "SendData: RecvCode 1", code(3)},
+                {true, code(0) + code(1ull << 63), closes, 0, 0, "SendData: RecvCode 2", code(3) + "abc"},
+                {true, code(0) + code(0), nullptr, 0, 0, "true", code(3) + "abc", true},
+                {true, code(0), closes, 0, 0, "false", code(3) + "abc", true},
+                {true, code(0) + code(7), nullptr, 0, 0, "TlsSendData: RecvCode 2", code(3) + "abc", true},
+                {false, code(4) + "body", nullptr, 0, 4, "true", code(0) + code(0), true},
+                {false, code(3), closes, 0, 4, "exit 1", code(0), true},
+                {false, code(5), nullptr, 0, 4, "TlsRecvData: ( recv_byte > less_then )", "", true}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.ending + (row.sends ? " of the sender" : ""));
         TcpPair pair;
@@ -310,12 +306,9 @@ TEST(Socket, TellsAtOnceWhatCannotBeWaitedFor) {
     EXPECT_EQ(outcome([&] { plain.RecvPoll(broken.get(), is_close); }), "RecvPoll: (m_fds[0].revents & POLLERR)");
     uint8_t packet[20] = {0x45};
     const std::function<void()> without_socket[] = {
-        [&] { plain.RecvPoll(-1, is_close); },
-        [] { MGSocket::SetNonBlock(-1, true); },
-        [] { MGSocket::SetIpHdrIncl(-1); },
-        [&] { MGSocket::ReadTun(-1, packet, sizeof packet); },
-        [&] { MGSocket::SendIp(-1, packet, sizeof packet); },
-    };
+        [&] { plain.RecvPoll(-1, is_close); }, [] { MGSocket::SetNonBlock(-1, true); },
+        [] { MGSocket::SetIpHdrIncl(-1); }, [&] { MGSocket::ReadTun(-1, packet, sizeof packet); },
+        [&] { MGSocket::SendIp(-1, packet, sizeof packet); }};
     EXPECT_EQ(MGSocket::SprintfBuf(nullptr, 5), "\n") << "a null has no bytes";
     for (const auto& call : without_socket) EXPECT_TRUE(outcome(call).ends_with("(sock < 0)"));
 }

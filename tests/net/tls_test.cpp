@@ -205,11 +205,9 @@ TEST(TlsTransport, OnlyLimitsAndTheFlagEndTheWaitForASilentPeer) {
         int flag_after; // time-outs
         const char* ending;
         time_t seconds;
-    } rows[] = {
-        {in_handshake, 30, 0, 0, "exit 5", 45}, {in_handshake, 0, 20, 7, "exit 2", 105},
-        {in_message, 0, 20, 0, "exit 6", 30},   {in_message, 1, 0, 7, "exit 2", 105},
-        {without_tls, 0, 20, 0, "exit 6", 30},  {without_tls, 30, 20, 1, "exit 2", 15},
-    };
+    } rows[] = {{in_handshake, 30, 0, 0, "exit 5", 45}, {in_handshake, 0, 20, 7, "exit 2", 105},
+                {in_message, 0, 20, 0, "exit 6", 30},   {in_message, 1, 0, 7, "exit 2", 105},
+                {without_tls, 0, 20, 0, "exit 6", 30},  {without_tls, 30, 20, 1, "exit 2", 15}};
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << row.where << ": " << row.ending << " after " << row.seconds);
         const ProviderTest provider;

@@ -89,13 +89,11 @@ TEST(Delivery, LosesNothingWhateverFails) {
         OF_VALUES(w.file.ReadFileVectorEx(w.source, 4, w.data)),
         OF_VALUES(w.file.OpenFileBuf(w.source); w.file.ReadFileBuf(4, w.data); w.file.CloseFileBuf()),
     };
-    const Row deliveries[] = {
-        OF_VALUES(w.file.CopySameFile(w.from, w.to, w.file_name, w.result, w.mode_add, true, true, content.size(),
-                                      false, false, 0)),
-        OF_VALUES(w.file.CopySameFile(w.from, w.to, w.file_name, w.result, w.mode_add, true, true, content.size(),
-                                      false, true, 9)),
-        OF_VALUES(w.file.WriteSameFile(w.target, w.bytes(), 3, w.mode_add, false)),
-    };
+    const Row deliveries[] = {OF_VALUES(w.file.CopySameFile(w.from, w.to, w.file_name, w.result, w.mode_add, true, true,
+                                                            content.size(), false, false, 0)),
+                              OF_VALUES(w.file.CopySameFile(w.from, w.to, w.file_name, w.result, w.mode_add, true, true,
+                                                            content.size(), false, true, 9)),
+                              OF_VALUES(w.file.WriteSameFile(w.target, w.bytes(), 3, w.mode_add, false))};
     for_each_fault(moves, expect_nothing_lost);
     for_each_fault(deliveries, [](World& w, bool done) {
         expect_nothing_lost(w, done);

@@ -109,21 +109,19 @@ TEST(SameName, RenamesNothingForWhatCannotBeDelivered) {
     const auto deliver = [&](const TempDir& dir, const char* name, bool with_sign, size_t size) {
         file.CopySameFile(dir.path(), to.path(), name, result, "", with_sign, true, size, false, true, 9);
     };
-    const std::function<void()> rows[] = {
-        [&] { deliver(from, "none", false, 3); },
-        [&] { deliver(from, "fifo", false, 0); },
-        [&] { deliver(from, "signless", true, 3); },
-        [&] { deliver(from, "a.txt", false, 4); }, // of another size
-        [&] { deliver(to, "a.txt", false, 1); },
-        [&] { MGFile::MaxSameFileName(to.path(), "w"); },
-        [&] { file.CopyFile(fifo, copy); },
-        [&] { file.MoveFile(fifo, copy); },
-        [&] { file.MoveLongFile(fifo, copy); },
-        [&] { file.ReadFileVectorEx(fifo, 4, data); },
-        [&] { file.CopyLongFile(own, link); },
-        [&] { file.MoveLongFile(own, own); },
-        [&] { file.MoveFile(own, own); },
-    };
+    const std::function<void()> rows[] = {[&] { deliver(from, "none", false, 3); },
+                                          [&] { deliver(from, "fifo", false, 0); },
+                                          [&] { deliver(from, "signless", true, 3); },
+                                          [&] { deliver(from, "a.txt", false, 4); }, // of another size
+                                          [&] { deliver(to, "a.txt", false, 1); },
+                                          [&] { MGFile::MaxSameFileName(to.path(), "w"); },
+                                          [&] { file.CopyFile(fifo, copy); },
+                                          [&] { file.MoveFile(fifo, copy); },
+                                          [&] { file.MoveLongFile(fifo, copy); },
+                                          [&] { file.ReadFileVectorEx(fifo, 4, data); },
+                                          [&] { file.CopyLongFile(own, link); },
+                                          [&] { file.MoveLongFile(own, own); },
+                                          [&] { file.MoveFile(own, own); }};
     for (const auto& row : rows) EXPECT_NE(error_text(row), "") << &row - rows;
     EXPECT_EQ(files_of(to), before);
 }
