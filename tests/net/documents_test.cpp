@@ -10,7 +10,6 @@
 #include <gmock/gmock.h>
 
 #include <regex>
-#include <sstream>
 
 namespace {
 

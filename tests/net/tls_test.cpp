@@ -371,6 +371,7 @@ TEST(MGTrelm, RefusesWhatLacksItsLibraryItsContextOrItsSession) {
     loaded.InitLib();
     Bytes out;
     EXPECT_EQ(condition_of([&] { unloaded.Initialize(); }), "(!library)");
+    EXPECT_EQ(condition_of([&] { unloaded.TlsHandshake({}, out); }), "(!library)");
     EXPECT_EQ(condition_of([&] { loaded.TlsCreate("", false, false); }), "(!context)");
     EXPECT_EQ(condition_of([&] { loaded.SignFileDetached("/dev/null", "/dev/null", 1); }), "(!context)");
     EXPECT_EQ(condition_of([&] { initialised.TlsHandshake({}, out); }), "(!session)");

@@ -198,6 +198,7 @@ TEST(Listing, TakesPlainFilesThatMatchAndAreReady) {
     file.GetListFilesFromDir(dir.path(), "?.txt", false, list);
     EXPECT_EQ(list.size(), 3U);
     EXPECT_EQ(file.GetMaxNameNExtFromDir(dir.path(), "a", ".txt", newest), 10U);
+    EXPECT_EQ(file.GetMaxNameNExtFromDir(dir.path(), "none", ".txt", newest), 0U);
     list = {"я.txt", "empty", "gone"};
     MGFile::DelNotRenamedFiles(dir.path(), list);
     EXPECT_EQ(list, Names({"я.txt", "empty"}));

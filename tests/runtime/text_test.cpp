@@ -4,7 +4,6 @@
 #include "support/error_of.h"
 #include "support/temp_dir.h"
 
-#include <climits>
 #include <clocale>
 #include <cwchar>
 #include <cwctype>
@@ -109,7 +108,6 @@ TEST(TextHelpers, SplitFromEitherEnd) {
     EXPECT_EQ(split(MGFile::SplitStringRight, "a<|>b<|>", "<|>"), (Texts{"", "b", "a"}));
 }
 
-// What each of the short ones makes of a text.
 TEST(TextHelpers, GiveWhatTheirNamesSay) {
     const auto changed = [](std::string text, auto change, auto... arguments) {
         change(text, arguments...);
@@ -128,10 +126,13 @@ TEST(TextHelpers, GiveWhatTheirNamesSay) {
                      MGInfo::GetDateAndTime(0)}),
               Texts({"4294967295", "-1", "-1", "171 (0x000000AB)", "-1", "a7.b", "[пусто]"}));
     EXPECT_TRUE(MGFile::IsAnsiString("a~") && MGFile::IsAnsiString(nullptr) && !MGFile::IsAnsiString("ы"));
-    EXPECT_TRUE(MGFile::CompareUtf8("ЁЖ", "ёж", false) && !MGFile::CompareUtf8("ЁЖ", "ёж", true));
+    EXPECT_TRUE(MGFile::CompareUtf8("ЁЖ", "ёж", false) && MGFile::CompareBinary({1, 2}, {1, 2}));
+    EXPECT_FALSE(MGFile::CompareUtf8("ЁЖ", "ёж", true) || MGFile::CompareBinary({1, 2}, {1, 3}));
     EXPECT_TRUE(MGFile::IsOnlyAsterisk("**") && !MGFile::IsOnlyAsterisk("*?") && !MGFile::IsOnlyAsterisk(""));
     EXPECT_TRUE(MGFile::MatchMaskWithEndStr("яма", "?а") && !MGFile::MatchMaskWithEndStr("яма", "?м"));
-    EXPECT_TRUE(MGFile::CompareBinary({1, 2}, {1, 2}) && !MGFile::CompareBinary({1, 2}, {1, 3}));
+    std::string line, lines;
+    for (size_t pos = 0; MGFile::FindNextLine("a\r\n\nb", pos, line);) lines += line + "|";
+    EXPECT_EQ(lines, "a||b|");
     size_t at = 9, matched = 9;
     EXPECT_TRUE(MGFile::FindMaskWithQuestion("яма", "?а", at, matched) && at == 2 && matched == 4);
     EXPECT_TRUE(MGFile::CompareMaskWithQuestion("яма", 2, 2, "?", matched) && matched == 6);

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <memory>
 #include <regex>
 #include <sstream>
 #include <utility>
