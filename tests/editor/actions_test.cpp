@@ -99,6 +99,7 @@ TEST_F(ActionList, StoreAndVectorFollowEachButton) {
     for (const MGAction& row : working.actions) kept += row.console.prog.empty() ? "-" : row.console.prog;
     EXPECT_EQ(kept, "-41065-");
     EXPECT_EQ(std::ranges::count(working.actions, true, &MGAction::active), 6);
+    EXPECT_THAT(init_action_name, testing::IsSupersetOf({"a", "b", "c", "d"}));
 }
 
 TEST_F(ActionList, AsksAndTellsByTheNumberOfSelectedRows) {

@@ -17,7 +17,6 @@
 namespace {
 
 using testing::HasSubstr;
-using testing::MatchesRegex;
 using namespace std::string_literals;
 
 struct Trelm : MGTrelm {
@@ -194,7 +193,7 @@ TEST(TlsTransport, AWaitSitsThroughANewHandshake) {
         });
     EXPECT_EQ(talk.client + " " + talk.server, "true true");
     EXPECT_THAT(std::regex_replace(talk.logs.read("client"), std::regex("\n____DEBUG____.*\n|_data\\.size\\(\\)"), ""),
-                MatchesRegex(read_file(GOLDEN "/tls_log.txt")));
+                testing::MatchesRegex(read_file(GOLDEN "/tls_log.txt")));
 }
 
 TEST(TlsTransport, OnlyLimitsAndTheFlagEndTheWaitForASilentPeer) {
