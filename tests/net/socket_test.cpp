@@ -16,7 +16,7 @@ TEST(Socket, AcceptsOneConnectionAfterTheOther) {
     second.Init();
     second.Connect("127.0.0.1", port_of(pair.server.m_sock));
     second.ConnSend(second.m_sock, {'h', 'i'});
-    EXPECT_FALSE(fcntl(second.m_sock, F_GETFL) & O_NONBLOCK);
+    EXPECT_TRUE(fcntl(pair.server.m_sock, F_GETFL) & ~fcntl(second.m_sock, F_GETFL) & O_NONBLOCK) << "only who listens";
     ASSERT_TRUE(pair.server.RecvAccept());
     const int listening = pair.server.m_sock, accepted = pair.server.m_recv_sock;
     EXPECT_EQ(pair.server.RecvInVector(accepted, got, 100), 2u);

@@ -195,9 +195,9 @@ TEST(Arguments, MayBeResultsToo) {
     EXPECT_EQ(text, "a text of its own");
     file.OpenFileBuf(dir.path(plain));
     file.OpenFileBuf(file.m_file_name), file.CloseFileBuf();
-    list = {"the first of two lines \n the second\nthe rest"};
+    list = {"the first of three lines \nthe second\n the third\nthe rest"};
     MGFile::SplitBlockOnSubStrings(list[0], list, false);
-    EXPECT_EQ(list, (Texts{"the first of two lines", "the second"}));
+    EXPECT_EQ(list, (Texts{"the first of three lines", "the second", "the third"}));
     list = {stem};
     MGFile::SplitStringLeft("1" + stem + "2", list[0].c_str(), list);
     EXPECT_EQ(list, (Texts{"1", "2"}));
