@@ -202,8 +202,7 @@ TEST(MGErr, TellsEveryFieldThatIsSet) {
     err.num_param = 1, err.num_2_param = -2, err.num_3_param = 3;
     err.uint32_param = 4, err.uint32_2_param = 5, err.err_code = -6;
     testing::internal::CaptureStdout();
-    err.Printf();
-    MGErr().Printf();
+    err.Printf(), MGErr().Printf();
     EXPECT_EQ(testing::internal::GetCapturedStdout() + err.GetString(), read_file(GOLDEN "/error.txt"));
     EXPECT_EQ(err.GetSyslogString(), "a b");
     err.Clear();
