@@ -1,4 +1,4 @@
-// What the string-coded fields of the records may hold, and the texts that stand for it on the screen.
+// The tokens that some fields of the records hold, and the texts that stand for them on the screen.
 #pragma once
 
 #include <array>
