@@ -129,7 +129,7 @@ TEST(TextHelpers, GiveWhatTheirNamesSay) {
     EXPECT_TRUE(MGFile::CompareUtf8("ЁЖ", "ёж", false) && MGFile::CompareBinary({1, 2}, {1, 2}));
     EXPECT_FALSE(MGFile::CompareUtf8("ЁЖ", "ёж", true) || MGFile::CompareBinary({1, 2}, {1, 3}));
     EXPECT_TRUE(MGFile::IsOnlyAsterisk("**") && !MGFile::IsOnlyAsterisk("*?") && !MGFile::IsOnlyAsterisk(""));
-    EXPECT_TRUE(MGFile::MatchMaskWithEndStr("яма", "?а") && !MGFile::MatchMaskWithEndStr("яма", "?м"));
+    EXPECT_TRUE(MGFile::MatchMaskWithEndStr("яма", "?а") && !MGFile::MatchMaskWithEndStr("яма", "?А"));
     std::string line, lines;
     for (size_t pos = 0; MGFile::FindNextLine("a\r\n\nb", pos, line);) lines += line + "|";
     EXPECT_EQ(lines, "a||b|");
