@@ -5,13 +5,13 @@
 #include "config/recovery.h"
 #include "config/xml_tables.h"
 #include "support/error_of.h"
+#include "support/patterns.h"
 #include "support/temp_dir.h"
 
 #include <gmock/gmock.h>
 
 #include <csignal>
 #include <random>
-#include <regex>
 #include <sys/resource.h>
 
 namespace {
@@ -76,7 +76,7 @@ const std::string every_field = [] {
 
 // A stored password changes from second to second.
 std::string without_hashes(const std::string& content) {
-    return std::regex_replace(content, std::regex(" hash=\"[^\"]+\""), " hash=\"*\"");
+    return regex_replaced(content, " hash=\"[^\"]+\"", " hash=\"*\"");
 }
 
 struct ProfileFile : testing::Test {
@@ -124,9 +124,9 @@ TEST_F(ProfileFile, OfNewRecordsStatesTheDefaults) {
     fresh.fc_queue = {{}};
     fresh.fs_allow.emplace_back().queue = {{}};
     fresh.gw_client.adrs = fresh.gw_client.virt = fresh.gw_server.adrs = fresh.gw_server.virt = {{}};
-    const std::regex frame("<[?!].*\n|<profile[^>]*>| quantity=\"\\d\"");
-    EXPECT_EQ(std::regex_replace(written(), frame, ""),
-              std::regex_replace(read_file(GOLDEN "/../../../data/defaults.xml"), frame, ""));
+    const char* const frame = "<[?!].*\n|<profile[^>]*>| quantity=\"\\d\"";
+    EXPECT_EQ(regex_replaced(written(), frame, ""),
+              regex_replaced(read_file(GOLDEN "/../../../data/defaults.xml"), frame, ""));
 }
 
 TEST_F(ProfileFile, ReadsWithoutJudgingAndWritesInOneForm) {

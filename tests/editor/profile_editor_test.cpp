@@ -5,13 +5,13 @@
 #include "editor/action_dialogs.h"
 #include "editor/histories.h"
 #include "editor_fixture.h"
+#include "support/patterns.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
 #include <ctime>
 #include <map>
-#include <regex>
 
 namespace {
 
@@ -78,14 +78,14 @@ TEST_F(ProfileEditor, CancelDropsAllAndTheFirstSaveFillsEmptyChoices) {
 
 TEST_F(ProfileEditor, RefusesThirteenAddressesOneAfterTheOther) {
     const std::vector<Check> rows = checks_of("addresses"); // all are entered, then mended one after the other
-    const std::regex field("entry_(.*?)_((recv_|send_)?ip|(local|virtual)_adr)"), place("[^(]*\\(([^)]*)\\).*");
+    const std::string field = "entry_(.*?)_((recv_|send_)?ip|(local|virtual)_adr)", place = "[^(]*\\(([^)]*)\\).*";
     show({"own"});
     configure([&](UiWindow window) {
         gtk_window_resize(GTK_WINDOW(window.widget()), 700, 300);
         for (const Check& row : rows) window.enter(row.input);
         for (const Check& row : rows) {
-            const std::string mode = std::regex_replace(row.focus, field, "radio_init_$1");
-            const std::string tab = std::regex_replace(row.text, place, "$1");
+            const std::string mode = regex_replaced(row.focus, field, "radio_init_$1");
+            const std::string tab = regex_replaced(row.text, place, "$1");
             UiScript script;
             script.remark(row.text);
             window.click(ok);

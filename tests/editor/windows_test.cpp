@@ -2,9 +2,9 @@
 // input offers, which inputs are open, and what opens and closes them.
 #include "editor/action_list.h"
 #include "editor_fixture.h"
+#include "support/patterns.h"
 
 #include <algorithm>
-#include <regex>
 #include <sstream>
 
 namespace {
@@ -14,19 +14,20 @@ constexpr unsigned times = 6; // bits of a flag's number
 // Gives each flag of the profile's own inputs this bit of its number, from 1, and tells their names in that order.
 // Choices between modes stay, and so do the lists.
 std::vector<std::string> number_flags(std::string& file, unsigned bit) {
-    static const std::regex word(
-        R"re(\n    +<|\n  <(\w+)|\b(?!version|release|quantity|radio|is_|ip_all|ip_select)([\w.]+)="[01]")re");
-    const std::string whole = file;
     std::vector<std::string> names;
     std::string element;
-    for (std::sregex_iterator match(whole.begin(), whole.end(), word), end; match != end; ++match) {
-        if (!(*match)[2].matched) {
-            element = (*match)[1];
-        } else if (!element.empty()) {
-            names.push_back(element + "." + (*match)[2].str());
-            file[static_cast<size_t>(match->position() + match->length()) - 2] = names.size() >> bit & 1 ? '1' : '0';
-        }
-    }
+    file = regex_replaced(
+        file, R"re(\n    +<|\n  <(\w+)|\b(?!version|release|quantity|radio|is_|ip_all|ip_select)([\w.]+)="[01]")re",
+        [&](const std::vector<std::string>& match) {
+            std::string whole = match[0];
+            if (match[2].empty()) {
+                element = match[1];
+            } else if (!element.empty()) {
+                names.push_back(element + "." + match[2]);
+                whole[whole.size() - 2] = names.size() >> bit & 1 ? '1' : '0';
+            }
+            return whole;
+        });
     return names;
 }
 

@@ -1,8 +1,7 @@
 // The list dialog in its six modes, the address lists of a gateway, and the dialogs of one record: what they refuse and
 // in which order, and what they take over.
 #include "lists/lists_fixture.h"
-
-#include <regex>
+#include "support/patterns.h"
 
 namespace {
 
@@ -128,7 +127,7 @@ TEST_F(RecordDialogsTest, TakesTheOwnersNameFromACertificateFile) {
                 ",1.2.3.4.5=x,OGRN=1027700132195,Email=a@example.org,O=ООО \"Омега\", склад,OU=Отдел,C=RU";
             std::string chosen;
             for (const auto& [letter, why] : letters) {
-                dir.write("der.cer", std::regex_replace(whole, std::regex("Иванов"), "Ивано" + letter));
+                dir.write("der.cer", regex_replaced(whole, "Иванов", "Ивано" + letter));
                 script.choose(title, dir.path("der.cer"));
                 if (why)
                     script.refusal(testing::HasSubstr(why));

@@ -5,11 +5,10 @@
 #include "net/ticket.h"
 #include "net/transfer_documents.h"
 #include "support/error_of.h"
+#include "support/patterns.h"
 #include "support/temp_dir.h"
 
 #include <gmock/gmock.h>
-
-#include <regex>
 
 namespace {
 
@@ -111,20 +110,20 @@ TEST(TransferDocuments, RefuseAndTellWhy) {
         {"file2_header", &Received::file2_header}, {"gw_client", &Received::gw_client},
         {"file_client", &Received::file_client},
     };
-    const std::regex name_after("(<| )([a-z_]+)\\b(?=[ >=])");
     for (const auto& [document, read] : documents) {
         std::string whole = golden(document + std::string(".xml"));
         whole.erase(0, whole.find('\n') + 1); // the XML declaration has names too
         const auto expect_refusal = [&, read = read](const std::string& what, const char* with, const auto& told) {
             SCOPED_TRACE(what);
-            const std::string changed = std::regex_replace(whole, std::regex(what), with);
+            const std::string changed = regex_replaced(whole, what, with);
             EXPECT_THAT(error_text([&] { (Received().*read)(changed); }), told);
         };
-        for (std::sregex_iterator found(whole.begin(), whole.end(), name_after), end; found != end; ++found) {
-            const std::string name = (*found)[2];
+        regex_replaced(whole, "(?:<| )([a-z_]+)\\b(?=[ >=])", [&](const auto& found) {
+            const std::string& name = found[1];
             expect_refusal("(</?| )" + name + "(?=[ >=])", ("$1x" + name).c_str(),
                            testing::AnyOf(HasSubstr("\n" + name), HasSubstr("counter != quantity\n")));
-        }
+            return found[0];
+        });
         expect_refusal("mark=\"[^\"]+", "mark=\"VORQSCFG", HasSubstr("\nVORQSCFG\n"));
         if (whole.find("quantity") != whole.npos)
             expect_refusal("quantity=\"2", "quantity=\"1", HasSubstr("counter == quantity\n"));
@@ -157,11 +156,11 @@ TEST(TransferDocuments, RefuseATextThatTheyWouldAlter) {
 }
 
 TEST(Ticket, HasTwoForms) {
-    const std::regex date("\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d");
+    const char* const date = "\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d";
     for (const auto& [token, form] : {std::pair{"XML", ".xml"}, {"TXT", ".txt"}, {"", ".txt"}, {"xml", ".txt"}}) {
         std::string text = "old";
         write_file_ticket(token, "отчёт & 1", huge, {0x00, 0xAB, 0xFF}, text);
-        EXPECT_EQ(std::regex_replace(text, date, "DATE"), golden(std::string("ticket") + form)) << token;
+        EXPECT_EQ(regex_replaced(text, date, "DATE"), golden(std::string("ticket") + form)) << token;
     }
 }
 
