@@ -275,6 +275,8 @@ TEST(MGCert, RefusesWithTheCode) {
         {"envelope: a byte too much", longer("sealed"), &MGCert::SkipReqR2c, 0xeeee0022},
         {"envelope: other type", hex("30 0b 06092a864886f70d010701"), &MGCert::SkipReqPse, 0xeeee0024},
         {"envelope: no item 2 in the content", golden("sealed"), &MGCert::SkipReqPse, 0xeeee0026},
+        {"envelope: an OCTET STRING only before the data", hex("30 1a 06092a864886f70d010702 0402 3000 06092a864886f70d010701"),
+         &MGCert::SkipReqR2c, 0xeeee0026},
         {"request: a byte too much", longer("request"), &MGCert::ParsReq, 0xeeee0028},
         {"request: the signed part is all", hex("30 04 30 02 05 00"), &MGCert::ParsReq, 0xeeee0013},
     };

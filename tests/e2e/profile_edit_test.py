@@ -58,8 +58,10 @@ with Desktop() as desktop:
     assert (root.find("log").get("syslog"), root.find("log").get("catalog")) == ("1", "/журнал <&>")
     assert root.find("init_fs").get("radio") == "1"
 
+    master = file.parent / "vormaqs_config.xml"
+    master.write_text(master.read_text().replace("Профиль системы", "Другой профиль"))
     with Editor(desktop, sys.argv[1]) as editor:
-        editor.window(MAIN)
+        assert "Другой профиль Архивирования" in editor.texts(editor.window(MAIN), "table cell")
         editor.key("Down", "Return")
         page = editor.page(editor.window(PROFILE), "Общие")
         assert Atspi.Text.get_text(editor.find(page, "text", CATALOG), 0, -1) == "/журнал <&>"

@@ -54,6 +54,10 @@ TEST(LongCopy, TellsWhereItWasCutShort) {
     EXPECT_FALSE(std::filesystem::exists(target));
 }
 
+const uint8_t* bytes(const std::string& text) {
+    return reinterpret_cast<const uint8_t*>(text.data());
+}
+
 // In a rotation a stem is no mask, and what has another stem belongs to another family.
 TEST(SameName, IsDecidedByTheModeOrByRotation) {
     const struct {
@@ -91,6 +95,23 @@ TEST(SameName, IsDecidedByTheModeOrByRotation) {
     }
 }
 
+TEST(SameName, GoesIntoTheDirectoryOfToday) {
+    const auto today = [] {
+        const time_t now = time(nullptr);
+        char day[16];
+        return std::string(day, strftime(day, sizeof day, "%Y/%m/%d/", localtime(&now)));
+    };
+    const TempDir dir;
+    put_files(dir, "b.txt=new");
+    const std::string file = dir.path("a.txt"), first_day = today();
+    std::string copied;
+    const std::string written = MGFile().WriteSameFile(file, bytes("x"), 1, "ERROR", true);
+    MGFile().CopySameFile(dir.path(), dir.path(), "b.txt", copied, "ERROR", false, false, 0, true, false, 0);
+    EXPECT_TRUE(written == dir.path(first_day + "a.txt") || written == dir.path(today() + "a.txt")) << written;
+    EXPECT_EQ(read_file(written), "x");
+    EXPECT_EQ(dir.read(first_day + "b.txt") + dir.read(today() + "b.txt"), first_day == today() ? "newnew" : "new");
+}
+
 // And what is no regular file is refused without waiting for who would write to it.
 TEST(SameName, RenamesNothingForWhatCannotBeDelivered) {
     const TempDir from, to;
@@ -124,10 +145,6 @@ TEST(SameName, RenamesNothingForWhatCannotBeDelivered) {
                                           [&] { file.MoveFile(own, own); }};
     for (const auto& row : rows) EXPECT_NE(error_text(row), "") << &row - rows;
     EXPECT_EQ(files_of(to), before);
-}
-
-const uint8_t* bytes(const std::string& text) {
-    return reinterpret_cast<const uint8_t*>(text.data());
 }
 
 TEST(Files, GiveBackWhatWasWritten) {
