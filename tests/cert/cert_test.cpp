@@ -278,6 +278,7 @@ TEST(MGCert, RefusesWithTheCode) {
         {"envelope: an OCTET STRING only before the data", hex("30 1a 06092a864886f70d010702 0402 3000 06092a864886f70d010701"),
          &MGCert::SkipReqR2c, 0xeeee0026},
         {"request: a byte too much", longer("request"), &MGCert::ParsReq, 0xeeee0028},
+        {"request: the subject is all", hex("30 09 30 05 02 01 00 30 00 30 00"), &MGCert::ParsReq, 0xeeee000e},
         {"request: the signed part is all", hex("30 04 30 02 05 00"), &MGCert::ParsReq, 0xeeee0013},
     };
     for (const auto& row : rows) {

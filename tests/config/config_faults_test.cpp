@@ -73,7 +73,7 @@ void build_and_read(World& w) {
     xml.SaveString(w.text);
     const MGLibxml again(w.text.c_str(), 0);
     node = again.GetFirstChildren(again.GetRoot(), "b");
-    again.GetTextProp(node, "n");
+    EXPECT_EQ(*again.GetTextProp(node, "n"), '-');
     EXPECT_EQ(again.GetStringProp(node, "t") + again.GetStringContentFromNode(node), "& and <ab");
 }
 

@@ -171,6 +171,22 @@ TEST(DropDown, NarrowsToWhatContainsTheTypedTextAndTakesARowAsItStands) {
     g_signal_emit_by_name(completion, "match-selected", model, &first, &taken);
     EXPECT_TRUE(taken);
     EXPECT_STREQ(gtk_entry_get_text(entry), "/mnt/Архив");
+
+    // Escape closes the matches alone, and Enter takes a row only if a key has gone to it.
+    gtk_widget_grab_focus(GTK_WIDGET(entry));
+    const struct {
+        std::vector<guint> keys;
+        const char* left;
+    } answers[] = {{{GDK_KEY_Escape}, "m"}, {{GDK_KEY_Return}, "m"}, {{GDK_KEY_Down, GDK_KEY_Return}, "/mnt/Архив"}};
+    for (const auto& answer : answers) {
+        gtk_entry_set_text(entry, "");
+        press_key(dialog->window, GDK_KEY_m);
+        while (!gtk_grab_get_current()) gtk_main_iteration();
+        for (const guint key : answer.keys) press_key(dialog->window, key);
+        EXPECT_STREQ(gtk_entry_get_text(entry), answer.left);
+        EXPECT_FALSE(gtk_grab_get_current());
+        EXPECT_TRUE(gtk_widget_get_visible(dialog->window));
+    }
 }
 
 TEST(Busy, ShowsItselfInTimeAndDropsWhatIsPressedMeanwhile) {
@@ -261,6 +277,15 @@ TEST(MGDialog, PassesValuesToItsWidgetsAndBack) {
     for (const char* row : {"a", "b"}) dialog->ComboBoxTextAppend("combo", row);
     dialog->ComboBoxSetNum("combo", 1);
     EXPECT_EQ(GtkText(dialog->ComboBoxTextGet("combo")).get() + std::to_string(dialog->ComboBoxGetNum("combo")), "b1");
+
+    // One list for many, until one has a row more.
+    const UiWindow window(dialog->window);
+    const std::vector<std::string> texts = {"c", "d"};
+    for (const char* id : {"combo", "combo_2", "combo_3"}) dialog->ComboBoxTextAppendAll(id, texts);
+    dialog->ComboBoxTextAppend("combo_2", "e");
+    EXPECT_THAT(window.combo_rows("combo"), ElementsAre("a", "b", "c", "d"));
+    EXPECT_THAT(window.combo_rows("combo_2"), ElementsAre("c", "d", "e"));
+    EXPECT_THAT(window.combo_rows("combo_3"), ElementsAre("c", "d"));
 }
 
 TEST(Lists, KeepTheCurrentRowWhereNoneIsFound) {
@@ -272,6 +297,29 @@ TEST(Lists, KeepTheCurrentRowWhereNoneIsFound) {
     EXPECT_EQ(dialog->TreeModelGetIndex(), 1);
     dialog->ListStoreDeleteIter(store);
     EXPECT_EQ(UiWindow(dialog->window).table("view"), (Rows{{"a"}, {"c"}}));
+}
+
+TEST(Lists, TellACellWholeThatHasNoRoom) {
+    const auto dialog = make();
+    dialog->ListStoreSetString(store_of_three(*dialog), 0, std::string(1000, 'x').c_str()); // in the last row
+    auto* const view = GTK_TREE_VIEW(dialog->GetObject("view"));
+    GtkTreeViewColumn* column = gtk_tree_view_get_column(view, 0);
+    gtk_tree_view_column_set_max_width(column, 40);
+    gtk_widget_show_all(dialog->window);
+    auto* const tooltip = GTK_TOOLTIP(g_object_new(GTK_TYPE_TOOLTIP, nullptr));
+    for (const int row : {0, 2}) {
+        const GtkPath path(gtk_tree_path_new_from_indices(row, -1));
+        gtk_tree_view_set_cursor(view, path.get(), column, FALSE);
+        GdkRectangle area;
+        gtk_tree_view_get_cell_area(view, path.get(), column, &area);
+        gtk_tree_view_convert_bin_window_to_widget_coords(view, area.x, area.y, &area.x, &area.y);
+        for (const bool by_key : {true, false}) {
+            gboolean shown = -1;
+            g_signal_emit_by_name(view, "query-tooltip", area.x, area.y, by_key, tooltip, &shown);
+            EXPECT_EQ(shown, row == 2) << row << by_key;
+        }
+    }
+    g_object_unref(tooltip);
 }
 
 TEST(Lists, MoveTheOneRowThatCanBeSelected) {

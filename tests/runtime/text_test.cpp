@@ -271,6 +271,8 @@ TEST(Dates, FollowTheLocalClock) {
     EXPECT_EQ(MGFile::GetDateAndTime(1711846799), "2024-03-31 01:59:59");
     EXPECT_EQ(MGFile::GetDateAndTime(1711846800), "2024-03-31 03:00:00");
     EXPECT_EQ(MGFile::GetDateAndTimeForFile(1711846800), "_20240331_030000");
+    const std::string long_text(64, 'x');
+    EXPECT_EQ(MGFile::GetDateAndTimeFormat(1711846800, ("%d" + long_text).c_str()), "2024" + long_text);
     std::string dir = "/d";
     MGFile::DirAddArchiveDateExtTime(1711846800, dir, 42);
     EXPECT_EQ(dir, "/d2024/03/31/030000_0000002a");
