@@ -58,7 +58,7 @@ struct Conversation {
     size_t piece = 17408;
     size_t limit = SIZE_MAX;
     bool options = true;
-    bool plain = false; // TLS is off
+    bool plain = false;         // TLS is off
     std::string client, server; // how they ended
 
     using Talk = std::function<bool(const End&)>;
