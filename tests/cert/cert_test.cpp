@@ -141,10 +141,12 @@ void expect_same(const Bytes& der, X509* cert) {
         EXPECT_GE(extension.has_critical, extension.critical);
     }
     const uint32_t usage = X509_get_key_usage(cert);
-    for (uint32_t i = 0; usage != UINT32_MAX && i < 9; i++)
-        EXPECT_EQ(ours.GetKeyUsage(i, skip, skip, name),
-                  (usage & (i < 8 ? KU_DIGITAL_SIGNATURE >> i : KU_DECIPHER_ONLY)) != 0)
-            << i;
+    const auto* names = static_cast<const BIT_STRING_BITNAME*>(X509V3_EXT_get_nid(NID_key_usage)->usr_data);
+    for (uint32_t i = 0; usage != UINT32_MAX && i < 9; i++) {
+        const bool set = usage & (i < 8 ? KU_DIGITAL_SIGNATURE >> i : KU_DECIPHER_ONLY);
+        EXPECT_EQ(ours.GetKeyUsage(i, name, oid, skip), set) << i;
+        EXPECT_TRUE(!set || (name == names[i].lname && oid == names[i].sname)) << name;
+    }
     bool is_ca = false;
     int8_t path = 0;
     ours.GetBasicConstraints(is_ca, path);

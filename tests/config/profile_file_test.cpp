@@ -1,4 +1,5 @@
 #include "app/mg_context.h"
+#include "config/admit_lookup.h"
 #include "config/master_file.h"
 #include "config/mg_libxml.h"
 #include "config/profile_file.h"
@@ -127,6 +128,16 @@ TEST_F(ProfileFile, OfNewRecordsStatesTheDefaults) {
     const char* const frame = "<[?!].*\n|<profile[^>]*>| quantity=\"\\d\"";
     EXPECT_EQ(regex_replaced(written(), frame, ""),
               regex_replaced(read_file(GOLDEN "/../../../data/defaults.xml"), frame, ""));
+}
+
+TEST(AdmitLookup, DisregardsTheCaseAndLooksBeyondTheKey) {
+    std::vector<MGAdmit> list(2);
+    list[0].subject = "CN=Петров";
+    list[1].subject = "CN=Иванов";
+    for (MGAdmit& user : list) user.crc_subject = MGFile::MakeCrc32Lower("CN=Иванов");
+    unsigned index = 7;
+    EXPECT_FALSE(find_subject_in_admit(list, "CN=Петров", index) || index != 7);
+    EXPECT_TRUE(find_subject_in_admit(list, "cn=ИВАНОВ", index) && index == 1);
 }
 
 TEST_F(ProfileFile, ReadsWithoutJudgingAndWritesInOneForm) {

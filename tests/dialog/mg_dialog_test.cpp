@@ -177,13 +177,19 @@ TEST(DropDown, NarrowsToWhatContainsTheTypedTextAndTakesARowAsItStands) {
     const struct {
         std::vector<guint> keys;
         const char* left;
-    } answers[] = {{{GDK_KEY_Escape}, "m"}, {{GDK_KEY_Return}, "m"}, {{GDK_KEY_Down, GDK_KEY_Return}, "/mnt/Архив"}};
+        int enters; // that reach the dialog
+    } answers[] = {{{GDK_KEY_Escape}, "m", 0},
+                   {{GDK_KEY_n, GDK_KEY_Return}, "mn", 1},
+                   {{GDK_KEY_Down, GDK_KEY_Return}, "/mnt/Архив", 0}};
+    int enters = 0;
+    g_signal_connect_swapped(entry, "activate", G_CALLBACK(+[](int* count) { ++*count; }), &enters);
     for (const auto& answer : answers) {
         gtk_entry_set_text(entry, "");
         press_key(dialog->window, GDK_KEY_m);
         while (!gtk_grab_get_current()) gtk_main_iteration();
         for (const guint key : answer.keys) press_key(dialog->window, key);
         EXPECT_STREQ(gtk_entry_get_text(entry), answer.left);
+        EXPECT_EQ(std::exchange(enters, 0), answer.enters);
         EXPECT_FALSE(gtk_grab_get_current());
         EXPECT_TRUE(gtk_widget_get_visible(dialog->window));
     }
@@ -355,7 +361,7 @@ TEST(Lists, WalkATree) {
     EXPECT_FALSE(dialog->TreeStoreGetSelection(tree_view, &tree) || dialog->TreeStoreAppendChild(tree_view, &tree));
     UiWindow(dialog->window).select("tree", {1});
     for (int child = 0; child < 2; ++child) ASSERT_TRUE(dialog->TreeStoreAppendChild(tree_view, &tree));
-    ASSERT_TRUE(dialog->TreeStoreGetParentRow(tree));
+    ASSERT_TRUE(dialog->TreeStoreGetParentRow(tree) && !dialog->TreeStoreGetParentRow(tree));
     GtkTreeIter parent;
     EXPECT_EQ(dialog->TreeStoreGetRootIndex(), 1);
     EXPECT_EQ(dialog->TreeStoreGetNumChildRows(tree, &parent), 2);
