@@ -1,4 +1,5 @@
 #include "runtime/copy_pieces.h"
+#include "runtime/descriptor_io.h"
 #include "runtime/mg_file.h"
 #include "support/error_of.h"
 #include "support/temp_dir.h"
@@ -144,6 +145,9 @@ TEST(SameName, RenamesNothingForWhatCannotBeDelivered) {
                                           [&] { file.MoveFile(own, own); }};
     for (const auto& row : rows) EXPECT_NE(error_text(row), "") << &row - rows;
     EXPECT_EQ(files_of(to), before);
+    std::filesystem::create_symlink("loop", from.path("loop"));
+    MGErr err;
+    EXPECT_FALSE(vorma::is_surely_file(err, from.path("loop")));
 }
 
 TEST(Files, GiveBackWhatWasWritten) {
