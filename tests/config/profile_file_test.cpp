@@ -4,6 +4,7 @@
 #include "config/mg_libxml.h"
 #include "config/profile_file.h"
 #include "config/recovery.h"
+#include "config/tokens.h"
 #include "config/xml_tables.h"
 #include "support/error_of.h"
 #include "support/patterns.h"
@@ -128,6 +129,19 @@ TEST_F(ProfileFile, OfNewRecordsStatesTheDefaults) {
     const char* const frame = "<[?!].*\n|<profile[^>]*>| quantity=\"\\d\"";
     EXPECT_EQ(regex_replaced(written(), frame, ""),
               regex_replaced(read_file(GOLDEN "/../../../data/defaults.xml"), frame, ""));
+}
+
+TEST(Tokens, HaveTheirTexts) {
+    const auto texts_of = [](auto text_of, const std::vector<std::string>& tokens) {
+        std::string texts;
+        for (const std::string& token : tokens) texts += text_of(token) + "|";
+        return texts;
+    };
+    EXPECT_EQ(texts_of(get_same_file_txt_mode, {"ADD_NUM", "REPLACE", "ERROR", "error"}),
+              "Сохранить с добавлением номера (*~N.*)|Перезаписать файл|Выдать сообщение об ошибке||");
+    EXPECT_EQ(texts_of(get_type_ticket_name, {"TXT", "XML", ""}), "Текстовый файл|XML файл||");
+    EXPECT_EQ(texts_of(get_action_txt_type, {"CONSOLE", "SENDFILE", "COPYFILE", "RUNPROG", "EXIST"}),
+              "Консольная утилита|Отправка файла|Копирование файла|Запуск программы|Наличие файла|");
 }
 
 TEST(AdmitLookup, DisregardsTheCaseAndLooksBeyondTheKey) {

@@ -191,7 +191,6 @@ TEST(DropDown, NarrowsToWhatContainsTheTypedTextAndTakesARowAsItStands) {
         EXPECT_STREQ(gtk_entry_get_text(entry), answer.left);
         EXPECT_EQ(std::exchange(enters, 0), answer.enters);
         EXPECT_FALSE(gtk_grab_get_current());
-        EXPECT_TRUE(gtk_widget_get_visible(dialog->window));
     }
 }
 
