@@ -146,8 +146,7 @@ TEST(Tokens, HaveTheirTexts) {
 
 TEST(AdmitLookup, DisregardsTheCaseAndLooksBeyondTheKey) {
     std::vector<MGAdmit> list(2);
-    list[0].subject = "CN=Петров";
-    list[1].subject = "CN=Иванов";
+    list[0].subject = "CN=Петров", list[1].subject = "CN=Иванов";
     for (MGAdmit& user : list) user.crc_subject = MGFile::MakeCrc32Lower("CN=Иванов");
     unsigned index = 7;
     EXPECT_FALSE(find_subject_in_admit(list, "CN=Петров", index) || index != 7);

@@ -69,8 +69,7 @@ struct Conversation {
         client_socket.SetSendSock(client_end.peer.release());
         client_socket.SetDebugLogFile(logs.path("client").c_str());
         client_socket.SetDebugLog(true, true);
-        client_socket.TurnOffTls(plain);
-        server_end.server.TurnOffTls(plain);
+        client_socket.TurnOffTls(plain), server_end.server.TurnOffTls(plain);
         std::thread client_thread([&] {
             client = outcome([&] {
                 if (!client_socket.TlsClientAuth(nullptr, client_trelm, "vorma.test", options)) return false;
