@@ -185,9 +185,8 @@ TEST_F(ProfileFile, RefusesAndTellsWhy) {
                 {"version=\"3\"", "version=\"4\"", "num != version\n"},
                 {"release=\"4\"", "release=\"3\"", "num != release\n"},
                 {"<fs_allow quantity=\"2\"", "<fs_allow quantity=\"1\"", "counter == quantity\n"}};
-    for (const auto& row : rows) {
+    for (const auto& row : rows)
         EXPECT_THAT(read(replaced(every_field, row.what, row.with)), testing::HasSubstr(row.told));
-    }
     EXPECT_EQ(config().fs_allow.size(), 1u) << "what was read up to the error stays";
 }
 
@@ -218,6 +217,7 @@ TEST(Recovery, NamesWhatHelps) {
         dir.write(name + std::string("~"), "<a/>");
         EXPECT_THAT(advice(index), testing::HasSubstr("место или восстановите файл из своего архива"));
     }
+    EXPECT_THAT(advice(0), testing::HasSubstr("id=\"one\" …/>», поставьте там quantity=\"1\" и"));
 }
 
 TEST_F(ProfileFile, SurvivesAnyMutation) {
