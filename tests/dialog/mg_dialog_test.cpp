@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <memory>
+#include <utility>
 
 static gint64 stopped = 0; // where the clock stands, in microseconds; 0 while it runs
 
@@ -140,7 +141,6 @@ TEST(MGDialog, FileChoosersGiveNames) {
     set_font(0);
 }
 
-// The pop-up itself needs the focus, which another window can take: what it would show is looked at instead.
 TEST(DropDown, NarrowsToWhatContainsTheTypedTextAndTakesARowAsItStands) {
     const auto dialog = make();
     const UiWindow window(dialog->window);
@@ -172,7 +172,7 @@ TEST(DropDown, NarrowsToWhatContainsTheTypedTextAndTakesARowAsItStands) {
     EXPECT_TRUE(taken);
     EXPECT_STREQ(gtk_entry_get_text(entry), "/mnt/Архив");
 
-    // Escape closes the matches alone, and Enter takes a row only if a key has gone to it.
+    // Escape and Enter leave what is typed, unless a key has gone to a row.
     gtk_widget_grab_focus(GTK_WIDGET(entry));
     const struct {
         std::vector<guint> keys;

@@ -133,7 +133,7 @@ TEST(TlsTransport, CarriesMessagesOfAnySize) {
             Conversation talk;
             talk.piece = piece;
             talk.options = client_begins;
-            talk.plain = piece == 4000;
+            talk.plain = piece == 4000; // one size goes without TLS
             Bytes cert{1};
             talk.run([&](const End& end) { return take_turns(end, client_begins); },
                      [&](const End& end) {
